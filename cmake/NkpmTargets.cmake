@@ -1,0 +1,59 @@
+# SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+# SPDX-License-Identifier: MIT
+
+include(GenerateExportHeader)
+
+# nkpm_add_platform_library(NAME ALIAS EXPORT_MACRO SOURCES ... LINKS ...)
+# One library of platform/: target NAME, alias Norvak::ALIAS, include root platform/, and an export
+# header <NAME/NAME_export.h> that defines EXPORT_MACRO.
+function(nkpm_add_platform_library name alias macro)
+    cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+    add_library(${name} ${arg_SOURCES})
+    add_library(Norvak::${alias} ALIAS ${name})
+    string(TOLOWER ${name} lower)
+    set(exportHeader ${CMAKE_CURRENT_BINARY_DIR}/include/${lower}/${lower}_export.h)
+    generate_export_header(${name}
+        BASE_NAME ${name} EXPORT_MACRO_NAME ${macro} EXPORT_FILE_NAME ${exportHeader})
+    target_include_directories(${name} PUBLIC
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform>
+        $<BUILD_INTERFACE:${CMAKE_CURRENT_BINARY_DIR}/include>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/norvakplatform>)
+    target_link_libraries(${name} PUBLIC ${arg_LINKS} PRIVATE $<BUILD_INTERFACE:nkpm_compiler>)
+    set_target_properties(${name} PROPERTIES
+        EXPORT_NAME ${alias} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
+
+# nkpm_precompile(TARGET): the library's precompiled header, where they are switched on.
+function(nkpm_precompile target)
+    if(NKPM_PCH)
+        target_precompile_headers(${target} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/pch.h)
+    endif()
+endfunction()
+
+# nkpm_add_test(NAME [CONCURRENT] [SOURCES ...] [LINKS ...] [LABELS ...] [TIMEOUT seconds])
+# A QtTest program from NAME.cpp (or SOURCES), linked with the library's objects and
+# tests/support. CONCURRENT marks it for the ThreadSanitizer run too. Offscreen, with a locale and
+# a home of its own, so that no test depends on or touches the user's.
+function(nkpm_add_test name)
+    cmake_parse_arguments(arg "CONCURRENT" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+    if(NOT arg_SOURCES)
+        set(arg_SOURCES ${name}.cpp)
+    endif()
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 300)
+    endif()
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE nkpm_testsupport ${arg_LINKS})
+    if(NKPM_PCH)
+        target_precompile_headers(${name} REUSE_FROM nkpm_testsupport)
+    endif()
+    add_test(NAME ${name} COMMAND ${name})
+    if(arg_CONCURRENT)
+        list(APPEND arg_LABELS concurrent)
+        set_property(GLOBAL APPEND PROPERTY NKPM_CONCURRENT_TESTS ${name})
+    endif()
+    set_tests_properties(${name} PROPERTIES
+        TIMEOUT ${arg_TIMEOUT}
+        LABELS "${arg_LABELS}"
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;HOME=${CMAKE_BINARY_DIR}/tests/home;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp:halt_on_error=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp")
+endfunction()

@@ -1,0 +1,8 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "pch.h"
+
+#include <QtTest>

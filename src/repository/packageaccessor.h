@@ -1,0 +1,93 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <norvakpackagemanager_export.h>
+
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+#include <QVector>
+
+#include <memory>
+
+namespace nk::pm {
+
+class InstallLocation;
+class PackageInstaller;
+
+/// One package as an accessor describes it to the index build.
+struct PackageInfo
+{
+    QString id;       ///< unique within the merged index; a source of higher priority replaces it whole
+    QString type;     ///< hierarchical, levels joined with ":"
+    QString revision; ///< version mark of this copy, empty where the source has none
+};
+
+/// One text of a keyword in one language.
+struct KeywordString
+{
+    QString language; ///< language key as the data has it ("de"); empty for a literal
+    QString string;   ///< the text; a noun's singular
+    QString plural;   ///< a noun's plural, else empty
+};
+
+/// One keyword. A record with type -1 or without strings is legal and passed over by the build.
+struct KeywordInfo
+{
+    QString id;
+    int type = -1; ///< a KeywordType
+    QVector<KeywordString> strings;
+};
+
+/// One directed link between two nodes. A record with type -1 or an empty end is legal and passed over.
+struct LinkInfo
+{
+    int type = -1; ///< a LinkType
+    QString from;
+    QString to;
+};
+
+/// Read-only snapshot of everything that a PackageSource holds at one moment.
+///
+/// An accessor stands alone: it neither refers to its source nor is disturbed by later changes of it,
+/// and stays valid after the source was destroyed. It is made on the GUI thread, read once by load() on
+/// the worker that builds the index, and owned by that index. After load() its const operations are
+/// safe from several threads at once. Nothing throws; an accessor that can't be read is empty.
+class NK_PM_EXPORT PackageAccessor
+{
+public:
+    PackageAccessor();
+    PackageAccessor(const PackageAccessor &);
+    PackageAccessor &operator=(const PackageAccessor &);
+    virtual ~PackageAccessor();
+
+    /// Reads the snapshot. Called exactly once, before every operation but languages().
+    virtual void load() = 0;
+
+    virtual int packageCount() const = 0;
+    /// The package at \a index, from 0 up to packageCount() - 1.
+    virtual PackageInfo packageInfo(int index) const = 0;
+    /// The package's manifest; an empty object if it can't be read.
+    virtual QJsonObject manifest(int index) const = 0;
+    /// Where the package's file \a fileName can be had while it isn't installed: a local file, a URL of
+    /// the source or of the local file proxy. Invalid if the package has no such file.
+    virtual QUrl fileUrl(int index, const QString &fileName) const = 0;
+    /// A new, already working installer of this one package into \a location, which is the package's own
+    /// directory. GUI thread.
+    virtual std::unique_ptr<PackageInstaller> createInstaller(int index,
+                                                              const InstallLocation &location) const = 0;
+
+    virtual int keywordCount() const = 0;
+    virtual KeywordInfo keywordInfo(int index) const = 0;
+    /// The language keys that the keywords' strings may use. Called before load(): an accessor that
+    /// learns its languages from its data answers with an empty list then.
+    virtual QStringList languages() const = 0;
+
+    virtual int linkCount() const = 0;
+    virtual LinkInfo linkInfo(int index) const = 0;
+};
+
+} // namespace nk::pm

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "repository/packagesource.h"
+
+#include "repository/packageaccessor.h"
+
+namespace nk::pm {
+
+PackageAccessor::PackageAccessor() = default;
+PackageAccessor::PackageAccessor(const PackageAccessor &) = default;
+PackageAccessor &PackageAccessor::operator=(const PackageAccessor &) = default;
+PackageAccessor::~PackageAccessor() = default;
+
+PackageSource::PackageSource(QObject *parent)
+    : QObject(parent)
+{
+}
+
+PackageSource::~PackageSource() = default;
+
+void PackageSource::persist() {}
+
+void PackageSource::update() {}
+
+} // namespace nk::pm
