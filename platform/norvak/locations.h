@@ -13,8 +13,8 @@ namespace nk {
 class NORVAK_EXPORT Locations
 {
 public:
-    /// The writable data directory, which need not exist yet: what setDataLocation() was given, else
-    /// QStandardPaths::AppDataLocation.
+    /// The writable data directory, which need not exist yet: what setDataLocation() was given,
+    /// else QStandardPaths::AppDataLocation.
     static QDir dataLocation();
 
     /// Sets the data directory for this process; an empty \a path goes back to the default. For the

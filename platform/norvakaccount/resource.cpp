@@ -8,8 +8,7 @@ namespace nk::account {
 Resource::Resource(const QString &uuid, QObject *parent)
     : QObject(parent)
     , m_uuid(uuid)
-{
-}
+{}
 
 Resource::~Resource() = default;
 

@@ -9,8 +9,8 @@
 
 namespace nk::pm {
 
-/// The grammatical role of a keyword; Keyword::Type is the same table seen from QML. The numbers are
-/// part of every source's data.
+/// The grammatical role of a keyword; Keyword::Type is the same table seen from QML. The numbers
+/// are part of every source's data.
 enum class KeywordType : int {
     Invalid = -1,
     Noun = 0,

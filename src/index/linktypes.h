@@ -20,8 +20,8 @@ enum LinkType : int {
     Requires = 6,
 };
 
-/// The LinkType that \a name ("is_a", "contains", ...) stands for, compared exactly; -1 if it is none.
-/// Safe on any thread.
+/// The LinkType that \a name ("is_a", "contains", ...) stands for, compared exactly; -1 if it is
+/// none. Safe on any thread.
 NK_PM_EXPORT int linkTypeFromString(const QString &name);
 
 } // namespace nk::pm

@@ -21,8 +21,8 @@ class PackageInstaller;
 /// One package as an accessor describes it to the index build.
 struct PackageInfo
 {
-    QString id;       ///< unique within the merged index; a source of higher priority replaces it whole
-    QString type;     ///< hierarchical, levels joined with ":"
+    QString id;   ///< unique within the merged index; a source of higher priority replaces it whole
+    QString type; ///< hierarchical, levels joined with ":"
     QString revision; ///< version mark of this copy, empty where the source has none
 };
 
@@ -42,7 +42,8 @@ struct KeywordInfo
     QVector<KeywordString> strings;
 };
 
-/// One directed link between two nodes. A record with type -1 or an empty end is legal and passed over.
+/// One directed link between two nodes. A record with type -1 or an empty end is legal and passed
+/// over.
 struct LinkInfo
 {
     int type = -1; ///< a LinkType
@@ -52,10 +53,11 @@ struct LinkInfo
 
 /// Read-only snapshot of everything that a PackageSource holds at one moment.
 ///
-/// An accessor stands alone: it neither refers to its source nor is disturbed by later changes of it,
-/// and stays valid after the source was destroyed. It is made on the GUI thread, read once by load() on
-/// the worker that builds the index, and owned by that index. After load() its const operations are
-/// safe from several threads at once. Nothing throws; an accessor that can't be read is empty.
+/// An accessor stands alone: it neither refers to its source nor is disturbed by later changes of
+/// it, and stays valid after the source was destroyed. It is made on the GUI thread, read once by
+/// load() on the worker that builds the index, and owned by that index. After load() its const
+/// operations are safe from several threads at once. Nothing throws; an accessor that can't be read
+/// is empty.
 class NK_PM_EXPORT PackageAccessor
 {
 public:
@@ -72,13 +74,13 @@ public:
     virtual PackageInfo packageInfo(int index) const = 0;
     /// The package's manifest; an empty object if it can't be read.
     virtual QJsonObject manifest(int index) const = 0;
-    /// Where the package's file \a fileName can be had while it isn't installed: a local file, a URL of
-    /// the source or of the local file proxy. Invalid if the package has no such file.
+    /// Where the package's file \a fileName can be had while it isn't installed: a local file, a
+    /// URL of the source or of the local file proxy. Invalid if the package has no such file.
     virtual QUrl fileUrl(int index, const QString &fileName) const = 0;
-    /// A new, already working installer of this one package into \a location, which is the package's own
-    /// directory. GUI thread.
-    virtual std::unique_ptr<PackageInstaller> createInstaller(int index,
-                                                              const InstallLocation &location) const = 0;
+    /// A new, already working installer of this one package into \a location, which is the
+    /// package's own directory. GUI thread.
+    virtual std::unique_ptr<PackageInstaller> createInstaller(
+        int index, const InstallLocation &location) const = 0;
 
     virtual int keywordCount() const = 0;
     virtual KeywordInfo keywordInfo(int index) const = 0;

@@ -14,13 +14,14 @@ PackageAccessor::~PackageAccessor() = default;
 
 PackageSource::PackageSource(QObject *parent)
     : QObject(parent)
-{
-}
+{}
 
 PackageSource::~PackageSource() = default;
 
-void PackageSource::persist() {}
+void PackageSource::persist()
+{}
 
-void PackageSource::update() {}
+void PackageSource::update()
+{}
 
 } // namespace nk::pm

@@ -15,8 +15,9 @@ class PackageAccessor;
 
 /// One place that packages come from: a directory, a database, a server.
 ///
-/// Lives on the GUI thread and belongs to the application, which removes it from a PackageRepository
-/// before deleting it. A source that can't reach its origin keeps the data it had.
+/// Lives on the GUI thread and belongs to the application, which removes it from a
+/// PackageRepository before deleting it. A source that can't reach its origin keeps the data it
+/// had.
 class NK_PM_EXPORT PackageSource : public QObject
 {
     Q_OBJECT
@@ -25,15 +26,16 @@ public:
     explicit PackageSource(QObject *parent = nullptr);
     ~PackageSource() override;
 
-    /// Rank in the merge: the package of the source with the higher number wins. Local directories have
-    /// 3, CouchDB databases 2, package servers 0.
+    /// Rank in the merge: the package of the source with the higher number wins. Local directories
+    /// have 3, CouchDB databases 2, package servers 0.
     virtual int priority() const = 0;
 
     /// A new, unread snapshot of the source as it stands now, never null. Cheap: all reading and
     /// parsing is left to PackageAccessor::load().
     virtual std::unique_ptr<PackageAccessor> getAccessor() = 0;
 
-    /// Makes the data that the last snapshot was taken from survive a restart. Does nothing by default.
+    /// Makes the data that the last snapshot was taken from survive a restart. Does nothing by
+    /// default.
     virtual void persist();
 
     /// Starts a refresh from the origin, without blocking. Does nothing by default.

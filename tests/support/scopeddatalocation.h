@@ -7,7 +7,8 @@
 
 namespace nk::pm::test {
 
-/// An empty data directory for one test: Locations::dataLocation() points at it for the scope's life.
+/// An empty data directory for one test: Locations::dataLocation() points at it for the scope's
+/// life.
 class ScopedDataLocation
 {
 public:

@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <norvakpackagemanager_export.h>
+
+#include <QSharedPointer>
+#include <QString>
+#include <QVector>
+
+namespace nk::pm {
+
+class PackageIndex;
+class PackageNode;
+
+/// A result of PackageIndex::selectPackages(): nodes, and the index that keeps them alive.
+///
+/// A value with implicit sharing, safe to copy across threads. Holding a list is holding its index.
+class NK_PM_EXPORT PackageList
+{
+public:
+    /// An invalid, empty list.
+    PackageList();
+    PackageList(QSharedPointer<PackageIndex> index, const QVector<PackageNode *> &packages);
+
+    /// Whether there is an index behind the list. A query for an unknown type gives an invalid
+    /// list, one without a hit a valid, empty one.
+    bool isValid() const { return !m_index.isNull(); }
+    int size() const { return m_packages.size(); }
+    /// The node at \a i, unchecked.
+    PackageNode const *operator[](int i) const { return m_packages.at(i); }
+    PackageNode const *const *begin() const { return m_packages.constData(); }
+    PackageNode const *const *end() const { return m_packages.constData() + m_packages.size(); }
+    /// Identifier of the node at \a i; empty outside the list.
+    QString id(int i) const;
+
+    const QSharedPointer<PackageIndex> &index() const { return m_index; }
+    const QVector<PackageNode *> &packages() const { return m_packages; }
+    /// The vector, for changing it in place.
+    QVector<PackageNode *> &list() { return m_packages; }
+
+private:
+    QSharedPointer<PackageIndex> m_index;
+    QVector<PackageNode *> m_packages;
+};
+
+} // namespace nk::pm

@@ -1,0 +1,83 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <norvakpackagemanager_export.h>
+
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QObject>
+#include <QScopedPointer>
+#include <QSharedPointer>
+#include <QUrl>
+
+namespace nk::pm {
+
+class PackageIndex;
+class PackageNode;
+class PackageRepository;
+struct PackageReferencePrivate;
+
+/// Live handle on one package, by identifier. Made by PackageRepository::packageReference() only.
+///
+/// As soon as it exists the package and everything that it requires are being installed, and for as
+/// long as it lives it follows each new index and tries again after a failure, 30 s later, then 60
+/// s, 120 s and on. GUI thread. Its queries answer from the package's node in every status.
+class NK_PM_EXPORT PackageReference : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QString id READ id CONSTANT)
+    Q_PROPERTY(QString type READ type NOTIFY typeChanged)
+    Q_PROPERTY(Status status READ status NOTIFY statusChanged)
+
+public:
+    enum Status {
+        Unavailable = -3, ///< the current index has no such package, or there is no index
+        Incomplete = -2,  ///< the last install ended with errors; another one will be tried
+        Unknown = -1,     ///< nothing was computed yet
+        Installing = 0,   ///< an install is at work
+        Installed = 1,    ///< the package and all that it requires stand on disk
+    };
+    Q_ENUM(Status)
+
+    PackageReference(const QString &id, PackageRepository *repository);
+    ~PackageReference() override;
+
+    QString id() const;
+    /// The package's type; empty while there is no such package.
+    QString type() const;
+    Status status() const;
+
+    /// The package's manifest; empty while there is no such package.
+    Q_INVOKABLE QJsonObject manifest() const;
+    /// One top-level value of the manifest; undefined if it or the package is missing.
+    Q_INVOKABLE QJsonValue manifestField(const QString &field) const;
+    /// Where the package's file can be had now; invalid while there is no such package.
+    Q_INVOKABLE QUrl fileUrl(const QString &fileName) const;
+
+    /// The package in packageIndex(), or null. Valid as long as that index is held.
+    PackageNode *node() const;
+    QSharedPointer<PackageIndex> packageIndex() const;
+    PackageRepository *repository() const;
+
+Q_SIGNALS:
+    void typeChanged();
+    void statusChanged();
+    /// A prepared update became the current installation.
+    void updated();
+
+private Q_SLOTS:
+    void install();
+    void update();
+    void computeStatus();
+    void retryInstall();
+
+private:
+    void finishUpdate();
+
+    friend struct PackageReferencePrivate;
+    QScopedPointer<PackageReferencePrivate> d;
+};
+
+} // namespace nk::pm
