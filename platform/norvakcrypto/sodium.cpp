@@ -1,4 +1,0 @@
-// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
-// SPDX-License-Identifier: MIT
-
-#include <sodium.h>

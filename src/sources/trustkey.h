@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QByteArray>
+
+namespace nk::pm::ledger {
+
+/// The PEM block of the public key that signs the issuers of the ledgers this build accepts: the
+/// file that NKPM_TRUST_KEY named when the build was configured.
+QByteArray trustKeyPem();
+
+} // namespace nk::pm::ledger
