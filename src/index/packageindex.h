@@ -74,9 +74,11 @@ public:
 
 private:
     Q_DISABLE_COPY(PackageIndex)
+    friend class PackageNode;
 
     void buildIndex(unsigned int accessorIndex);
     void buildGraph(unsigned int accessorIndex);
+    void reportLongSortKey(const QStringRef &id);
 
     QScopedPointer<PackageIndexPrivate> d;
 };

@@ -107,6 +107,7 @@ public:
 
 private:
     const QJsonObject &cachedManifest() const;
+    QString installPath() const;
 
     const QStringRef m_type;
     const QStringRef m_revision;

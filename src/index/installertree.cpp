@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "index/installertree.h"
+
+#include "index/indexlogging.h"
+#include "index/packageindexnode.h"
+#include "install/packageinstaller.h"
+
+#include <QSet>
+
+#include <algorithm>
+#include <vector>
+
+namespace nk::pm {
+
+namespace {
+
+/// One tree in the making, package by package in the order of a walk that goes down first.
+class InstallerTreeBuilder
+{
+public:
+    explicit InstallerTreeBuilder(const InstallerFactory &make)
+        : m_make(make)
+    {}
+
+    std::unique_ptr<PackageInstaller> build(const PackageNode &package)
+    {
+        auto root = m_make(package);
+        if (root)
+            open(package, root.get());
+        while (!m_path.empty())
+            advance();
+        return root;
+    }
+
+private:
+    /// A package whose requirements are being gone through.
+    struct Frame
+    {
+        const PackageNode *package;
+        PackageInstaller *installer;
+        int nextLink = 0;
+    };
+
+    void advance()
+    {
+        Frame &frame = m_path.back();
+        if (frame.nextLink == frame.package->outLinks().size()) {
+            m_onPath.remove(frame.package);
+            m_path.pop_back();
+            return;
+        }
+        const NodeLink &link = frame.package->outLinks().at(frame.nextLink++);
+        if (link.type == Requires && link.node->kind() == PackageIndexNode::Package)
+            require(*static_cast<const PackageNode *>(link.node));
+    }
+
+    void require(const PackageNode &package)
+    {
+        if (m_onPath.contains(&package) || isOneTooMany(package))
+            return;
+        auto installer = m_make(package);
+        if (!installer)
+            return;
+        PackageInstaller *const child = installer.get();
+        const size_t level = std::min(m_path.size(), size_t(maxInstallerLevels - 1));
+        m_path[level - 1].installer->addChild(std::move(installer));
+        open(package, child);
+    }
+
+    void open(const PackageNode &package, PackageInstaller *installer)
+    {
+        ++m_count;
+        m_inTree.insert(&package);
+        m_onPath.insert(&package);
+        m_path.push_back({&package, installer});
+    }
+
+    /// Whether a tree that repeats itself has grown so large that this repetition is left out.
+    bool isOneTooMany(const PackageNode &package)
+    {
+        if (m_count < maxRepeatingInstallers || !m_inTree.contains(&package))
+            return false;
+        if (!m_isReported) {
+            qCWarning(lcPackageIndex) << "Package" << m_path.front().package->id()
+                                      << "requires too many packages repeatedly; each is installed"
+                                         " once from now on";
+            m_isReported = true;
+        }
+        return true;
+    }
+
+    const InstallerFactory &m_make;
+    std::vector<Frame> m_path;
+    QSet<const PackageNode *> m_onPath;
+    QSet<const PackageNode *> m_inTree;
+    int m_count = 0;
+    bool m_isReported = false;
+};
+
+} // namespace
+
+std::unique_ptr<PackageInstaller> createInstallerTree(
+    const PackageNode &package, const InstallerFactory &make)
+{
+    return InstallerTreeBuilder(make).build(package);
+}
+
+} // namespace nk::pm

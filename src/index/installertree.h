@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace nk::pm {
+
+class PackageInstaller;
+class PackageNode;
+
+/// Makes the installer of one package alone.
+using InstallerFactory = std::function<std::unique_ptr<PackageInstaller>(const PackageNode &)>;
+
+/// Levels of an installer tree. What would hang deeper hangs at the last level, in the order that
+/// it would have had: the root's status and errors are the same, and a tree of any number of
+/// packages can tell its status and be destroyed without deep recursion.
+constexpr int maxInstallerLevels = 256;
+
+/// Installers in a tree from which on packages that are in it already are passed over.
+constexpr int maxRepeatingInstallers = 4096;
+
+/// The installer that \a make gives for \a package, with the trees of the packages that it requires
+/// below it, in the order of the links. A package that is needed in several places is there as
+/// often; one that leads back to itself is passed over. GUI thread.
+std::unique_ptr<PackageInstaller> createInstallerTree(
+    const PackageNode &package, const InstallerFactory &make);
+
+} // namespace nk::pm

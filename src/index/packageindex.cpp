@@ -1,0 +1,100 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "index/packageindex.h"
+
+#include "index/indexlogging.h"
+#include "index/packageindex_p.h"
+#include "repository/packagesource.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QLocale>
+#include <QSet>
+
+namespace nk::pm {
+
+namespace {
+
+/// The key in \a available that fits \a localeName (de_AT) best: the whole name, else its language.
+QString bestLanguage(const QString &localeName, const QSet<QString> &available)
+{
+    if (available.contains(localeName))
+        return localeName;
+    const QString language = localeName.left(localeName.indexOf(QLatin1Char('_')));
+    return available.contains(language) ? language : QStringLiteral("en");
+}
+
+} // namespace
+
+PackageIndexPrivate::PackageIndexPrivate(PackageIndex *index)
+    : q(index)
+{}
+
+/// Runs before the accessors have read anything: one that learns its languages from its data has
+/// no say here.
+void PackageIndexPrivate::chooseActiveLanguage()
+{
+    QSet<QString> available;
+    for (const auto &accessor : accessors) {
+        for (const QString &language : accessor->languages())
+            available.insert(language);
+    }
+    activeLanguage = pool.add(bestLanguage(QLocale().name(), available));
+}
+
+PackageIndex::PackageIndex()
+    : d(new PackageIndexPrivate(this))
+{}
+
+PackageIndex::~PackageIndex() = default;
+
+void PackageIndex::addSource(PackageSource *source)
+{
+    if (auto accessor = source->getAccessor())
+        d->accessors.push_back(std::move(accessor));
+}
+
+void PackageIndex::build()
+{
+    QElapsedTimer timer;
+    timer.start();
+    d->chooseActiveLanguage();
+    for (unsigned int i = 0; i < d->accessors.size(); ++i)
+        buildIndex(i);
+    for (unsigned int i = 0; i < d->accessors.size(); ++i)
+        buildGraph(i);
+    // The application waits for its thread pool when it quits: a build that nobody will see any
+    // more gets out of the way, and leaves no directory behind.
+    if (QCoreApplication::closingDown())
+        return;
+    d->finishTables();
+    d->installLocation = InstallLocation::createRoot();
+    d->pool.close();
+    if (lcPackageIndex().isDebugEnabled()) {
+        qCDebug(lcPackageIndex) << "Package index build took" << double(timer.nsecsElapsed()) / 1e6
+                                << "msecs";
+    }
+}
+
+QStringRef PackageIndex::addString(const QString &string)
+{
+    return d->pool.add(string);
+}
+
+QStringRef PackageIndex::activeLanguage() const
+{
+    return d->activeLanguage;
+}
+
+InstallLocation PackageIndex::installLocation() const
+{
+    return d->installLocation;
+}
+
+PackageAccessor *PackageIndex::accessor(int index) const
+{
+    return d->accessors[size_t(index)].get();
+}
+
+} // namespace nk::pm
