@@ -23,9 +23,9 @@ struct PackageFile
 struct CataloguePackage
 {
     QString id;
-    QString type;         ///< levels joined with ":"
-    QString directory;    ///< relative to the catalogue's root
-    QByteArray manifest;  ///< canonical JSON text of the manifest
+    QString type;               ///< levels joined with ":"
+    QString directory;          ///< relative to the catalogue's root
+    QByteArray manifest;        ///< canonical JSON text of the manifest
     QVector<PackageFile> files; ///< by name
 
     QString manifestFile() const { return directory + QStringLiteral("/manifest.json"); }

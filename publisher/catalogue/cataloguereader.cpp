@@ -98,8 +98,7 @@ QVector<Job<CataloguePackage>> packageJobs(const QString &root, Problems &proble
 {
     QVector<Job<CataloguePackage>> jobs;
     for (const PackageDirectory &directory : findPackages(root, problems))
-        jobs.append(
-            {directory.path, {directory.id, directory.type, directory.path, {}, {}}, {}});
+        jobs.append({directory.path, {directory.id, directory.type, directory.path, {}, {}}, {}});
     return jobs;
 }
 
@@ -129,9 +128,10 @@ Catalogue readCatalogue(const QString &root, Problems &problems)
     catalogue.root = QFileInfo(root).absoluteFilePath();
     // A mistyped path must not be taken for an empty catalogue and clear the publication.
     if (!isCatalogue(catalogue.root)) {
-        problems.error({}, QStringLiteral("\"%1\" is no catalogue: it has neither of the "
-                                          "directories \"packages\", \"dictionary\" and \"links\"")
-                               .arg(root));
+        problems.error(
+            {}, QStringLiteral("\"%1\" is no catalogue: it has neither of the "
+                               "directories \"packages\", \"dictionary\" and \"links\"")
+                    .arg(root));
         return catalogue;
     }
     const QString &path = catalogue.root;

@@ -14,7 +14,7 @@ namespace nk::pm::publisher {
 
 namespace {
 
-const QString manifestName = QStringLiteral("manifest.json");
+constexpr QLatin1String manifestName("manifest.json");
 
 enum class EntryKind { File, Directory, DeadLink, Special };
 
@@ -69,8 +69,7 @@ public:
     PackageScan(const QString &root, Problems &problems)
         : m_root(root)
         , m_problems(problems)
-    {
-    }
+    {}
 
     void scan(const QString &path, const QString &type)
     {
@@ -87,8 +86,9 @@ public:
             visit(path + u'/' + entry.name, type, entry.name);
         }
         if (!hasDirectories && !entries.isEmpty())
-            m_problems.warning(path, QStringLiteral("holds files but no manifest.json, so it is no "
-                                                    "package and isn't published"));
+            m_problems.warning(
+                path, QStringLiteral("holds files but no manifest.json, so it is no "
+                                     "package and isn't published"));
         m_open.removeLast();
     }
 
@@ -102,8 +102,9 @@ private:
             return;
         }
         if (name.contains(u':'))
-            m_problems.error(path, QStringLiteral("the name of a type can't hold \":\", which "
-                                                  "stands between a type and its sub-type"));
+            m_problems.error(
+                path, QStringLiteral("the name of a type can't hold \":\", which "
+                                     "stands between a type and its sub-type"));
         scan(path, type.isEmpty() ? name : type + u':' + name);
     }
 

@@ -22,8 +22,7 @@ public:
         : m_keyword(keyword)
         , m_file(file)
         , m_problems(problems)
-    {
-    }
+    {}
 
     void readLiteral(const QJsonObject &object)
     {
@@ -92,8 +91,10 @@ private:
         }
         const QString string = value.toString();
         if (string.contains(QChar::Null)) {
-            complain(where + QStringLiteral(" holds the character U+0000, which separates a word "
-                                            "from its plural in a ledger"));
+            complain(
+                where
+                + QStringLiteral(" holds the character U+0000, which separates a word "
+                                 "from its plural in a ledger"));
             return {};
         }
         return string;

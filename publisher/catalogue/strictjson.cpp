@@ -39,13 +39,13 @@ public:
     bool number_integer(number_integer_t value) override
     {
         return value >= -number_integer_t(largestExactInteger)
-            || refuseInteger(QString::number(value));
+               || refuseInteger(QString::number(value));
     }
 
     bool number_float(number_float_t, const string_t &text) override
     {
         return text.find_first_of(".eE") != string_t::npos
-            || refuseInteger(QString::fromStdString(text));
+               || refuseInteger(QString::fromStdString(text));
     }
 
     bool start_object(std::size_t) override
@@ -105,10 +105,11 @@ StrictJson readStrictJson(const QByteArray &text)
     }
     QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(text, &error);
-    if (error.error != QJsonParseError::NoError)
-        result.fault = QStringLiteral("not valid JSON: ") + error.errorString();
-    else if (!document.isObject())
+    // A lone string or number is JSON, but not to Qt.
+    if (document.isArray() || error.error == QJsonParseError::IllegalValue)
         result.fault = QStringLiteral("not a JSON object");
+    else if (error.error != QJsonParseError::NoError)
+        result.fault = QStringLiteral("not valid JSON: ") + error.errorString();
     else
         result.canonical = crypto::JsonSignature::toByteArray(document.object());
     if (result.fault.isEmpty() && result.canonical.isEmpty())
