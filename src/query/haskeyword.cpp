@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "query/haskeyword.h"
+
+#include "index/packageindexnode.h"
+
+#include <algorithm>
+
+namespace nk::pm {
+
+struct HasKeywordPrivate
+{
+    HasKeyword *q;
+    QString keywordId;
+};
+
+HasKeyword::HasKeyword(QObject *parent)
+    : PackageMatcher(parent)
+    , d(new HasKeywordPrivate{this, {}})
+{}
+
+HasKeyword::~HasKeyword() = default;
+
+QString HasKeyword::keywordId() const
+{
+    return d->keywordId;
+}
+
+void HasKeyword::setKeywordId(const QString &keywordId)
+{
+    if (d->keywordId == keywordId)
+        return;
+    d->keywordId = keywordId;
+    Q_EMIT keywordIdChanged();
+    Q_EMIT updateRequested();
+}
+
+std::function<bool(PackageNode *)> HasKeyword::matchFunction()
+{
+    if (d->keywordId.isEmpty())
+        return {};
+    return [id = d->keywordId](PackageNode *node) {
+        const auto keywords = node->keywords();
+        return std::any_of(keywords.begin(), keywords.end(), [&id](const KeywordNode *keyword) {
+            return keyword->id() == id;
+        });
+    };
+}
+
+} // namespace nk::pm

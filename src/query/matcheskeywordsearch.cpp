@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "query/matcheskeywordsearch.h"
+
+#include "index/packageindexnode.h"
+
+#include <algorithm>
+
+namespace nk::pm {
+
+struct MatchesKeywordSearchPrivate
+{
+    MatchesKeywordSearch *q;
+    QString searchString;
+    MatchesKeywordSearch::MatchMode matchMode = MatchesKeywordSearch::PartialMatch;
+
+    /// What KeywordNode::matchLevel() must give at least.
+    int requiredLevel() const { return matchMode == MatchesKeywordSearch::FullMatch ? 2 : 1; }
+};
+
+MatchesKeywordSearch::MatchesKeywordSearch(QObject *parent)
+    : PackageMatcher(parent)
+    , d(new MatchesKeywordSearchPrivate{this, {}})
+{}
+
+MatchesKeywordSearch::~MatchesKeywordSearch() = default;
+
+MatchesKeywordSearch::MatchMode MatchesKeywordSearch::matchMode() const
+{
+    return d->matchMode;
+}
+
+void MatchesKeywordSearch::setMatchMode(MatchMode mode)
+{
+    if (d->matchMode == mode)
+        return;
+    d->matchMode = mode;
+    Q_EMIT matchModeChanged();
+    Q_EMIT updateRequested();
+}
+
+QString MatchesKeywordSearch::searchString() const
+{
+    return d->searchString;
+}
+
+void MatchesKeywordSearch::setSearchString(const QString &search)
+{
+    if (d->searchString == search)
+        return;
+    d->searchString = search;
+    Q_EMIT searchStringChanged();
+    Q_EMIT updateRequested();
+}
+
+std::function<bool(PackageNode *)> MatchesKeywordSearch::matchFunction()
+{
+    if (d->searchString.isEmpty())
+        return {};
+    return [search = d->searchString, level = d->requiredLevel()](PackageNode *node) {
+        const auto keywords = node->keywords();
+        const QStringRef needle(&search);
+        return std::any_of(
+            keywords.begin(), keywords.end(), [&needle, level](const KeywordNode *keyword) {
+                return keyword->matchLevel(needle) >= level;
+            });
+    };
+}
+
+} // namespace nk::pm
