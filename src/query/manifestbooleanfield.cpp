@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "query/manifestbooleanfield.h"
+
+namespace nk::pm {
+
+ManifestBooleanField::ManifestBooleanField(QObject *parent)
+    : ManifestField(parent)
+{}
+
+ManifestBooleanField::~ManifestBooleanField() = default;
+
+void ManifestBooleanField::setDefaultValue(bool value)
+{
+    if (m_defaultValue == value)
+        return;
+    m_defaultValue = value;
+    Q_EMIT defaultValueChanged();
+    Q_EMIT updateRequested();
+}
+
+QVariant ManifestBooleanField::convert(const QJsonValue &value, const PackageNode *node)
+{
+    Q_UNUSED(node)
+    return value.toBool(m_defaultValue);
+}
+
+} // namespace nk::pm
