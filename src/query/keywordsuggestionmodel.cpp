@@ -1,0 +1,205 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "query/keywordsuggestionmodel.h"
+
+#include "index/packageindex.h"
+#include "index/packageindexnode.h"
+#include "query/providerconnection.h"
+
+#include <QFutureWatcher>
+#include <QRegularExpression>
+#include <QSet>
+#include <QtConcurrent>
+
+#include <algorithm>
+
+namespace nk::pm {
+
+struct KeywordSuggestionModelPrivate
+{
+    KeywordSuggestionModel *q;
+    ProviderConnection connection;
+    QFutureWatcher<QStringList> *watcher;
+    bool updatePending = false;
+    QString packageType;
+    QString searchString;
+    QRegularExpression highlightExpression;
+    QStringList suggestions;
+
+    explicit KeywordSuggestionModelPrivate(KeywordSuggestionModel *model)
+        : q(model)
+        , watcher(new QFutureWatcher<QStringList>(model))
+    {}
+
+    void scheduleList();
+    void clearList();
+    void resetTo(const QStringList &newSuggestions);
+    QString highlighted(const QString &suggestion) const;
+};
+
+void KeywordSuggestionModelPrivate::scheduleList()
+{
+    if (updatePending)
+        return;
+    updatePending = true;
+    QMetaObject::invokeMethod(q, "updateList", Qt::QueuedConnection);
+}
+
+void KeywordSuggestionModelPrivate::clearList()
+{
+    if (suggestions.isEmpty())
+        return;
+    resetTo({});
+    Q_EMIT q->countChanged();
+}
+
+void KeywordSuggestionModelPrivate::resetTo(const QStringList &newSuggestions)
+{
+    q->beginResetModel();
+    suggestions = newSuggestions;
+    q->endResetModel();
+}
+
+QString KeywordSuggestionModelPrivate::highlighted(const QString &suggestion) const
+{
+    return suggestion.toHtmlEscaped().replace(highlightExpression, QStringLiteral("<b>\\1</b>"));
+}
+
+namespace {
+
+KeywordList selectKeywords(const QSharedPointer<PackageIndex> &index, const QString &packageType)
+{
+    if (packageType.isEmpty())
+        return PackageIndex::selectKeywords(index, {});
+    const QStringRef type(&packageType);
+    return PackageIndex::selectKeywords(
+        index, [&type](KeywordNode *keyword) { return keyword->isUsedByType(type); });
+}
+
+QStringList findSuggestions(
+    const QSharedPointer<PackageIndex> &index, const QString &packageType, const QString &search)
+{
+    QSet<QString> found;
+    const QStringRef needle(&search);
+    for (const KeywordNode *keyword : selectKeywords(index, packageType)) {
+        const auto strings = keyword->matchingStrings(needle);
+        for (const QStringRef &string : strings)
+            found.insert(string.toString());
+    }
+    QStringList suggestions(found.begin(), found.end());
+    std::sort(suggestions.begin(), suggestions.end());
+    return suggestions;
+}
+
+} // namespace
+
+KeywordSuggestionModel::KeywordSuggestionModel(QObject *parent)
+    : QAbstractListModel(parent)
+    , d(new KeywordSuggestionModelPrivate(this))
+{
+    connect(d->watcher, &QFutureWatcherBase::finished, this, &KeywordSuggestionModel::finishUpdate);
+}
+
+KeywordSuggestionModel::~KeywordSuggestionModel() = default;
+
+QString KeywordSuggestionModel::packageType() const
+{
+    return d->packageType;
+}
+
+void KeywordSuggestionModel::setPackageType(const QString &type)
+{
+    if (d->packageType == type)
+        return;
+    d->packageType = type;
+    Q_EMIT packageTypeChanged();
+    d->scheduleList();
+}
+
+QObject *KeywordSuggestionModel::packageProvider() const
+{
+    return d->connection.provider();
+}
+
+void KeywordSuggestionModel::setPackageProvider(QObject *provider)
+{
+    if (!d->connection.follow(provider, this, &KeywordSuggestionModel::updateList))
+        return;
+    d->scheduleList();
+    Q_EMIT packageProviderChanged();
+}
+
+QString KeywordSuggestionModel::searchString() const
+{
+    return d->searchString;
+}
+
+void KeywordSuggestionModel::setSearchString(const QString &text)
+{
+    if (d->searchString == text)
+        return;
+    d->searchString = text;
+    // The expression runs over HTML: the needle is first made HTML too, and only then literal.
+    const QString needle = QRegularExpression::escape(text.toHtmlEscaped());
+    d->highlightExpression = QRegularExpression(
+        QStringLiteral("(%1)").arg(needle), QRegularExpression::CaseInsensitiveOption);
+    Q_EMIT searchStringChanged();
+    d->scheduleList();
+}
+
+int KeywordSuggestionModel::count() const
+{
+    return d->suggestions.size();
+}
+
+QString KeywordSuggestionModel::suggestionAt(int index) const
+{
+    return d->suggestions.value(index);
+}
+
+int KeywordSuggestionModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : d->suggestions.size();
+}
+
+QVariant KeywordSuggestionModel::data(const QModelIndex &index, int role) const
+{
+    const int row = index.row();
+    if (row < 0 || row >= rowCount())
+        return {};
+    if (role == SuggestionRole)
+        return d->suggestions.at(row);
+    if (role == DisplayStringRole)
+        return d->highlighted(d->suggestions.at(row));
+    return {};
+}
+
+QHash<int, QByteArray> KeywordSuggestionModel::roleNames() const
+{
+    return {
+        {SuggestionRole, QByteArrayLiteral("suggestion")},
+        {DisplayStringRole, QByteArrayLiteral("displayString")}};
+}
+
+void KeywordSuggestionModel::updateList()
+{
+    d->updatePending = false;
+    const QSharedPointer<PackageIndex> index = d->connection.packageIndex();
+    if (!index || d->searchString.isEmpty()) {
+        d->clearList();
+        return;
+    }
+    d->watcher->setFuture(
+        QtConcurrent::run(findSuggestions, index, d->packageType, d->searchString));
+}
+
+void KeywordSuggestionModel::finishUpdate()
+{
+    const int countBefore = count();
+    d->resetTo(d->watcher->result());
+    if (count() != countBefore)
+        Q_EMIT countChanged();
+}
+
+} // namespace nk::pm

@@ -1,0 +1,374 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "query/packagelistmodel.h"
+
+#include "index/packageindex.h"
+#include "index/packageindexnode.h"
+#include "query/listproperty.h"
+#include "query/providerconnection.h"
+#include "query/rowchanges.h"
+
+#include <QFutureWatcher>
+#include <QPointer>
+#include <QQmlInfo>
+#include <QTimer>
+#include <QtConcurrent>
+
+#include <algorithm>
+#include <chrono>
+
+namespace nk::pm {
+
+namespace {
+
+constexpr std::chrono::milliseconds updateDelay{30};
+
+using Edits = QVector<std::function<void()>>;
+
+/// What one worker task works on: values only, so that it needs nothing of the model.
+struct Query
+{
+    QSharedPointer<PackageIndex> index;
+    QString type;
+    std::function<bool(PackageNode *)> matcher;
+    std::function<bool(PackageNode *, PackageNode *)> sorter;
+    PackageList shown;
+    bool resetWhenStuck;
+};
+
+} // namespace
+
+struct PackageListModelPrivate
+{
+    PackageListModel *q;
+    ProviderConnection connection;
+    QString packageType;
+    QFutureWatcher<Edits> *watcher;
+    PackageList list;
+    bool fieldChangePending = false;
+    QTimer *updateTimer;
+    QVector<QPointer<ManifestField>> manifestFields;
+    QHash<int, QByteArray> roles{{PackageListModel::IdRole, QByteArrayLiteral("id")}};
+    WatchedPointer<PackageMatcher> matcher;
+    WatchedPointer<PackageSorter> sorter;
+    bool resetWhenStuck = false;
+
+    explicit PackageListModelPrivate(PackageListModel *model);
+
+    // The callbacks of the property manifestFields.
+    void append(ManifestField *field);
+    int count() const { return manifestFields.size(); }
+    ManifestField *at(int i) const { return manifestFields.value(i); }
+    void clear();
+    void scheduleFieldChange();
+
+    PackageNode *node(int row) const;
+    void clearList();
+
+    // The edits, on the model's thread. Each does nothing if it no longer fits.
+    void reset(const PackageList &newList);
+    void apply(const RemoveRows &change);
+    void apply(const InsertRows &change);
+    void apply(const MoveRow &change);
+
+    static Edits findEdits(PackageListModelPrivate *d, const Query &query);
+};
+
+PackageListModelPrivate::PackageListModelPrivate(PackageListModel *model)
+    : q(model)
+    , watcher(new QFutureWatcher<Edits>(model))
+    , updateTimer(new QTimer(model))
+{
+    updateTimer->setInterval(updateDelay);
+    updateTimer->setSingleShot(true);
+}
+
+void PackageListModelPrivate::append(ManifestField *field)
+{
+    if (!field)
+        qmlWarning(q) << "null is no manifest field";
+    manifestFields.append(field);
+    scheduleFieldChange();
+}
+
+void PackageListModelPrivate::clear()
+{
+    if (manifestFields.isEmpty())
+        return;
+    manifestFields.clear();
+    scheduleFieldChange();
+}
+
+void PackageListModelPrivate::scheduleFieldChange()
+{
+    if (fieldChangePending)
+        return;
+    fieldChangePending = true;
+    QMetaObject::invokeMethod(q, "processFieldChange", Qt::QueuedConnection);
+}
+
+PackageNode *PackageListModelPrivate::node(int row) const
+{
+    return list.packages().value(row, nullptr);
+}
+
+void PackageListModelPrivate::clearList()
+{
+    if (list.isValid())
+        reset(PackageList());
+}
+
+void PackageListModelPrivate::reset(const PackageList &newList)
+{
+    q->beginResetModel();
+    list = newList;
+    q->endResetModel();
+}
+
+void PackageListModelPrivate::apply(const RemoveRows &change)
+{
+    if (change.first < 0 || change.last >= list.size())
+        return;
+    q->beginRemoveRows(QModelIndex(), change.first, change.last);
+    list.list().remove(change.first, change.last - change.first + 1);
+    q->endRemoveRows();
+}
+
+void PackageListModelPrivate::apply(const InsertRows &change)
+{
+    if (change.first > list.size())
+        return;
+    const int count = change.rows.size();
+    q->beginInsertRows(QModelIndex(), change.first, change.first + count - 1);
+    QVector<PackageNode *> &rows = list.list();
+    rows.insert(change.first, count, nullptr);
+    std::copy(change.rows.begin(), change.rows.end(), rows.begin() + change.first);
+    q->endInsertRows();
+}
+
+void PackageListModelPrivate::apply(const MoveRow &change)
+{
+    const auto [from, to] = change;
+    if (from >= list.size() || to >= list.size())
+        return;
+    q->beginMoveRows(QModelIndex(), from, from, QModelIndex(), to > from ? to + 1 : to);
+    list.list().move(from, to);
+    q->endMoveRows();
+}
+
+/// Runs on a pool thread; \a d is only stored in the closures, which the model's thread calls while
+/// the model is alive.
+Edits PackageListModelPrivate::findEdits(PackageListModelPrivate *d, const Query &query)
+{
+    const PackageList wanted =
+        PackageIndex::selectPackages(query.index, query.type, query.matcher, query.sorter);
+    const auto reset = [d, wanted] { d->reset(wanted); };
+    if (wanted.index() != query.shown.index())
+        return {reset};
+    const auto changes = rowChanges(query.shown.packages(), wanted.packages());
+    if (!changes)
+        return query.resetWhenStuck ? Edits{reset} : Edits();
+    Edits edits;
+    edits.reserve(static_cast<int>(changes->size()));
+    for (const RowChange &change : *changes) {
+        // Rows of an index that the model has let go of meanwhile would dangle.
+        edits.append([d, index = wanted.index(), change] {
+            if (d->list.index() == index)
+                std::visit([d](const auto &edit) { d->apply(edit); }, change);
+        });
+    }
+    return edits;
+}
+
+PackageListModel::PackageListModel(QAbstractListModel *parent)
+    : QAbstractListModel(parent)
+    , d(new PackageListModelPrivate(this))
+{
+    connect(d->watcher, &QFutureWatcherBase::finished, this, &PackageListModel::finishListUpdate);
+    connect(d->updateTimer, &QTimer::timeout, this, &PackageListModel::updateList);
+}
+
+PackageListModel::~PackageListModel() = default;
+
+QObject *PackageListModel::packageProvider() const
+{
+    return d->connection.provider();
+}
+
+void PackageListModel::setPackageProvider(QObject *provider)
+{
+    if (!d->connection.follow(provider, this, &PackageListModel::scheduleUpdate))
+        return;
+    updateList();
+    Q_EMIT packageProviderChanged();
+}
+
+QString PackageListModel::packageType() const
+{
+    return d->packageType;
+}
+
+void PackageListModel::setPackageType(const QString &type)
+{
+    if (d->packageType == type)
+        return;
+    d->packageType = type;
+    Q_EMIT packageTypeChanged();
+    scheduleUpdate();
+}
+
+QQmlListProperty<ManifestField> PackageListModel::manifestFields()
+{
+    return listProperty<ManifestField>(this, d.data());
+}
+
+PackageMatcher *PackageListModel::matcher() const
+{
+    return d->matcher.get();
+}
+
+void PackageListModel::setMatcher(PackageMatcher *matcher)
+{
+    if (d->matcher.holds(matcher))
+        return;
+    if (d->matcher.get())
+        disconnect(d->matcher.get(), nullptr, this, nullptr);
+    d->matcher.assign(matcher);
+    if (matcher)
+        connect(matcher, &PackageMatcher::updateRequested, this, &PackageListModel::scheduleUpdate);
+    scheduleUpdate();
+}
+
+PackageSorter *PackageListModel::sorter() const
+{
+    return d->sorter.get();
+}
+
+void PackageListModel::setSorter(PackageSorter *sorter)
+{
+    if (d->sorter.holds(sorter))
+        return;
+    if (d->sorter.get())
+        disconnect(d->sorter.get(), nullptr, this, nullptr);
+    d->sorter.assign(sorter);
+    if (sorter)
+        connect(sorter, &PackageSorter::updateRequested, this, &PackageListModel::scheduleUpdate);
+    scheduleUpdate();
+}
+
+int PackageListModel::count() const
+{
+    return d->list.size();
+}
+
+bool PackageListModel::resetWhenStuck() const
+{
+    return d->resetWhenStuck;
+}
+
+void PackageListModel::setResetWhenStuck(bool reset)
+{
+    if (d->resetWhenStuck == reset)
+        return;
+    d->resetWhenStuck = reset;
+    Q_EMIT resetWhenStuckChanged();
+    scheduleUpdate();
+}
+
+QString PackageListModel::packageAt(int index) const
+{
+    return d->list.id(index);
+}
+
+int PackageListModel::indexOf(const QString &id) const
+{
+    if (id.isEmpty())
+        return 0;
+    const QVector<PackageNode *> &rows = d->list.packages();
+    const auto row = std::find_if(
+        rows.begin(), rows.end(), [&id](const PackageNode *node) { return node->id() == id; });
+    return row == rows.end() ? -1 : static_cast<int>(std::distance(rows.begin(), row));
+}
+
+QJsonValue PackageListModel::manifestField(int index, const QString &fieldName) const
+{
+    const PackageNode *node = d->node(index);
+    return node ? node->manifestValue(fieldName) : QJsonValue(QJsonValue::Undefined);
+}
+
+int PackageListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : d->list.size();
+}
+
+QVariant PackageListModel::data(const QModelIndex &index, int role) const
+{
+    const int row = index.row();
+    if (row < 0 || row >= rowCount())
+        return {};
+    if (role == IdRole)
+        return d->list.id(row);
+    ManifestField *field = d->manifestFields.value(role - FirstFieldRole);
+    return field ? field->read(d->node(row)) : QVariant();
+}
+
+QHash<int, QByteArray> PackageListModel::roleNames() const
+{
+    return d->roles;
+}
+
+void PackageListModel::classBegin()
+{}
+
+void PackageListModel::componentComplete()
+{
+    processFieldChange();
+}
+
+void PackageListModel::scheduleUpdate()
+{
+    d->updateTimer->start();
+}
+
+void PackageListModel::updateList()
+{
+    const QSharedPointer<PackageIndex> index = d->connection.packageIndex();
+    if (!index) {
+        d->clearList();
+        return;
+    }
+    Query query{index, d->packageType, {}, {}, d->list, d->resetWhenStuck};
+    if (PackageMatcher *matcher = d->matcher.get())
+        query.matcher = matcher->matchFunction();
+    if (PackageSorter *sorter = d->sorter.get())
+        query.sorter = sorter->sortFunction();
+    d->watcher->setFuture(QtConcurrent::run(&PackageListModelPrivate::findEdits, d.data(), query));
+}
+
+void PackageListModel::finishListUpdate()
+{
+    const int rowCountBefore = rowCount();
+    const Edits edits = d->watcher->result();
+    for (const auto &edit : edits)
+        edit();
+    if (rowCount() != rowCountBefore)
+        Q_EMIT countChanged();
+}
+
+void PackageListModel::processFieldChange()
+{
+    if (!d->fieldChangePending)
+        return;
+    d->fieldChangePending = false;
+    beginResetModel();
+    d->roles = {{IdRole, QByteArrayLiteral("id")}};
+    for (int i = 0; i < d->manifestFields.size(); ++i) {
+        if (const ManifestField *field = d->manifestFields.value(i))
+            d->roles.insert(FirstFieldRole + i, field->name().toLatin1());
+    }
+    Q_EMIT manifestFieldsChanged();
+    endResetModel();
+}
+
+} // namespace nk::pm
