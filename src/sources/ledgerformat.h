@@ -31,7 +31,8 @@ constexpr std::array<const char *, segmentCount> segmentIdentifiers{
 
 /// Magic, two version bytes and the offset table: four times identifier and u32 offset.
 constexpr int offsetTableEntrySize = identifierSize + 4;
-constexpr int headerSize = magicSize + 2 + segmentCount * offsetTableEntrySize;
+constexpr int offsetTableStart = magicSize + 2;
+constexpr int headerSize = offsetTableStart + segmentCount * offsetTableEntrySize;
 /// Identifier and u32 payload size, in front of each segment's payload.
 constexpr int segmentFramingSize = identifierSize + 4;
 /// What the counts in four empty segments take: u16; u16, u32; u16, u32; u32.

@@ -1,0 +1,203 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "sources/ledgerverification.h"
+
+#include "sources/ledgerformat.h"
+#include "sources/verifiedsignatures.h"
+
+#include <norvakcrypto/jsonsignature.h>
+
+#include <QCryptographicHash>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMap>
+#include <QThreadPool>
+#include <QtConcurrent>
+
+#include <algorithm>
+#include <atomic>
+#include <optional>
+
+namespace nk::pm {
+
+using nk::crypto::ed25519::PublicKey;
+
+namespace {
+
+QByteArray signatureBytes(const char *signature)
+{
+    return QByteArray::fromRawData(signature, ledger::signatureSize);
+}
+
+// Walks the members instead of asking for the name, which can miss one that is there.
+QJsonObject withoutType(QJsonObject manifest)
+{
+    for (auto member = manifest.begin(); member != manifest.end();) {
+        if (member.key() == QLatin1String("type"))
+            member = manifest.erase(member);
+        else
+            ++member;
+    }
+    return manifest;
+}
+
+// Nothing if two names are one as text: which of them was signed could not be told.
+std::optional<QJsonObject> fileHashes(const QHash<QByteArray, const char *> &files)
+{
+    // In order, as an object takes a member in the middle only by moving those behind it.
+    QMap<QString, QString> sorted;
+    for (auto file = files.cbegin(); file != files.cend(); ++file) {
+        const auto hash = QByteArray::fromRawData(file.value(), ledger::hashSize);
+        sorted.insert(QString::fromUtf8(file.key()), QString::fromLatin1(hash.toHex()));
+    }
+    if (sorted.size() != files.size())
+        return std::nullopt;
+    QJsonObject object;
+    for (auto file = sorted.cbegin(); file != sorted.cend(); ++file)
+        object.insert(file.key(), file.value());
+    return object;
+}
+
+QVector<QByteArray> derOf(const QVector<PublicKey> &keys)
+{
+    QVector<QByteArray> ders;
+    for (const PublicKey &key : keys)
+        ders.append(key.toDER());
+    return ders;
+}
+
+// Checks one package after the other, on many threads at once: each has its own place for its
+// digest.
+class PackageVerifier
+{
+public:
+    using result_type = void;
+
+    PackageVerifier(
+        const LedgerTables &tables, const QVector<PublicKey> &keys,
+        const VerifiedSignatures::Snapshot &known, SignatureDigest *newlyGood,
+        std::atomic_int *goodCount)
+        : m_tables(tables)
+        , m_keys(keys)
+        , m_ders(derOf(keys))
+        , m_known(known)
+        , m_newlyGood(newlyGood)
+        , m_goodCount(goodCount)
+    {}
+
+    void operator()(const PackageEntry &package) const
+    {
+        const SignatureDigest digest = digestOf(package);
+        if (!m_known.contains(digest)) {
+            if (!verify(package))
+                return;
+            m_newlyGood[&package - m_tables.packages.constData()] = digest;
+        }
+        m_goodCount->fetch_add(1, std::memory_order_relaxed);
+    }
+
+private:
+    bool verify(const PackageEntry &package) const
+    {
+        const QByteArray content = signedContent(package, m_tables.types.at(package.typeIndex));
+        return !content.isEmpty()
+               && m_keys.at(package.issuerIndex).verify(signatureBytes(package.signature), content);
+    }
+
+    SignatureDigest digestOf(const PackageEntry &package) const;
+
+    const LedgerTables &m_tables;
+    const QVector<PublicKey> &m_keys;
+    const QVector<QByteArray> m_ders;
+    const VerifiedSignatures::Snapshot &m_known;
+    SignatureDigest *const m_newlyGood;
+    std::atomic_int *const m_goodCount;
+};
+
+// Taken from the raw record: the same bytes there give the same signed form, and making that costs
+// more than the digest. Each part is of a fixed length, carries its length or comes last, so no two
+// different inputs look alike.
+SignatureDigest PackageVerifier::digestOf(const PackageEntry &package) const
+{
+    const LedgerString type = m_tables.types.at(package.typeIndex);
+    QCryptographicHash hash(QCryptographicHash::Sha3_256);
+    hash.addData(m_ders.at(package.issuerIndex));
+    hash.addData(package.signature, ledger::signatureSize);
+    hash.addData(reinterpret_cast<const char *>(&type.length), sizeof type.length);
+    hash.addData(type.data, type.length);
+    hash.addData(package.content, package.contentSize);
+    SignatureDigest digest;
+    const QByteArray result = hash.result();
+    std::copy(result.cbegin(), result.cend(), digest.bytes.begin());
+    return digest;
+}
+
+// The calling thread may be one of the pool's, and would keep its place while it waits for the
+// others.
+class PoolPlaceGivenUp
+{
+public:
+    PoolPlaceGivenUp() { QThreadPool::globalInstance()->releaseThread(); }
+    ~PoolPlaceGivenUp() { QThreadPool::globalInstance()->reserveThread(); }
+
+private:
+    Q_DISABLE_COPY(PoolPlaceGivenUp)
+};
+
+int countGood(
+    const LedgerTables &tables, const QVector<PublicKey> &issuerKeys,
+    const VerifiedSignatures::Snapshot &known, SignatureDigest *newlyGood)
+{
+    std::atomic_int goodCount{0};
+    const PackageVerifier verifier(tables, issuerKeys, known, newlyGood, &goodCount);
+    const PoolPlaceGivenUp givenUp;
+    QtConcurrent::blockingMap(tables.packages.cbegin(), tables.packages.cend(), verifier);
+    return goodCount;
+}
+
+} // namespace
+
+IssuerVerification verifyIssuers(const QVector<LedgerIssuer> &issuers, const PublicKey &trustKey)
+{
+    IssuerVerification verification;
+    for (const LedgerIssuer &issuer : issuers) {
+        if (!trustKey.verify(signatureBytes(issuer.signature), issuer.publicKey.bytes())) {
+            verification.fault = IssuerVerification::NotSigned;
+            break;
+        }
+        ++verification.signedCount;
+        const PublicKey key = PublicKey::fromDER(issuer.publicKey.bytes());
+        if (!key.isValid()) {
+            verification.fault = IssuerVerification::UnusableKey;
+            break;
+        }
+        verification.keys.append(key);
+    }
+    return verification;
+}
+
+QByteArray signedContent(const PackageEntry &package, const LedgerString &type)
+{
+    const std::optional<QJsonObject> files = fileHashes(package.files);
+    if (!files)
+        return {};
+    const QJsonObject manifest = QJsonDocument::fromJson(package.manifest.bytes()).object();
+    return nk::crypto::JsonSignature::toByteArray({
+        {QStringLiteral("type"), type.text()},
+        {QStringLiteral("manifest"), withoutType(manifest)},
+        {QStringLiteral("files"), *files},
+    });
+}
+
+bool verifyPackages(
+    const LedgerTables &tables, const QVector<PublicKey> &issuerKeys, VerifiedSignatures &known)
+{
+    QVector<SignatureDigest> newlyGood(tables.packages.size());
+    const int goodCount = countGood(tables, issuerKeys, known.snapshot(), newlyGood.data());
+    newlyGood.removeAll(SignatureDigest());
+    known.remember(newlyGood);
+    return goodCount == tables.packages.size();
+}
+
+} // namespace nk::pm

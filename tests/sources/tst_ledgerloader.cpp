@@ -1,0 +1,428 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "sources/ledgerloader.h"
+#include "sources/ledgerverification.h"
+#include "sources/verifiedsignatures.h"
+#include "support/ledgerbuilder.h"
+#include "support/logrecorder.h"
+
+#include <QRandomGenerator>
+#include <QtConcurrent>
+#include <QtTest>
+
+using namespace nk::pm;
+using namespace nk::pm::test;
+using nk::crypto::ed25519::PrivateKey;
+using nk::crypto::ed25519::PublicKey;
+
+namespace {
+
+// A little of everything.
+LedgerBuilder catalogue()
+{
+    LedgerBuilder builder;
+    builder.addIssuer("Norvak", "models").addIssuer("Other", "parts");
+    builder.addLanguage("de").addLanguage("en");
+    builder.addKeyword(0, "k.tree", {{0, {QByteArray("Baum\0B\xc3\xa4ume", 11)}}, {1, {"tree"}}});
+    builder.addKeyword(4, "k.green", {{1, {"green"}}});
+    builder.addPackage(
+        "pkg.alpha", "model", R"({"type":"model", "name":"Alpha","size":[10.0,2.5]})",
+        {{"a.txt", "alpha"}, {"deep/b.txt", "beta"}});
+    builder.addPackage("pkg.beta", "model:part", R"({"name":"B\u00e9ta"})", {}, 1);
+    builder.addLink(6, 0x11, 0, 1).addLink(4, 0x01, 0, 0);
+    return builder;
+}
+
+LedgerTables load(const QByteArray &ledger, const PublicKey &trustKey)
+{
+    VerifiedSignatures known;
+    return loadLedger(ledger, trustKey, known);
+}
+
+int packagesOf(const LedgerBuilder &builder)
+{
+    return load(builder.build(), builder.trustKey()).packages.size();
+}
+
+QByteArray changed(QByteArray ledger, const QByteArray &before, const QByteArray &after)
+{
+    Q_ASSERT(ledger.count(before) == 1 && before.size() == after.size());
+    return ledger.replace(before, after);
+}
+
+// Follows each view of the tables: under AddressSanitizer, a check that all lie within the ledger.
+int touch(const LedgerTables &tables)
+{
+    int sum = 0;
+    for (const LedgerKeyword &keyword : tables.keywords) {
+        sum += keyword.id.text().size();
+        for (const auto &strings : keyword.strings) {
+            for (const LedgerString &string : strings)
+                sum += string.text().size();
+        }
+    }
+    for (const PackageEntry &package : tables.packages) {
+        sum += signedContent(package, tables.types.at(package.typeIndex)).size();
+        sum += package.id.text().size() + package.signature[63]
+               + package.content[package.contentSize - 1];
+    }
+    return sum;
+}
+
+} // namespace
+
+class tst_LedgerLoader : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_log.reset(new LogRecorder("norvak.packageserver.ledger")); }
+    void cleanup() { m_log.reset(); }
+    void writesEachStep();
+    void emptyLedgers();
+    void structureLines_data();
+    void structureLines();
+    void recordLines_data();
+    void recordLines();
+    void issuerLines();
+    void failedPackageWritesNoLineOfItsOwn();
+    void whatIsSigned_data();
+    void whatIsSigned();
+    void signedContentIsCanonical();
+    void namesThatAreOneAsTextAreRefused();
+    void issuersCannotStandInForEachOther();
+    void refusedLedgerKeepsLanguagesAndTypes();
+    void truncatedAnywhere();
+    void mutatedAnyhow();
+    void loadsOnAFullPool();
+    void knownSignaturesChangeNoAnswer();
+    void knownSignaturesOfAnotherKeyDontCount();
+    void partlyKnownLedger();
+
+private:
+    QScopedPointer<LogRecorder> m_log;
+};
+
+void tst_LedgerLoader::writesEachStep()
+{
+    const LedgerBuilder builder = catalogue();
+    const LedgerTables tables = load(builder.build(), builder.trustKey());
+    QCOMPARE(tables.packages.size(), 2);
+    QStringList lines = m_log->lines();
+    const QString last = lines.takeLast();
+    QCOMPARE(
+        lines, QStringList({
+                   "debug: Basic header verification OK",
+                   "debug: Offset table parsing OK",
+                   "debug: Ledger contains 2 issuers",
+                   "debug: Ledger contains 2 languages",
+                   "debug: Ledger contains 2 keywords",
+                   "debug: Ledger contains 2 types",
+                   "debug: Ledger contains 2 packages",
+                   "debug: Ledger contains 2 links",
+                   "debug: Issuer signature of \"Norvak\" \"models\" is valid",
+                   "debug: Issuer signature of \"Other\" \"parts\" is valid",
+               }));
+    const QRegularExpression took("^debug: Ledger parsing took [0-9.e-]+ msecs$");
+    QVERIFY2(took.match(last).hasMatch(), qPrintable(last));
+}
+
+void tst_LedgerLoader::emptyLedgers()
+{
+    load({}, {});
+    QCOMPARE(m_log->lines("critical"), QStringList({"Parsing of package ledger failed"}));
+    m_log->clear();
+    const LedgerBuilder builder;
+    load(builder.build(), builder.trustKey());
+    QCOMPARE(m_log->lines("critical"), QStringList());
+    load(builder.build(), PublicKey());
+    QCOMPARE(m_log->lines("critical"), QStringList()); // there is nothing to verify
+}
+
+void tst_LedgerLoader::structureLines_data()
+{
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("line");
+    const auto row = [](const char *line, int offset, const QByteArray &bytes) {
+        QTest::newRow(line) << offset << bytes << QString(line);
+    };
+    row("Ledger data missing magic bytes \"ldgr\"", 0, "L");
+    row("Ledger version mismatch, must be 1.0", 5, u8(1));
+    row("Invalid offset table entry \".abc\"", 6, ".abc");
+    row("Invalid offset 37 for offset able entry \".iss\"", 10, u32(37));
+    row("Invalid offset 48 for offset able entry \".iss\" (No such section at that offset)", 10,
+        u32(48));
+    row("Segment \".lnk\" has out of bounds section size 12", 80, u32(12));
+    row("Incomplete ledger data, missing segments: QSet(\".lnk\")", 30, ".iss" + u32(38));
+    row("Invalid ledger structure, misaligned segments", 52, u32(5));
+}
+
+void tst_LedgerLoader::structureLines()
+{
+    QFETCH(int, offset);
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, line);
+    load(LedgerBuilder().build().replace(offset, bytes.size(), bytes), {});
+    QCOMPARE(m_log->lines("critical"), QStringList({line, "Parsing of package ledger failed"}));
+    QCOMPARE(m_log->lines("debug").contains("Basic header verification OK"), offset >= 6);
+    QVERIFY(!m_log->lines("debug").contains("Offset table parsing OK"));
+    QVERIFY(m_log->lines().constLast().startsWith("debug: Ledger parsing took"));
+}
+
+void tst_LedgerLoader::recordLines_data()
+{
+    QTest::addColumn<int>("segment");
+    QTest::addColumn<QByteArray>("payload");
+    QTest::addColumn<QStringList>("lines");
+    const QString failed = "Parsing of package ledger failed";
+    const auto row = [](const char *name, int segment, const QByteArray &payload,
+                        const QStringList &lines) {
+        QTest::newRow(name) << segment << payload << lines;
+    };
+    row("issuer cut", 0, u16(1), {failed});
+    row("keyword cut", 1, u16(0) + u32(1), {failed});
+    row("package count cut", 2, u16(0), {failed});
+    row("package cut", 2, u16(0) + u32(1), {"Package parsing failed", failed});
+    row("link count cut", 3, {}, {failed});
+    row("second link cut", 3, u32(2) + QByteArray(10, '\0'),
+        {"Failed to parse link with index 1", failed});
+}
+
+void tst_LedgerLoader::recordLines()
+{
+    QFETCH(int, segment);
+    QFETCH(QByteArray, payload);
+    QFETCH(QStringList, lines);
+    QVector<LedgerSegment> segments = LedgerBuilder().segments();
+    segments[segment].second = payload;
+    load(ledgerFile(segments).leftJustified(88, 'x'), {});
+    QCOMPARE(m_log->lines("critical"), lines);
+}
+
+void tst_LedgerLoader::issuerLines()
+{
+    LedgerBuilder builder;
+    builder.addIssuer("good", "one").addIssuerSignedBy(PrivateKey::generate(), "bad", "two");
+    load(builder.build(), builder.trustKey());
+    QCOMPARE(
+        m_log->lines("critical"), QStringList(
+                                      {"Failed to verify issuer signature of \"bad\" \"two\"",
+                                       "Parsing of package ledger failed"}));
+    QVERIFY(m_log->lines("debug").contains("Issuer signature of \"good\" \"one\" is valid"));
+
+    LedgerBuilder unusable;
+    unusable.addIssuerWithKeyField("not a key", "odd", "three");
+    m_log->clear();
+    load(unusable.build(), unusable.trustKey());
+    QVERIFY(m_log->lines("debug").contains("Issuer signature of \"odd\" \"three\" is valid"));
+    QCOMPARE(
+        m_log->lines("critical"),
+        QStringList(
+            {"Public key of \"odd\" \"three\" is not valid", "Parsing of package ledger failed"}));
+}
+
+void tst_LedgerLoader::failedPackageWritesNoLineOfItsOwn()
+{
+    const LedgerBuilder builder = catalogue();
+    const LedgerTables tables =
+        load(changed(builder.build(), "\"Alpha\"", "\"Omega\""), builder.trustKey());
+    QCOMPARE(m_log->lines("critical"), QStringList({"Parsing of package ledger failed"}));
+    QCOMPARE(tables.packages.size(), 0);
+    QCOMPARE(tables.keywords.size(), 0);
+    QCOMPARE(tables.links.size(), 0);
+}
+
+void tst_LedgerLoader::whatIsSigned_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QByteArray>("after");
+    QTest::addColumn<bool>("accepted");
+    const auto row = [](const char *name, const char *before, const QByteArray &after,
+                        bool accepted) {
+        QTest::newRow(name) << QByteArray(before) << after << accepted;
+    };
+    row("a manifest's value", "\"Alpha\"", "\"Omega\"", false);
+    row("a manifest's key", "\"size\"", "\"sizf\"", false);
+    row("a number's value", "2.5", "2.6", false);
+    row("a number's spelling", "10.0", "1e+1", true);
+    row("a file's name", "a.txt", "b.txt", false);
+    row("a package's id", "pkg.alpha", "pkg.gamma", true);
+    row("a keyword's id", "k.tree", "k.bush", true);
+    row("a keyword's text", "green", "brown", true);
+    row("an issuer's label", "Norvak", "Kavron", true);
+    row("the manifest's own type", R"({"type":"model")", R"({"type":"other")", true);
+    row("white space", R"(, "name")", ",\n\"name\"", true);
+    row("the escape of a character", "\\u00e9", "\\u00E9", true);
+    QTest::newRow("a file's hash") << fileHash("alpha") << fileHash("gamma") << false;
+}
+
+void tst_LedgerLoader::whatIsSigned()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(QByteArray, after);
+    QFETCH(bool, accepted);
+    const LedgerBuilder builder = catalogue();
+    const QByteArray ledger = builder.build();
+    QVERIFY(ledger.contains(before));
+    const LedgerTables tables = load(QByteArray(ledger).replace(before, after), builder.trustKey());
+    QCOMPARE(tables.packages.size(), accepted ? 2 : 0);
+}
+
+void tst_LedgerLoader::signedContentIsCanonical()
+{
+    const QByteArray manifest =
+        "{ \"type\": \"x\", \"b\": 1.0, \"\xc3\xa4\": [1E2], \"a\": {\"type\": 1} }";
+    const QByteArray hash(28, '\xab');
+    PackageEntry package;
+    package.manifest = {quint16(manifest.size()), manifest.constData()};
+    package.files = {{"z/\xc3\xb6", hash.constData()}, {"a", hash.constData()}};
+    const QByteArray hex = hash.toHex();
+    QCOMPARE(
+        signedContent(package, {5, "model"}), "{\"files\":{\"a\":\"" + hex + "\",\"z/\xc3\xb6\":\""
+                                                  + hex
+                                                  + "\"},\"manifest\":{\"a\":{\"type\":1},\"b\":1,"
+                                                    "\"\xc3\xa4\":[100]},\"type\":\"model\"}");
+}
+
+void tst_LedgerLoader::namesThatAreOneAsTextAreRefused()
+{
+    // Both names read as U+FFFD; only one of the two hashes would be in the signed form.
+    LedgerBuilder builder;
+    builder.addIssuer("Norvak").addPackage(
+        "pkg", "model", "{}", {{QString(QChar(0xfffd)), "good"}});
+    QCOMPARE(packagesOf(builder), 1);
+    QByteArray record =
+        builder.packageRecord("pkg", "model", "{}", {{QString(QChar(0xfffd)), "good"}}, 0);
+    record.replace(
+        u16(1) + fileHash("good"),
+        u16(2) + fileHash("evil") + ledgerString("\xff") + fileHash("good"));
+    builder.addRawPackage(record);
+    QCOMPARE(packagesOf(builder), 0);
+}
+
+void tst_LedgerLoader::issuersCannotStandInForEachOther()
+{
+    LedgerBuilder builder = catalogue();
+    QByteArray record = builder.packageRecord("pkg.gamma", "model", "{}", {}, 1);
+    record.replace(2, 2, u16(0));
+    QCOMPARE(packagesOf(builder), 2);
+    QCOMPARE(packagesOf(builder.addRawPackage(record)), 0);
+}
+
+void tst_LedgerLoader::refusedLedgerKeepsLanguagesAndTypes()
+{
+    const QByteArray ledger = catalogue().build();
+    const LedgerTables tables = load(ledger, PrivateKey::generate().publicKey());
+    QCOMPARE(tables.packages.size(), 0);
+    QCOMPARE(tables.languages.size(), 2);
+    QCOMPARE(tables.types.size(), 2);
+}
+
+void tst_LedgerLoader::truncatedAnywhere()
+{
+    const LedgerBuilder builder = catalogue();
+    const QByteArray whole = builder.build();
+    for (int size = 0; size < whole.size(); ++size) {
+        // A copy of its own, so that a read behind the end is one behind the memory.
+        const QByteArray ledger(whole.constData(), size);
+        QCOMPARE(load(ledger, builder.trustKey()).packages.size(), 0);
+    }
+    QCOMPARE(m_log->lines("critical").count("Parsing of package ledger failed"), whole.size());
+}
+
+void tst_LedgerLoader::mutatedAnyhow()
+{
+    const LedgerBuilder builder = catalogue();
+    const QByteArray whole = builder.build();
+    const QVector<quint32> numbers{0, 1, 0x7f, 0xff, 0xffff, 0x7fffffff, 0x80000000, 0xffffffff};
+    QRandomGenerator random(3405);
+    VerifiedSignatures known;
+    int accepted = 0;
+    for (int round = 0; round < 10000; ++round) {
+        QByteArray ledger = whole;
+        for (quint32 i = 0; i <= random.bounded(3u); ++i) {
+            const int at = random.bounded(ledger.size() - 4);
+            if (random.bounded(2))
+                ledger[at] = char(random.bounded(256));
+            else
+                ledger.replace(at, 4, u32(numbers.at(random.bounded(numbers.size()))));
+        }
+        const LedgerTables tables = loadLedger(ledger, builder.trustKey(), known);
+        touch(tables);
+        accepted += tables.packages.isEmpty() ? 0 : 1;
+    }
+    // What isn't signed may change; most mutations hit something that is.
+    QVERIFY2(accepted > 100 && accepted < 5000, qPrintable(QString::number(accepted)));
+}
+
+void tst_LedgerLoader::loadsOnAFullPool()
+{
+    // Every thread of the pool loads, so that none is free to help: each must finish all the same.
+    LedgerBuilder builder;
+    builder.addIssuer("Norvak");
+    for (int i = 0; i < 50; ++i)
+        builder.addPackage(
+            "pkg." + QByteArray::number(i), "model", "{\"n\":" + QByteArray::number(i) + "}");
+    const QByteArray ledger = builder.build();
+    QVector<QFuture<int>> loads;
+    for (int i = 0; i < 4 * QThreadPool::globalInstance()->maxThreadCount(); ++i)
+        loads.append(
+            QtConcurrent::run([&] { return load(ledger, builder.trustKey()).packages.size(); }));
+    for (QFuture<int> &each : loads)
+        QCOMPARE(each.result(), 50);
+    QCOMPARE(QThreadPool::globalInstance()->activeThreadCount(), 0);
+}
+
+void tst_LedgerLoader::knownSignaturesChangeNoAnswer()
+{
+    const LedgerBuilder builder = catalogue();
+    const QByteArray ledger = builder.build();
+    VerifiedSignatures known;
+    QCOMPARE(loadLedger(ledger, builder.trustKey(), known).packages.size(), 2);
+    QCOMPARE(known.snapshot().size(), 2);
+    QCOMPARE(loadLedger(ledger, builder.trustKey(), known).packages.size(), 2);
+    QCOMPARE(known.snapshot().size(), 2);
+    // Each bit of the package records, with the good ones known and with nothing known.
+    const int start = ledger.indexOf(".pkg", 38);
+    for (int at = start; at < ledger.indexOf(".lnk", 38); ++at) {
+        QByteArray damaged = ledger;
+        damaged[at] = char(damaged.at(at) ^ 0x04);
+        VerifiedSignatures nothing;
+        QCOMPARE(
+            loadLedger(damaged, builder.trustKey(), known).packages.size(),
+            loadLedger(damaged, builder.trustKey(), nothing).packages.size());
+    }
+}
+
+void tst_LedgerLoader::knownSignaturesOfAnotherKeyDontCount()
+{
+    // The same record under another issuer, where its signature is none.
+    LedgerBuilder first;
+    first.addIssuer("first").addPackage("pkg", "model", "{\"a\":1}");
+    const QByteArray record = first.packageRecord("pkg", "model", "{\"a\":1}", {}, 0);
+    VerifiedSignatures known;
+    QCOMPARE(loadLedger(first.build(), first.trustKey(), known).packages.size(), 1);
+    LedgerBuilder second;
+    second.addIssuer("second").addPackage("own").addRawPackage(record);
+    QCOMPARE(loadLedger(second.build(), second.trustKey(), known).packages.size(), 0);
+    // And a stranger's issuer isn't accepted because its packages are known.
+    QCOMPARE(loadLedger(first.build(), second.trustKey(), known).packages.size(), 0);
+}
+
+void tst_LedgerLoader::partlyKnownLedger()
+{
+    LedgerBuilder builder = catalogue();
+    VerifiedSignatures known;
+    loadLedger(builder.build(), builder.trustKey(), known);
+    builder.addPackage("pkg.gamma", "model", "{\"name\":\"Gamma\"}");
+    QCOMPARE(loadLedger(builder.build(), builder.trustKey(), known).packages.size(), 3);
+    QCOMPARE(known.snapshot().size(), 3);
+    const QByteArray bad = changed(builder.build(), "\"Gamma\"", "\"Delta\"");
+    QCOMPARE(loadLedger(bad, builder.trustKey(), known).packages.size(), 0);
+    QCOMPARE(known.snapshot().size(), 3);
+}
+
+QTEST_GUILESS_MAIN(tst_LedgerLoader)
+#include "tst_ledgerloader.moc"
