@@ -55,6 +55,7 @@ public:
     bool installFile(const QString &source, const QString &fileName) const;
 
 private:
+    friend class InstallLocationRoot;
     friend class PackageIndex;
 
     InstallLocation(const QSharedPointer<InstallLocationRoot> &root, const QString &path);
@@ -62,6 +63,9 @@ private:
     /// A location on a new root directory of its own, with the path ".". May block for a second
     /// while it takes the root's lock; for worker threads.
     static InstallLocation createRoot();
+
+    /// Absolute path of \a fileName in this location; empty if the name is refused.
+    QString targetPath(const QString &fileName) const;
 
     QSharedPointer<InstallLocationRoot> m_root;
     QString m_path; // relative to the root

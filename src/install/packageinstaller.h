@@ -46,7 +46,7 @@ public:
     ~PackageInstaller() override;
 
     /// Makes \a child part of this tree, with this installer as its owner. The status isn't
-    /// recomputed until the child's changes.
+    /// recomputed until the child's changes. Null is ignored.
     void addChild(std::unique_ptr<PackageInstaller> &&child);
 
     /// Status of the tree below and including this installer. An installer may have finished before
@@ -79,6 +79,7 @@ private Q_SLOTS:
     void updateStatus();
 
 private:
+    friend struct PackageInstallerPrivate;
     QScopedPointer<PackageInstallerPrivate> d;
 };
 

@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "install/stalelocations.h"
+
+#include "install/logging.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QThread>
+#include <norvak/locations.h>
+
+#include <chrono>
+
+namespace nk::pm {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::seconds youngest = 300s;
+constexpr std::chrono::milliseconds lockTimeout = 350ms;
+constexpr std::chrono::microseconds pauseAfterUnlock = 500us;
+
+bool isOld(const QFileInfo &entry, const QDateTime &now)
+{
+    // Not every file system keeps the time of birth.
+    const QDateTime birth = entry.birthTime();
+    const QDateTime created = birth.isValid() ? birth : entry.metadataChangeTime();
+    return created.secsTo(now) > youngest.count();
+}
+
+void removeIfUnused(const QString &path)
+{
+    QLockFile lock(path + QLatin1String("/.lock"));
+    if (!lock.tryLock(int(lockTimeout.count())))
+        return;
+    lock.unlock();
+    QThread::usleep(pauseAfterUnlock.count());
+    QDir(path).removeRecursively();
+    qCDebug(lcInstall) << "Removing stale install location" << path;
+}
+
+} // namespace
+
+QString installDirectory()
+{
+    return QDir::cleanPath(
+        nk::Locations::dataLocation().absoluteFilePath(QStringLiteral("packages/install")));
+}
+
+void removeStaleLocations()
+{
+    sweepLocations(installDirectory(), QDateTime::currentDateTimeUtc());
+}
+
+void sweepLocations(const QString &parent, const QDateTime &now)
+{
+    const QFileInfoList entries =
+        QDir(parent).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted);
+    for (const QFileInfo &entry : entries) {
+        if (QCoreApplication::closingDown())
+            return;
+        // What a link in here leads to is not ours to remove.
+        if (!entry.isSymLink() && isOld(entry, now))
+            removeIfUnused(entry.absoluteFilePath());
+    }
+}
+
+} // namespace nk::pm

@@ -1,0 +1,24 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace nk::pm::test {
+
+/// Writes \a content to the file \a path, making its directories.
+void writeFile(const QString &path, const QByteArray &content);
+
+/// The content of the file \a path; null if it can't be read.
+QByteArray readFile(const QString &path);
+
+/// Makes a symbolic link at \a path that says \a target, whether or not that exists.
+void makeLink(const QString &path, const QString &target);
+
+/// A directory on another file system than the temporary directory, where files can't be
+/// hard-linked to; empty if the machine has none.
+QString otherVolume();
+
+} // namespace nk::pm::test
