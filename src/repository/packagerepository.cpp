@@ -1,0 +1,133 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "repository/packagerepository.h"
+
+#include "index/packageindex.h"
+#include "repository/packagerepository_p.h"
+#include "repository/packagesource.h"
+
+#include <QtConcurrent>
+
+#include <algorithm>
+#include <chrono>
+
+namespace nk::pm {
+
+namespace {
+
+constexpr std::chrono::nanoseconds sourceUpdateInterval = std::chrono::seconds(120);
+
+} // namespace
+
+PackageRepository::PackageRepository(SourcePersistencePolicy policy, QObject *parent)
+    : QObject(parent)
+    , d(new PackageRepositoryPrivate{
+          this,
+          {},
+          {},
+          new PackageRepositoryPrivate::IndexWatcher(this),
+          {},
+          false,
+          policy,
+          QDeadlineTimer(Qt::CoarseTimer),
+          {}})
+{
+    connect(
+        d->watcher, &PackageRepositoryPrivate::IndexWatcher::finished, this,
+        &PackageRepository::finishUpdate);
+    // Before anybody else can connect: who reads texts at a new index reads translated ones.
+    connect(
+        this, &PackageRepository::packageIndexChanged, this, &PackageRepository::loadTranslations);
+}
+
+PackageRepository::~PackageRepository()
+{
+    // A running build holds its index itself and ends unseen.
+    d->watcher->disconnect(this);
+}
+
+void PackageRepository::addSource(PackageSource *source)
+{
+    if (!source || d->sources.contains(source))
+        return;
+    d->sources.append(source);
+    connect(source, &PackageSource::updateRequired, this, &PackageRepository::scheduleUpdate);
+    connect(source, &QObject::destroyed, this, [this, source] {
+        d->sources.removeOne(source);
+        scheduleUpdate();
+    });
+    std::sort(
+        d->sources.begin(), d->sources.end(), [](const PackageSource *a, const PackageSource *b) {
+            return a->priority() < b->priority();
+        });
+    scheduleUpdate();
+}
+
+void PackageRepository::removeSource(PackageSource *source)
+{
+    if (!source || !d->sources.removeOne(source))
+        return;
+    source->disconnect(this);
+    scheduleUpdate();
+}
+
+QSharedPointer<PackageIndex> PackageRepository::packageIndex() const
+{
+    return d->packageIndex;
+}
+
+void PackageRepository::persistSources()
+{
+    const QList<PackageSource *> sources = d->sources;
+    for (PackageSource *source : sources)
+        source->persist();
+}
+
+PackageRepository::SourcePersistencePolicy PackageRepository::persistencePolicy() const
+{
+    return d->persistencePolicy;
+}
+
+void PackageRepository::scheduleSourceUpdate()
+{
+    if (!d->sourceUpdateDeadline.hasExpired())
+        return;
+    // Set first, since a source's answer may lead back here.
+    d->sourceUpdateDeadline.setPreciseRemainingTime(
+        0, sourceUpdateInterval.count(), Qt::CoarseTimer);
+    const QList<PackageSource *> sources = d->sources;
+    for (PackageSource *source : sources)
+        source->update();
+}
+
+void PackageRepository::scheduleUpdate()
+{
+    if (d->updateScheduled)
+        return;
+    d->updateScheduled = true;
+    QMetaObject::invokeMethod(this, "update", Qt::QueuedConnection);
+}
+
+void PackageRepository::update()
+{
+    d->updateScheduled = false;
+    const auto index = QSharedPointer<PackageIndex>::create();
+    const QList<PackageSource *> sources = d->sources;
+    for (PackageSource *source : sources)
+        index->addSource(source);
+    d->watcher->setFuture(QtConcurrent::run([index] {
+        index->build();
+        return index;
+    }));
+}
+
+void PackageRepository::finishUpdate()
+{
+    d->packageIndex = d->watcher->result();
+    if (d->persistencePolicy == PersistSources)
+        persistSources();
+    Q_EMIT packageIndexChanged();
+}
+
+} // namespace nk::pm
