@@ -3,9 +3,11 @@
 
 #include "index/packageindexnode.h"
 
-#include "index/graphwalks.h"
 #include "index/installertree.h"
 #include "index/packageindex.h"
+#include "index/packagekeywords.h"
+#include "index/sortkey.h"
+#include "index/typesearch.h"
 #include "install/packageinstaller.h"
 #include "repository/packageaccessor.h"
 
