@@ -9,6 +9,8 @@
 #include <QString>
 #include <QVector>
 
+#include <utility>
+
 namespace nk::pm {
 
 class PackageIndex;
@@ -36,7 +38,9 @@ public:
     QString id(int i) const;
 
     const QSharedPointer<PackageIndex> &index() const { return m_index; }
-    const QVector<PackageNode *> &packages() const { return m_packages; }
+    const QVector<PackageNode *> &packages() const & { return m_packages; }
+    /// Of a list that is about to go: safe to iterate over.
+    QVector<PackageNode *> packages() && { return std::move(m_packages); }
     /// The vector, for changing it in place.
     QVector<PackageNode *> &list() { return m_packages; }
 

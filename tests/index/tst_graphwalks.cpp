@@ -1,0 +1,312 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "plainwalks.h"
+
+#include "index/linkchain.h"
+#include "index/packageindex.h"
+#include "support/memorysource.h"
+#include "support/messagelog.h"
+#include "support/scopeddatalocation.h"
+
+#include <QRandomGenerator>
+#include <QtTest>
+
+using namespace nk::pm;
+using namespace nk::pm::test;
+
+namespace {
+
+constexpr int chainLength = 50000;
+constexpr int diamonds = 40; // each doubles the number of paths
+
+const QStringList packageTypes{"a", "a:b", "c"};
+const QStringList queriedTypes{"a", "a:b", "c", "d"};
+
+QVector<KeywordNode *> keywordsOf(const QSharedPointer<PackageIndex> &index)
+{
+    QVector<KeywordNode *> nodes;
+    for (const KeywordNode *node : PackageIndex::selectKeywords(index, {}))
+        nodes.append(const_cast<KeywordNode *>(node));
+    return nodes;
+}
+
+KeywordNode *keyword(const QSharedPointer<PackageIndex> &index, const QString &id)
+{
+    return index->getKeyword(&id);
+}
+
+PackageNode *package(const QSharedPointer<PackageIndex> &index, const QString &id)
+{
+    return index->getPackage(&id);
+}
+
+QStringList ids(const QSet<KeywordNode *> &keywords)
+{
+    QStringList ids;
+    for (const KeywordNode *node : keywords)
+        ids.append(node->id().toString());
+    ids.sort();
+    return ids;
+}
+
+bool isUsed(const QSharedPointer<PackageIndex> &index, const QString &id, const QString &type)
+{
+    return keyword(index, id)->isUsedByType(&type);
+}
+
+/// Adds a random acyclic graph of packages and keywords whose names begin with \a prefix.
+void addRandomGraph(MemoryCatalogue &catalogue, const QString &prefix, QRandomGenerator &random)
+{
+    const int nodeCount = random.bounded(2, 13);
+    const int linkCount = random.bounded(nodeCount, 3 * nodeCount);
+    const int packageShare = random.bounded(10, 60);
+    // All types, and one that nobody knows; those that chains are made of more often.
+    const QVector<int> linkTypes{IsA, Contains,  RelatesTo, Is,       IsA,  Contains,
+                                 Is,  RelatesTo, IsNotA,    Requires, Uses, 11};
+    for (int i = 0; i < nodeCount; ++i) {
+        const QString id = prefix + QString::number(i);
+        if (random.bounded(100) < packageShare)
+            catalogue.package(id, packageTypes.at(random.bounded(packageTypes.size())));
+        else
+            catalogue.word(id, QString(QChar('a' + random.bounded(5))) + id);
+    }
+    for (int i = 0; i < linkCount; ++i) {
+        const int to = random.bounded(nodeCount - 1);
+        const int from = random.bounded(to + 1, nodeCount);
+        const int copies = random.bounded(8) == 0 ? 2 : 1;
+        for (int copy = 0; copy < copies; ++copy) {
+            catalogue.link(
+                prefix + QString::number(from), linkTypes.at(random.bounded(linkTypes.size())),
+                prefix + QString::number(to));
+        }
+    }
+}
+
+/// A ladder of \a steps keywords from "top" down to "bottom", every two joined by a pair of links.
+void addLadder(MemoryCatalogue &catalogue, int steps, int linkType)
+{
+    const auto name = [steps](int i) {
+        return i == 0 ? QString("top") : i == steps ? QString("bottom") : QString("l%1").arg(i);
+    };
+    for (int i = 0; i <= steps; ++i)
+        catalogue.word(name(i), name(i));
+    for (int i = 0; i < steps; ++i) {
+        catalogue.link(name(i + 1), linkType, name(i));
+        catalogue.link(name(i + 1), linkType, name(i));
+    }
+}
+
+} // namespace
+
+class TestGraphWalks : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void linkChainAgreesWithChainTest();
+    void agreesWithPlainWalks_data();
+    void agreesWithPlainWalks();
+    void laddersAgreeWithPlainWalks_data();
+    void laddersAgreeWithPlainWalks();
+    void walksLaddersOfManyPaths();
+    void walksLongChains();
+    void endsOnCycles();
+    void endsOnSelfLinks();
+    void cutsSortKeysThatGrowTooLong();
+
+private:
+    ScopedDataLocation m_data;
+};
+
+/// All chains of up to six entries, each entry taken off again on the way back.
+void TestGraphWalks::linkChainAgreesWithChainTest()
+{
+    const QVector<int> types{IsA, Contains, RelatesTo, IsNotA, Is, Uses, Requires, 11, -2};
+    QVector<int> path;
+    LinkChain chain;
+    int passed = 0;
+    const std::function<void()> extend = [&] {
+        const bool passes = plain::passesChainTest(path);
+        QCOMPARE(chain.state(LinkChain::Empty) != LinkChain::Broken, passes);
+        QCOMPARE(chain.isEmpty(), path.isEmpty());
+        passed += passes;
+        if (path.size() == 6)
+            return;
+        for (const int type : types) {
+            path.append(type);
+            chain.push(type, LinkChain::next(chain.state(LinkChain::Empty), type));
+            extend();
+            chain.pop();
+            path.removeLast();
+        }
+    };
+    extend();
+    QVERIFY(passed > 100);
+}
+
+void TestGraphWalks::agreesWithPlainWalks_data()
+{
+    QTest::addColumn<quint32>("seed");
+    for (quint32 seed = 1; seed <= 20; ++seed)
+        QTest::addRow("seed %u", seed) << seed;
+}
+
+void TestGraphWalks::agreesWithPlainWalks()
+{
+    QFETCH(quint32, seed);
+    QRandomGenerator random(seed);
+    MemoryCatalogue catalogue;
+    for (int graph = 0; graph < 300; ++graph)
+        addRandomGraph(catalogue, QString("g%1.").arg(graph), random);
+    const auto index = buildIndex(catalogue);
+
+    for (PackageNode *node : PackageIndex::selectPackages(index, {}, {}, {}).packages()) {
+        QCOMPARE(ids(node->keywords()), ids(plain::keywords(*node)));
+        QCOMPARE(node->sortKey(), plain::sortKey(*node));
+    }
+    int used = 0;
+    int unlikeCleanPaths = 0;
+    for (KeywordNode *node : keywordsOf(index)) {
+        for (const QString &type : queriedTypes) {
+            const bool expected = plain::isUsedByType(*node, &type);
+            QVERIFY2(
+                node->isUsedByType(&type) == expected,
+                qPrintable(node->id() + " with type " + type));
+            used += expected;
+            unlikeCleanPaths += expected != plain::isUsedByTypeOnCleanPaths(*node, &type);
+        }
+    }
+    // The graphs show what they are meant to show.
+    QVERIFY(used > 100);
+    QVERIFY(unlikeCleanPaths > 3);
+}
+
+void TestGraphWalks::laddersAgreeWithPlainWalks_data()
+{
+    QTest::addColumn<int>("ladderType");
+    QTest::addColumn<int>("failingType");
+    QTest::addColumn<int>("entryType");
+    QTest::addColumn<int>("goodType");
+    for (const int ladder : {IsA, Contains, RelatesTo, Is}) {
+        for (const int failing : {Requires, RelatesTo, Is}) {
+            for (const int entry : {RelatesTo, Contains, IsA}) {
+                for (const int good : {IsA, Contains, Is, RelatesTo}) {
+                    QTest::addRow("%d %d %d %d", ladder, failing, entry, good)
+                        << ladder << failing << entry << good;
+                }
+            }
+        }
+    }
+}
+
+/// A ladder full of failing paths, then a direct link beside it that may pass or not, depending on
+/// what the ladder has left behind.
+void TestGraphWalks::laddersAgreeWithPlainWalks()
+{
+    QFETCH(int, ladderType);
+    QFETCH(int, failingType);
+    QFETCH(int, entryType);
+    QFETCH(int, goodType);
+    QVector<bool> answers;
+    for (const int steps : {8, 9, diamonds}) {
+        MemoryCatalogue catalogue;
+        addLadder(catalogue, steps, ladderType);
+        catalogue.word("asked", "asked").word("middle", "middle").package("p", "a");
+        catalogue.link("p", failingType, "bottom").link("middle", entryType, "asked");
+        catalogue.link("top", Contains, "middle").link("p", goodType, "middle");
+        const auto index = buildIndex(catalogue);
+        answers.append(isUsed(index, "asked", "a"));
+        if (steps < diamonds) {
+            const QString type = "a";
+            QCOMPARE(answers.last(), plain::isUsedByType(*keyword(index, "asked"), &type));
+        }
+    }
+    // From a few steps on the number of paths no longer changes the answer.
+    QCOMPARE(answers.at(2), answers.at(1));
+}
+
+void TestGraphWalks::walksLaddersOfManyPaths()
+{
+    MemoryCatalogue catalogue;
+    addLadder(catalogue, diamonds, IsA);
+    catalogue.package("p", "a")
+        .link("p", IsA, "bottom")
+        .package("q", "b")
+        .link("q", Uses, "bottom");
+    const auto index = buildIndex(catalogue);
+
+    QCOMPARE(package(index, "p")->keywords().size(), diamonds + 1);
+    QVERIFY(isUsed(index, "top", "a"));
+    QVERIFY(!isUsed(index, "top", "b"));
+    QVERIFY(!isUsed(index, "top", "unknown"));
+}
+
+void TestGraphWalks::walksLongChains()
+{
+    MemoryCatalogue catalogue;
+    for (int i = 0; i < chainLength; ++i) {
+        catalogue.word(QString("k%1").arg(i), "k");
+        if (i > 0)
+            catalogue.link(QString("k%1").arg(i), IsA, QString("k%1").arg(i - 1));
+    }
+    const QString last = QString("k%1").arg(chainLength - 1);
+    catalogue.package("p", "a").link("p", IsA, last).package("q", "b").link("q", Requires, last);
+    const auto index = buildIndex(catalogue);
+
+    QCOMPARE(package(index, "p")->keywords().size(), chainLength);
+    QCOMPARE(package(index, "q")->keywords().size(), 1);
+    QVERIFY(isUsed(index, "k0", "a"));
+    QVERIFY(!isUsed(index, "k0", "b"));
+    QCOMPARE(package(index, "p")->sortKey().count('>'), 4095);
+}
+
+void TestGraphWalks::endsOnCycles()
+{
+    MemoryCatalogue catalogue;
+    catalogue.word("a", "A").word("b", "B").word("c", "C").package("p", "t");
+    catalogue.link("p", IsA, "a").link("a", IsA, "b").link("b", IsA, "c").link("c", IsA, "a");
+    catalogue.word("d", "D").link("c", Uses, "d").package("q", "u").link("q", Uses, "c");
+    const auto index = buildIndex(catalogue);
+
+    QCOMPARE(ids(package(index, "p")->keywords()), QStringList({"a", "b", "c", "d"}));
+    QCOMPARE(package(index, "p")->sortKey(), QString("C>B>A#p"));
+    for (const QString id : {"a", "b", "c"}) {
+        QVERIFY(isUsed(index, id, "t"));
+        QVERIFY(!isUsed(index, id, "u"));
+    }
+    QVERIFY(!isUsed(index, "d", "t"));
+}
+
+void TestGraphWalks::endsOnSelfLinks()
+{
+    MemoryCatalogue catalogue;
+    catalogue.word("k", "K").link("k", IsA, "k").link("k", RelatesTo, "k").link("k", Contains, "k");
+    catalogue.package("p", "t").link("p", IsA, "k").link("p", IsA, "p").link("p", Requires, "p");
+    const auto index = buildIndex(catalogue);
+
+    QCOMPARE(ids(package(index, "p")->keywords()), QStringList("k"));
+    QCOMPARE(package(index, "p")->sortKey(), QString("K#p"));
+    QVERIFY(isUsed(index, "k", "t"));
+    QVERIFY(!isUsed(index, "k", "u"));
+}
+
+void TestGraphWalks::cutsSortKeysThatGrowTooLong()
+{
+    MemoryCatalogue catalogue;
+    addLadder(catalogue, diamonds, IsA);
+    catalogue.package("p", "t").link("p", IsA, "bottom").package("q", "t").link("q", IsA, "bottom");
+    MessageLog log("norvak.package.index");
+    const auto index = buildIndex(catalogue);
+
+    const QStringList terms = package(index, "p")->sortKey().section('#', 0, 0).split('>');
+    QCOMPARE(terms.size(), 4096);
+    QCOMPARE(terms.last(), QString("bottom"));
+    QCOMPARE(terms.count("l39"), 2);
+    QCOMPARE(terms.count("l38"), 4);
+    QCOMPARE(log.lines().filter("warning: ").size(), 1);
+}
+
+QTEST_GUILESS_MAIN(TestGraphWalks)
+
+#include "tst_graphwalks.moc"
