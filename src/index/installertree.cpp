@@ -9,7 +9,6 @@
 
 #include <QSet>
 
-#include <algorithm>
 #include <vector>
 
 namespace nk::pm {
@@ -64,8 +63,7 @@ private:
         if (!installer)
             return;
         PackageInstaller *const child = installer.get();
-        const size_t level = std::min(m_path.size(), size_t(maxInstallerLevels - 1));
-        m_path[level - 1].installer->addChild(std::move(installer));
+        m_path.back().installer->addChild(std::move(installer));
         open(package, child);
     }
 

@@ -14,11 +14,6 @@ class PackageNode;
 /// Makes the installer of one package alone.
 using InstallerFactory = std::function<std::unique_ptr<PackageInstaller>(const PackageNode &)>;
 
-/// Levels of an installer tree. What would hang deeper hangs at the last level, in the order that
-/// it would have had: the root's status and errors are the same, and a tree of any number of
-/// packages can tell its status and be destroyed without deep recursion.
-constexpr int maxInstallerLevels = 256;
-
 /// Installers in a tree from which on packages that are in it already are passed over.
 constexpr int maxRepeatingInstallers = 4096;
 

@@ -5,8 +5,8 @@
 
 #include "index/packageindex.h"
 #include "repository/packageaccessor.h"
+#include "support/logrecorder.h"
 #include "support/memorysource.h"
-#include "support/messagelog.h"
 #include "support/scopeddatalocation.h"
 
 #include <QtTest>
@@ -200,19 +200,17 @@ void TestKeywordNodes::warnsOfMissingText_data()
 void TestKeywordNodes::warnsOfMissingText()
 {
     QFETCH(KeywordType, type);
-    MessageLog log("norvak.package.index");
+    LogRecorder log("norvak.package.index");
     const OneKeyword keyword(type, {{"de", "Stuhl", ""}});
     QVERIFY(keyword->displayString().isNull());
     QCOMPARE(keyword->canonicalString().toString(), QString("Stuhl"));
-    QCOMPARE(
-        log.lines().filter("warning: "),
-        QStringList("warning: Keyword \"k\" has empty string list"));
+    QCOMPARE(log.lines("warning"), QStringList("Keyword \"k\" has empty string list"));
 }
 
 void TestKeywordNodes::literalWithoutTextWarns()
 {
     PackageIndex index;
-    MessageLog log("norvak.package.index");
+    LogRecorder log("norvak.package.index");
     const LiteralNode literal({"k", int(KeywordType::Literal), {}}, &index);
     QVERIFY(literal.displayString().isNull());
     QCOMPARE(log.lines(), QStringList("warning: Keyword \"k\" has empty string"));

@@ -4,8 +4,8 @@
 #include "index/packageindex.h"
 
 #include "index/packageindexnode.h"
+#include "support/logrecorder.h"
 #include "support/memorysource.h"
-#include "support/messagelog.h"
 #include "support/scopeddatalocation.h"
 
 #include <QtTest>
@@ -209,11 +209,11 @@ void TestPackageIndex::passesOverBadRecords()
     catalogue.word("seven", "text", KeywordType(7)).word("k", "text").package("p");
     catalogue.link("p", -1, "k").link("", IsA, "k").link("p", IsA, "").link("p", IsA, "ok");
     catalogue.link("p", 42, "k");
-    MessageLog log("norvak.package.index");
+    LogRecorder log("norvak.package.index");
     const auto index = buildIndex(catalogue);
     QCOMPARE(keywordIds(index), QStringList("k"));
     QCOMPARE(ends(package(index, "p")->outLinks()), QStringList("42:k"));
-    QCOMPARE(log.lines().filter("warning: "), QStringList());
+    QCOMPARE(log.lines("warning"), QStringList());
 }
 
 void TestPackageIndex::keepsLinksInOrderAndDoubled()
@@ -233,7 +233,7 @@ void TestPackageIndex::reportsLinksAndDuration()
 {
     MemoryCatalogue catalogue;
     catalogue.package("p").word("k", "k").link("p", Is, "k").link("p", IsA, "nobody");
-    MessageLog log("norvak.package.index");
+    LogRecorder log("norvak.package.index");
     buildIndex(catalogue);
     QCOMPARE(log.lines().size(), 3);
     QCOMPARE(

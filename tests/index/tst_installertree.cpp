@@ -1,0 +1,217 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "index/packageindex.h"
+#include "index/packageindexnode.h"
+#include "support/logrecorder.h"
+#include "support/memorysource.h"
+#include "support/scopeddatalocation.h"
+
+#include <QSignalSpy>
+#include <QtTest>
+
+using namespace nk::pm;
+using namespace nk::pm::test;
+
+namespace {
+
+/// One index of a catalogue, with the trees that its packages make.
+class Fixture
+{
+public:
+    explicit Fixture(const MemoryCatalogue &catalogue)
+    {
+        m_source.catalogue = catalogue;
+        m_index = buildIndex({&m_source});
+    }
+
+    std::unique_ptr<PackageInstaller> installer(const QString &id, const InstallLocation &root = {})
+    {
+        return m_index->getPackage(&id)->createInstaller(root);
+    }
+    const PackageIndex &index() const { return *m_index; }
+    MemorySource &source() { return m_source; }
+    QList<QPointer<MemoryInstaller>> made() { return m_source.log().installers; }
+
+private:
+    MemorySource m_source;
+    QSharedPointer<PackageIndex> m_index;
+};
+
+/// The tree in brackets: a(b(c),d).
+QString shape(const PackageInstaller &installer)
+{
+    QStringList children;
+    for (const QObject *child : installer.children()) {
+        if (const auto *below = qobject_cast<const MemoryInstaller *>(child))
+            children.append(shape(*below));
+    }
+    const QString id = static_cast<const MemoryInstaller &>(installer).packageId();
+    return children.isEmpty() ? id : id + '(' + children.join(',') + ')';
+}
+
+QStringList messages(const PackageInstaller &installer)
+{
+    QStringList messages;
+    for (const InstallError &error : installer.errors())
+        messages.append(error.message);
+    return messages;
+}
+
+/// Packages "0" to "<length - 1>", each requiring the next.
+MemoryCatalogue chain(int length)
+{
+    MemoryCatalogue catalogue;
+    for (int i = 0; i < length; ++i) {
+        catalogue.package(QString::number(i));
+        if (i > 0)
+            catalogue.link(QString::number(i - 1), Requires, QString::number(i));
+    }
+    return catalogue;
+}
+
+} // namespace
+
+class TestInstallerTree : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void shapes_data();
+    void shapes();
+    void installsBelowTheRoot();
+    void installsBelowAnotherRoot();
+    void statusRisesToTheRoot();
+    void longChainKeepsItsShape();
+    void manyRepetitionsAreCut();
+
+private:
+    ScopedDataLocation m_data;
+};
+
+void TestInstallerTree::shapes_data()
+{
+    QTest::addColumn<QStringList>("required"); // pairs of package and requirement
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("alone") << QStringList{} << "a";
+    QTest::newRow("in the links' order") << QStringList{"ac", "ab", "ad"} << "a(c,b,d)";
+    QTest::newRow("chain") << QStringList{"ab", "bc", "cd"} << "a(b(c(d)))";
+    QTest::newRow("needed twice, there twice")
+        << QStringList{"ab", "ac", "bd", "cd"} << "a(b(d),c(d))";
+    QTest::newRow("doubled link") << QStringList{"ab", "ab"} << "a(b,b)";
+    QTest::newRow("requires itself") << QStringList{"aa", "ab"} << "a(b)";
+    QTest::newRow("cycle of two") << QStringList{"ab", "ba", "bc"} << "a(b(c))";
+    QTest::newRow("cycle below the root")
+        << QStringList{"ab", "bc", "cd", "db", "ac"} << "a(b(c(d)),c(d(b)))";
+    QTest::newRow("a keyword is passed over") << QStringList{"ak", "ab"} << "a(b)";
+}
+
+void TestInstallerTree::shapes()
+{
+    QFETCH(QStringList, required);
+    MemoryCatalogue catalogue;
+    for (const QString id : {"a", "b", "c", "d"})
+        catalogue.package(id);
+    catalogue.word("k", "k").link("a", IsA, "d").link("a", Uses, "b");
+    for (const QString &pair : required)
+        catalogue.link(pair.left(1), Requires, pair.right(1));
+    Fixture fixture(catalogue);
+    const auto root = fixture.installer("a");
+    QTEST(shape(*root), "expected");
+}
+
+void TestInstallerTree::installsBelowTheRoot()
+{
+    MemoryCatalogue catalogue;
+    catalogue.package("p", "a:b").package("q", "c").link("p", Requires, "q");
+    Fixture fixture(catalogue);
+    const auto root = fixture.installer("p");
+    const QDir directory = fixture.index().installLocation().directory(false);
+    const auto pathOf = [&](const QString &id) {
+        return directory.relativeFilePath(
+            QDir::cleanPath(fixture.source().installer(id)->directory()));
+    };
+    QCOMPARE(pathOf("p"), QString("a/b/p"));
+    QCOMPARE(pathOf("q"), QString("c/q"));
+}
+
+void TestInstallerTree::installsBelowAnotherRoot()
+{
+    MemoryCatalogue catalogue;
+    catalogue.package("p", "a:b").package("q", "c").link("p", Requires, "q");
+    Fixture fixture(catalogue);
+    const auto other = buildIndex(MemoryCatalogue());
+    const auto root = fixture.installer("p", other->installLocation().subLocation("sub"));
+    const QDir directory = other->installLocation().directory(false);
+    QCOMPARE(
+        directory.relativeFilePath(QDir::cleanPath(fixture.source().installer("q")->directory())),
+        QString("sub/c/q"));
+}
+
+void TestInstallerTree::statusRisesToTheRoot()
+{
+    MemoryCatalogue catalogue;
+    catalogue.package("p").package("q").package("r");
+    catalogue.link("p", Requires, "q").link("q", Requires, "r");
+    Fixture fixture(catalogue);
+    const auto root = fixture.installer("p");
+    QSignalSpy changes(root.get(), &PackageInstaller::statusChanged);
+    fixture.source().installer("p")->succeed();
+    fixture.source().installer("q")->fail(7, "no room");
+    QCOMPARE(root->status(), PackageInstaller::InProgress);
+    QVERIFY(!root->isFinished());
+    fixture.source().installer("r")->succeed();
+    QCOMPARE(root->status(), PackageInstaller::Failed);
+    QVERIFY(root->isFinished());
+    QCOMPARE(changes.count(), 1);
+    QCOMPARE(messages(*root), QStringList("no room"));
+}
+
+/// Neither making the tree nor its status nor its end may take stack by the length of the chain.
+void TestInstallerTree::longChainKeepsItsShape()
+{
+    constexpr int length = 50000;
+    Fixture fixture(chain(length));
+    auto root = fixture.installer("0");
+    const auto made = fixture.made();
+    QCOMPARE(made.size(), length);
+    for (int i = 1; i < length; ++i) {
+        if (made.at(i)->parent() != made.at(i - 1))
+            QFAIL(qPrintable(QString("installer %1 hangs elsewhere").arg(i)));
+    }
+
+    QSignalSpy changes(root.get(), &PackageInstaller::statusChanged);
+    for (const auto &installer : made.mid(0, length - 1))
+        installer->succeed();
+    QCOMPARE(root->status(), PackageInstaller::InProgress);
+    made.last()->fail(1, "last");
+    QCOMPARE(root->status(), PackageInstaller::Failed);
+    QCOMPARE(changes.count(), 1);
+    QCOMPARE(messages(*root), QStringList("last"));
+
+    root.reset();
+    QVERIFY(made.last().isNull());
+}
+
+void TestInstallerTree::manyRepetitionsAreCut()
+{
+    // Forty levels, each requiring the next one twice, and a package that only the first requires,
+    // at its end.
+    MemoryCatalogue catalogue = chain(40);
+    for (int i = 1; i < 40; ++i)
+        catalogue.link(QString::number(i - 1), Requires, QString::number(i));
+    catalogue.package("last").link("0", Requires, "last").link("0", Requires, "last");
+    Fixture fixture(catalogue);
+    LogRecorder log("norvak.package.index");
+    const auto root = fixture.installer("0");
+    QCOMPARE(fixture.made().size(), 4096 + 1);
+    QCOMPARE(fixture.made().last()->packageId(), QString("last"));
+    QCOMPARE(log.lines("warning").size(), 1);
+
+    fixture.installer("1");
+    QCOMPARE(log.lines("warning").size(), 2);
+}
+
+QTEST_GUILESS_MAIN(TestInstallerTree)
+
+#include "tst_installertree.moc"
