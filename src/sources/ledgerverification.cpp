@@ -67,52 +67,60 @@ QVector<QByteArray> derOf(const QVector<PublicKey> &keys)
     return ders;
 }
 
-// Checks one package after the other, on many threads at once: each has its own place for its
-// digest.
+// Checks packages on many threads at once; each package has a place of its own for its digest. The
+// counter orders what is here before the workers and what they write before the result: the pool
+// does so too, but inside Qt, where a race detector doesn't see it.
 class PackageVerifier
 {
 public:
-    using result_type = void;
-
     PackageVerifier(
         const LedgerTables &tables, const QVector<PublicKey> &keys,
-        const VerifiedSignatures::Snapshot &known, SignatureDigest *newlyGood,
-        std::atomic_int *goodCount)
+        std::shared_ptr<const VerifiedSignatures::Set> known)
         : m_tables(tables)
         , m_keys(keys)
         , m_ders(derOf(keys))
-        , m_known(known)
-        , m_newlyGood(newlyGood)
-        , m_goodCount(goodCount)
-    {}
-
-    void operator()(const PackageEntry &package) const
+        , m_known(std::move(known))
+        , m_newlyGood(tables.packages.size())
+        , m_places(m_newlyGood.data())
     {
+        m_goodCount.store(0, std::memory_order_release);
+    }
+
+    void check(const PackageEntry &package)
+    {
+        m_goodCount.load(std::memory_order_acquire);
         const SignatureDigest digest = digestOf(package);
-        if (!m_known.contains(digest)) {
-            if (!verify(package))
-                return;
-            m_newlyGood[&package - m_tables.packages.constData()] = digest;
-        }
-        m_goodCount->fetch_add(1, std::memory_order_relaxed);
+        const bool known = m_known->contains(digest);
+        const bool good = known || verify(package);
+        if (good && !known)
+            m_places[&package - m_tables.packages.constData()] = digest;
+        m_goodCount.fetch_add(good ? 1 : 0, std::memory_order_acq_rel);
+    }
+
+    // To be asked before newlyGood().
+    bool allGood() const
+    {
+        return m_goodCount.load(std::memory_order_acquire) == m_tables.packages.size();
+    }
+
+    QVector<SignatureDigest> newlyGood() const
+    {
+        QVector<SignatureDigest> digests = m_newlyGood;
+        digests.removeAll(SignatureDigest());
+        return digests;
     }
 
 private:
-    bool verify(const PackageEntry &package) const
-    {
-        const QByteArray content = signedContent(package, m_tables.types.at(package.typeIndex));
-        return !content.isEmpty()
-               && m_keys.at(package.issuerIndex).verify(signatureBytes(package.signature), content);
-    }
-
     SignatureDigest digestOf(const PackageEntry &package) const;
+    bool verify(const PackageEntry &package) const;
 
     const LedgerTables &m_tables;
     const QVector<PublicKey> &m_keys;
     const QVector<QByteArray> m_ders;
-    const VerifiedSignatures::Snapshot &m_known;
-    SignatureDigest *const m_newlyGood;
-    std::atomic_int *const m_goodCount;
+    const std::shared_ptr<const VerifiedSignatures::Set> m_known;
+    QVector<SignatureDigest> m_newlyGood;
+    SignatureDigest *const m_places;
+    std::atomic_int m_goodCount;
 };
 
 // Taken from the raw record: the same bytes there give the same signed form, and making that costs
@@ -133,8 +141,15 @@ SignatureDigest PackageVerifier::digestOf(const PackageEntry &package) const
     return digest;
 }
 
-// The calling thread may be one of the pool's, and would keep its place while it waits for the
-// others.
+bool PackageVerifier::verify(const PackageEntry &package) const
+{
+    const QByteArray content = signedContent(package, m_tables.types.at(package.typeIndex));
+    return !content.isEmpty()
+           && m_keys.at(package.issuerIndex).verify(signatureBytes(package.signature), content);
+}
+
+// The calling thread may be one of the pool's, and would keep its place there while it waits: with
+// no other thread free, for ever.
 class PoolPlaceGivenUp
 {
 public:
@@ -144,17 +159,6 @@ public:
 private:
     Q_DISABLE_COPY(PoolPlaceGivenUp)
 };
-
-int countGood(
-    const LedgerTables &tables, const QVector<PublicKey> &issuerKeys,
-    const VerifiedSignatures::Snapshot &known, SignatureDigest *newlyGood)
-{
-    std::atomic_int goodCount{0};
-    const PackageVerifier verifier(tables, issuerKeys, known, newlyGood, &goodCount);
-    const PoolPlaceGivenUp givenUp;
-    QtConcurrent::blockingMap(tables.packages.cbegin(), tables.packages.cend(), verifier);
-    return goodCount;
-}
 
 } // namespace
 
@@ -193,11 +197,16 @@ QByteArray signedContent(const PackageEntry &package, const LedgerString &type)
 bool verifyPackages(
     const LedgerTables &tables, const QVector<PublicKey> &issuerKeys, VerifiedSignatures &known)
 {
-    QVector<SignatureDigest> newlyGood(tables.packages.size());
-    const int goodCount = countGood(tables, issuerKeys, known.snapshot(), newlyGood.data());
-    newlyGood.removeAll(SignatureDigest());
-    known.remember(newlyGood);
-    return goodCount == tables.packages.size();
+    PackageVerifier verifier(tables, issuerKeys, known.snapshot());
+    {
+        const PoolPlaceGivenUp givenUp;
+        QtConcurrent::blockingMap(
+            tables.packages.cbegin(), tables.packages.cend(),
+            [&](const PackageEntry &package) { verifier.check(package); });
+    }
+    const bool allGood = verifier.allGood();
+    known.remember(verifier.newlyGood());
+    return allGood;
 }
 
 } // namespace nk::pm

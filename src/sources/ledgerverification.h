@@ -36,8 +36,8 @@ NK_PM_EXPORT QByteArray signedContent(const PackageEntry &package, const LedgerS
 /// issuerKeys.
 ///
 /// What \a known holds isn't checked again, and what is found valid goes there, whatever the
-/// result. Blocks until the global thread pool, or the calling thread alone if the pool is busy,
-/// has done the work. May be called from a thread of that pool.
+/// result. Blocks until threads of the global pool have done the work; may be called from one of
+/// them, whose place another takes meanwhile.
 NK_PM_EXPORT bool verifyPackages(
     const LedgerTables &tables, const QVector<nk::crypto::ed25519::PublicKey> &issuerKeys,
     VerifiedSignatures &known);

@@ -3,8 +3,7 @@
 
 #include "sources/verifiedsignatures.h"
 
-#include <QMutexLocker>
-
+#include <algorithm>
 #include <cstring>
 
 namespace nk::pm {
@@ -18,7 +17,8 @@ uint qHash(const SignatureDigest &digest, uint seed)
 }
 
 VerifiedSignatures::VerifiedSignatures(int capacity)
-    : m_capacity(capacity)
+    : m_digests(std::make_shared<Set>())
+    , m_capacity(capacity)
 {}
 
 VerifiedSignatures &VerifiedSignatures::instance()
@@ -27,27 +27,33 @@ VerifiedSignatures &VerifiedSignatures::instance()
     return signatures;
 }
 
-VerifiedSignatures::Snapshot VerifiedSignatures::snapshot() const
+std::shared_ptr<const VerifiedSignatures::Set> VerifiedSignatures::snapshot() const
 {
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> locker(m_mutex);
     return m_digests;
 }
 
 void VerifiedSignatures::remember(const QVector<SignatureDigest> &digests)
 {
+    if (digests.isEmpty())
+        return;
     const int count = std::min(digests.size(), m_capacity);
-    const QMutexLocker locker(&m_mutex);
-    if (m_digests.size() + count > m_capacity)
-        m_digests.clear();
-    m_digests.reserve(m_digests.size() + count);
+    auto next = std::make_shared<Set>();
+    const std::lock_guard<std::mutex> locker(m_mutex);
+    const int kept = m_digests->size() + count <= m_capacity ? m_digests->size() : 0;
+    next->reserve(kept + count);
+    if (kept > 0)
+        next->unite(*m_digests);
     for (int i = 0; i < count; ++i)
-        m_digests.insert(digests.at(i));
+        next->insert(digests.at(i));
+    m_digests = next;
 }
 
 void VerifiedSignatures::clear()
 {
-    const QMutexLocker locker(&m_mutex);
-    m_digests.clear();
+    auto next = std::make_shared<Set>();
+    const std::lock_guard<std::mutex> locker(m_mutex);
+    m_digests = next;
 }
 
 } // namespace nk::pm

@@ -6,11 +6,12 @@
 #include <norvakpackagemanager_export.h>
 
 #include <QByteArray>
-#include <QMutex>
 #include <QSet>
 #include <QVector>
 
 #include <array>
+#include <memory>
+#include <mutex>
 
 namespace nk::pm {
 
@@ -29,11 +30,11 @@ uint qHash(const SignatureDigest &digest, uint seed = 0);
 /// with mostly the same packages need not check them again.
 ///
 /// In memory only, and bounded: a set that would pass \a capacity is dropped for the newcomers. All
-/// operations are safe on any thread.
+/// operations are safe on any thread; a published set is never changed, only replaced.
 class NK_PM_EXPORT VerifiedSignatures
 {
 public:
-    using Snapshot = QSet<SignatureDigest>;
+    using Set = QSet<SignatureDigest>;
     /// About 64 bytes each.
     static constexpr int defaultCapacity = 1 << 18;
 
@@ -42,16 +43,16 @@ public:
     /// The one that all readers of the process share.
     static VerifiedSignatures &instance();
 
-    /// The set as it stands, to be read without a lock. Holding it makes the next remember() copy.
-    Snapshot snapshot() const;
+    /// The set as it stands, never null.
+    std::shared_ptr<const Set> snapshot() const;
     void remember(const QVector<SignatureDigest> &digests);
     void clear();
 
 private:
     Q_DISABLE_COPY(VerifiedSignatures)
 
-    mutable QMutex m_mutex;
-    Snapshot m_digests;
+    mutable std::mutex m_mutex;
+    std::shared_ptr<const Set> m_digests;
     const int m_capacity;
 };
 
