@@ -19,8 +19,17 @@ function(nkpm_add_platform_library name alias macro)
         $<BUILD_INTERFACE:${CMAKE_CURRENT_BINARY_DIR}/include>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/norvakplatform>)
     target_link_libraries(${name} PUBLIC ${arg_LINKS} PRIVATE $<BUILD_INTERFACE:nkpm_compiler>)
+    nkpm_follow_sources(${name})
     set_target_properties(${name} PROPERTIES
         EXPORT_NAME ${alias} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
+
+# nkpm_follow_sources(TARGET): has moc look again when the target's list of sources changes. Without
+# it a build in an existing tree misses the new files' classes.
+function(nkpm_follow_sources target)
+    get_target_property(directory ${target} BINARY_DIR)
+    set_property(TARGET ${target} APPEND PROPERTY AUTOGEN_TARGET_DEPENDS
+        ${directory}/CMakeFiles/${target}_autogen.dir/AutogenInfo.json)
 endfunction()
 
 # nkpm_precompile(TARGET): the library's precompiled header, where they are switched on.

@@ -182,6 +182,11 @@ PackageRepository *PackageReference::repository() const
     return qobject_cast<PackageRepository *>(parent());
 }
 
+const PackageInstaller *PackageReference::installer() const
+{
+    return d->installer.get();
+}
+
 // In the slots below a listener of an emitted signal may destroy the repository, and with it this
 // reference: whatever follows an emission asks the guard first.
 

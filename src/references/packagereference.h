@@ -15,6 +15,7 @@
 namespace nk::pm {
 
 class PackageIndex;
+class PackageInstaller;
 class PackageNode;
 class PackageRepository;
 struct PackageReferencePrivate;
@@ -60,6 +61,11 @@ public:
     PackageNode *node() const;
     QSharedPointer<PackageIndex> packageIndex() const;
     PackageRepository *repository() const;
+
+    /// The installers at work for this package, or those of the last install; null before the
+    /// first. For the errors behind Incomplete and for how far an install has come. A retry and a
+    /// new index replace the tree: read it and let it go.
+    const PackageInstaller *installer() const;
 
 Q_SIGNALS:
     void typeChanged();

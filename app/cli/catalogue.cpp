@@ -1,0 +1,142 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "catalogue.h"
+
+#include "index/packageindex.h"
+#include "index/packageindexnode.h"
+#include "query/manifeststringfield.h"
+#include "references/packagereference.h"
+#include "sources/localpackagesource.h"
+
+#include <QDir>
+#include <QEventLoop>
+#include <QTimer>
+
+#include <chrono>
+
+namespace nk::pm::cli {
+namespace {
+
+constexpr std::chrono::seconds translationPatience{10};
+
+/// What keeps \a path from being read as a catalogue; empty if nothing does.
+QString faultOf(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return QStringLiteral("%1: no such directory").arg(path);
+    if (!info.isDir())
+        return QStringLiteral("%1 is not a directory").arg(path);
+    if (!info.isReadable() || !info.isExecutable())
+        return QStringLiteral("%1 can't be read: permission denied").arg(path);
+    const QDir directory(path);
+    for (const char *part : {"packages", "dictionary", "links"}) {
+        if (directory.exists(QLatin1String(part)))
+            return {};
+    }
+    return QStringLiteral(
+               "%1 is no catalogue: it holds neither \"packages\" nor \"dictionary\" nor "
+               "\"links\"")
+        .arg(path);
+}
+
+} // namespace
+
+Catalogue::Catalogue(const SourceOptions &options, QObject *parent)
+    : QObject(parent)
+    , m_options(options)
+    , m_repository(PackageRepository::PersistSources)
+{}
+
+Catalogue::~Catalogue()
+{
+    for (const auto &source : m_sources)
+        m_repository.removeSource(source.get());
+}
+
+QString Catalogue::open()
+{
+    for (const auto &path : m_options.localDirectories) {
+        const QString fault = faultOf(path);
+        if (!fault.isEmpty())
+            return fault;
+        const QString absolute = QDir(path).absolutePath();
+        add(std::make_unique<LocalPackageSource>(absolute, nullptr), QStringLiteral("local"),
+            absolute);
+    }
+    QEventLoop loop;
+    connect(&m_repository, &PackageRepository::packageIndexChanged, &loop, &QEventLoop::quit);
+    loop.exec();
+    return {};
+}
+
+void Catalogue::add(
+    std::unique_ptr<PackageSource> source, const QString &kind, const QString &location)
+{
+    m_sources.push_back(
+        std::make_unique<TrackedSource>(std::move(source), kind, location, m_owners));
+    m_repository.addSource(m_sources.back().get());
+}
+
+const TrackedSource *Catalogue::sourceOf(const PackageNode *node) const
+{
+    return m_owners.value(node->accessor());
+}
+
+const PackageAccessor *Catalogue::snapshotOf(const TrackedSource &source) const
+{
+    const auto current = index();
+    for (int i = 0; i < int(m_sources.size()); ++i) {
+        const auto *accessor = current->accessor(i);
+        if (m_owners.value(accessor) == &source)
+            return accessor;
+    }
+    return nullptr;
+}
+
+bool Catalogue::translationsAreSettled()
+{
+    const auto packages =
+        PackageIndex::selectPackages(index(), QStringLiteral("translation"), {}, {});
+    for (const PackageNode *package : packages) {
+        if (m_repository.packageReference(package->id().toString())->status()
+            == PackageReference::Installing)
+            return false;
+    }
+    return true;
+}
+
+void Catalogue::waitForTranslations()
+{
+    QEventLoop loop;
+    const auto check = [this, &loop] {
+        if (translationsAreSettled())
+            loop.quit();
+    };
+    const auto packages =
+        PackageIndex::selectPackages(index(), QStringLiteral("translation"), {}, {});
+    for (const PackageNode *package : packages) {
+        connect(
+            m_repository.packageReference(package->id().toString()),
+            &PackageReference::statusChanged, &loop, check);
+    }
+    QTimer::singleShot(translationPatience, &loop, &QEventLoop::quit);
+    if (!translationsAreSettled())
+        loop.exec();
+}
+
+QString displayText(const PackageNode *node, const QString &field)
+{
+    ManifestStringField reader;
+    reader.setName(field);
+    return reader.read(node).toString();
+}
+
+QString displayName(const PackageNode *node)
+{
+    const QString name = displayText(node, QStringLiteral("name"));
+    return name.isEmpty() ? node->id().toString() : name;
+}
+
+} // namespace nk::pm::cli

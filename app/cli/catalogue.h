@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "options.h"
+#include "trackedsource.h"
+
+#include "repository/packagerepository.h"
+
+#include <QObject>
+#include <QSharedPointer>
+
+#include <memory>
+#include <vector>
+
+namespace nk::pm {
+class PackageNode;
+}
+
+namespace nk::pm::cli {
+
+/// The sources of the command line, merged. The one place that knows how a source is made.
+///
+/// Its waiting operations run an event loop of their own.
+class Catalogue : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Catalogue(const SourceOptions &options, QObject *parent = nullptr);
+    ~Catalogue() override;
+
+    /// Opens the sources and waits for the first index. Gives what is wrong with a source, or an
+    /// empty text.
+    QString open();
+
+    PackageRepository *repository() { return &m_repository; }
+    /// The current index; never null after open() went well.
+    QSharedPointer<PackageIndex> index() const { return m_repository.packageIndex(); }
+
+    const std::vector<std::unique_ptr<TrackedSource>> &sources() const { return m_sources; }
+    /// The source that \a node of the current index comes from.
+    const TrackedSource *sourceOf(const PackageNode *node) const;
+    /// What the current index knows of \a source; lives as long as that index.
+    const PackageAccessor *snapshotOf(const TrackedSource &source) const;
+
+    /// Waits until the translation packages are installed, so that names appear in the user's
+    /// language; gives up on a slow one after ten seconds.
+    void waitForTranslations();
+
+private:
+    void add(std::unique_ptr<PackageSource> source, const QString &kind, const QString &location);
+    bool translationsAreSettled();
+
+    const SourceOptions m_options;
+    SnapshotOwners m_owners;
+    std::vector<std::unique_ptr<TrackedSource>> m_sources; // outlive the repository
+    PackageRepository m_repository;
+};
+
+/// A manifest text as the user reads it: one that begins with "id:" is looked up in the installed
+/// translations. Empty for anything but a string.
+QString displayText(const PackageNode *node, const QString &field);
+
+/// The package's name for the user; its identifier if the manifest has none.
+QString displayName(const PackageNode *node);
+
+} // namespace nk::pm::cli

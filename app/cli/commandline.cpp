@@ -1,0 +1,237 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "commandline.h"
+
+#include "exitcodes.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+
+#include <iostream>
+
+namespace nk::pm::cli {
+namespace {
+
+/// Options of the whole program, as CLI11 fills them in.
+struct Global
+{
+    std::vector<std::string> local;
+    std::string data;
+    bool json = false;
+    bool verbose = false;
+};
+
+QString text(const std::string &value)
+{
+    return QString::fromLocal8Bit(value.data(), int(value.size()));
+}
+
+QStringList texts(const std::vector<std::string> &values)
+{
+    QStringList result;
+    for (const auto &value : values)
+        result.append(text(value));
+    return result;
+}
+
+CLI::App &addCommand(CLI::App &app, const char *name, const char *summary, const char *examples)
+{
+    auto *command = app.add_subcommand(name, summary);
+    command->footer(examples);
+    command->fallthrough();
+    return *command;
+}
+
+using Command = decltype(Invocation::command);
+/// Makes the chosen command once everything is parsed.
+using Finish = std::function<Command()>;
+
+Finish addList(CLI::App &app)
+{
+    struct Values
+    {
+        std::string type, search, sort;
+        std::vector<std::string> keywords, fields;
+        bool full = false;
+    };
+    auto values = std::make_shared<Values>();
+    auto &command = addCommand(
+        app, "list", "List packages: identifier, type and name",
+        "Examples:\n"
+        "  nkpm --local examples/catalogue list furniture:seating\n"
+        "  nkpm --local examples/catalogue list --search oak --sort price --field price\n"
+        "  nkpm --local examples/catalogue list --keyword living-room --json");
+    command.add_option("TYPE", values->type, "Only this type and the types below it");
+    command
+        .add_option(
+            "--keyword", values->keywords,
+            "Only packages with this keyword, by its "
+            "identifier; repeatable")
+        ->type_name("ID")
+        ->allow_extra_args(false);
+    auto *search =
+        command
+            .add_option(
+                "--search", values->search, "Only packages with a keyword that holds this text")
+            ->type_name("TEXT");
+    command.add_flag("--full", values->full, "The keyword has to be the text, not just hold it")
+        ->needs(search);
+    command
+        .add_option(
+            "--field", values->fields,
+            "Only packages whose manifest has this field, and "
+            "show it; repeatable")
+        ->type_name("NAME")
+        ->allow_extra_args(false);
+    command.add_option("--sort", values->sort, "Order by this integer field, ascending")
+        ->type_name("FIELD");
+    return [values] {
+        return ListOptions{text(values->type), texts(values->keywords), text(values->search),
+                           values->full,       texts(values->fields),   text(values->sort)};
+    };
+}
+
+Finish addShow(CLI::App &app)
+{
+    auto id = std::make_shared<std::string>();
+    auto &command = addCommand(
+        app, "show", "Show all that is known of one package",
+        "Example:\n"
+        "  nkpm --local examples/catalogue show armchair-nora");
+    command.add_option("ID", *id, "The package's identifier")->required();
+    return [id] { return ShowOptions{text(*id)}; };
+}
+
+Finish addKeywords(CLI::App &app)
+{
+    struct Values
+    {
+        std::string type, search;
+        bool categories = false;
+    };
+    auto values = std::make_shared<Values>();
+    auto &command = addCommand(
+        app, "keywords", "List keywords: identifier, kind and text in your language",
+        "Examples:\n"
+        "  nkpm --local examples/catalogue keywords --search chair\n"
+        "  nkpm --local examples/catalogue keywords furniture --categories");
+    command.add_option("TYPE", values->type, "Only keywords that a package of this type has");
+    command.add_option("--search", values->search, "Only keywords that hold this text")
+        ->type_name("TEXT");
+    command.add_flag("--categories", values->categories, "Only categories");
+    return [values] {
+        return KeywordsOptions{text(values->type), text(values->search), values->categories};
+    };
+}
+
+Finish addInstall(CLI::App &app)
+{
+    struct Values
+    {
+        std::vector<std::string> ids;
+        std::string into;
+        bool link = false, replace = false;
+    };
+    auto values = std::make_shared<Values>();
+    auto &command = addCommand(
+        app, "install", "Install packages and all that they require into a directory",
+        "Each package gets the directory DIR/TYPE/ID, with \"/\" between the levels of its type.\n"
+        "All packages are laid down or none: nothing is left behind by a failure or by Ctrl-C.\n"
+        "\n"
+        "Example:\n"
+        "  nkpm --local examples/catalogue install scene-reading-corner --into project");
+    command.add_option("ID", values->ids, "Identifiers of packages")->required();
+    command.add_option("--into", values->into, "The directory; made if it is missing")
+        ->required()
+        ->type_name("DIR");
+    command.add_flag(
+        "--link", values->link,
+        "Hard links instead of copies, where possible: saves space, but who changes "
+        "such a file changes the catalogue's too");
+    command.add_flag(
+        "--replace", values->replace,
+        "Replace the files of packages that stand there with other content");
+    return [values] {
+        return InstallOptions{
+            texts(values->ids), text(values->into), values->link, values->replace};
+    };
+}
+
+Finish addSources(CLI::App &app)
+{
+    addCommand(
+        app, "sources", "Show what each source contributes",
+        "Example:\n"
+        "  nkpm --local examples/catalogue --local my-packages sources");
+    return [] { return SourcesOptions{}; };
+}
+
+void addGlobalOptions(CLI::App &app, Global &global)
+{
+    app.add_option("--local", global.local, "A directory of packages; repeatable")
+        ->type_name("DIR")
+        ->allow_extra_args(false);
+    app.add_option(
+           "--data", global.data,
+           "Where nkpm keeps its own files, instead of your data "
+           "directory")
+        ->type_name("DIR");
+    app.add_flag("--json", global.json, "Print JSON");
+    app.add_flag("--verbose", global.verbose, "Print the library's log to stderr");
+    app.set_version_flag("--version", "nkpm " NKPM_VERSION);
+    app.footer("Global options may stand before or behind the command.\n"
+               "\n"
+               "Exit codes: 0 fine, 1 the request could not be met, 2 wrong usage,\n"
+               "128 + N an install was stopped by signal N.\n"
+               "\n"
+               "Examples:\n"
+               "  nkpm --local examples/catalogue list\n"
+               "  nkpm --local examples/catalogue install scene-reading-corner --into project\n"
+               "  nkpm list --help");
+}
+
+int explain(const CLI::App &app, const CLI::ParseError &error)
+{
+    if (error.get_exit_code() == int(CLI::ExitCodes::Success))
+        return app.exit(error, std::cout, std::cerr);
+    std::string command = "nkpm";
+    for (const auto *chosen : app.get_subcommands())
+        command += " " + chosen->get_name();
+    std::cerr << "nkpm: " << error.what() << " (" << command << " --help)\n";
+    return Usage;
+}
+
+} // namespace
+
+std::variant<Invocation, int> parseCommandLine(int argc, const char *const *argv)
+{
+    CLI::App app("Lists, shows and installs packages of a catalogue.", "nkpm");
+    Global global;
+    addGlobalOptions(app, global);
+    app.require_subcommand(1);
+    const std::vector<std::pair<const char *, Finish>> commands{
+        {"list", addList(app)},       {"show", addShow(app)},       {"keywords", addKeywords(app)},
+        {"install", addInstall(app)}, {"sources", addSources(app)},
+    };
+    try {
+        app.parse(argc, argv);
+        if (global.local.empty())
+            throw CLI::RequiredError("a source: --local DIR");
+    } catch (const CLI::ParseError &error) {
+        return explain(app, error);
+    }
+    Invocation invocation;
+    invocation.sources.localDirectories = texts(global.local);
+    invocation.dataDirectory = text(global.data);
+    invocation.json = global.json;
+    invocation.verbose = global.verbose;
+    for (const auto &[name, finish] : commands) {
+        if (app.got_subcommand(name))
+            invocation.command = finish();
+    }
+    return invocation;
+}
+
+} // namespace nk::pm::cli

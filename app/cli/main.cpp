@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "catalogue.h"
+#include "commandline.h"
+#include "commands.h"
+#include "exitcodes.h"
+#include "log.h"
+#include "output.h"
+
+#include <norvak/locations.h>
+
+#include <QCoreApplication>
+
+using namespace nk::pm::cli;
+
+namespace {
+
+int carryOut(const Invocation &invocation)
+{
+    Output output(invocation.json);
+    Catalogue catalogue(invocation.sources);
+    const QString fault = catalogue.open();
+    if (!fault.isEmpty()) {
+        output.error(fault);
+        return NotMet;
+    }
+    const int code = std::visit(
+        [&](const auto &options) { return run(options, catalogue, output); }, invocation.command);
+    return output.flush() ? code : int(NotMet);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const auto parsed = parseCommandLine(argc, argv);
+    if (const int *code = std::get_if<int>(&parsed))
+        return *code;
+    const auto &invocation = std::get<Invocation>(parsed);
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("nkpm"));
+    setUpLog(invocation.verbose);
+    if (!invocation.dataDirectory.isEmpty())
+        nk::Locations::setDataLocation(invocation.dataDirectory);
+    return carryOut(invocation);
+}

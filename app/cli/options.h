@@ -1,0 +1,62 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <variant>
+
+namespace nk::pm::cli {
+
+/// Where packages come from, in the order of the command line.
+struct SourceOptions
+{
+    QStringList localDirectories;
+};
+
+struct ListOptions
+{
+    QString type;
+    QStringList keywords; ///< identifiers, all of which must hold
+    QString search;
+    bool fullMatch = false;
+    QStringList fields; ///< manifest keys, all of which must be there
+    QString sortField;
+};
+
+struct ShowOptions
+{
+    QString id;
+};
+
+struct KeywordsOptions
+{
+    QString type;
+    QString search;
+    bool categories = false;
+};
+
+struct InstallOptions
+{
+    QStringList ids;
+    QString directory;
+    bool link = false;
+    bool replace = false;
+};
+
+struct SourcesOptions
+{};
+
+/// One call of nkpm.
+struct Invocation
+{
+    SourceOptions sources;
+    QString dataDirectory; ///< empty: the default of the platform
+    bool json = false;
+    bool verbose = false;
+    std::variant<ListOptions, ShowOptions, KeywordsOptions, InstallOptions, SourcesOptions> command;
+};
+
+} // namespace nk::pm::cli

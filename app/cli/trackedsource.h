@@ -1,0 +1,49 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "repository/packageaccessor.h"
+#include "repository/packagesource.h"
+
+#include <QHash>
+
+#include <memory>
+
+namespace nk::pm::cli {
+
+class TrackedSource;
+
+/// Which source gave which snapshot. Only to be asked about snapshots that are alive: an address
+/// may be used again.
+using SnapshotOwners = QHash<const PackageAccessor *, const TrackedSource *>;
+
+/// A source that notes the snapshots it gives, so that a package of the index can be told to come
+/// from it. All else goes to the source it wraps.
+class TrackedSource : public PackageSource
+{
+    Q_OBJECT
+
+public:
+    /// \a kind ("local") and \a location (a path, a URL without credentials) are for the user.
+    /// \a owners has to outlive the source.
+    TrackedSource(
+        std::unique_ptr<PackageSource> source, const QString &kind, const QString &location,
+        SnapshotOwners &owners);
+
+    QString kind() const { return m_kind; }
+    QString location() const { return m_location; }
+
+    int priority() const override { return m_source->priority(); }
+    std::unique_ptr<PackageAccessor> getAccessor() override;
+    void persist() override { m_source->persist(); }
+    void update() override { m_source->update(); }
+
+private:
+    const std::unique_ptr<PackageSource> m_source;
+    const QString m_kind;
+    const QString m_location;
+    SnapshotOwners &m_owners;
+};
+
+} // namespace nk::pm::cli
