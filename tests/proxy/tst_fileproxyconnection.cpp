@@ -1,0 +1,571 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "proxy/fileproxyconnection.h"
+#include "support/rawclient.h"
+
+#include <QDir>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <functional>
+
+using nk::pm::FileProxyConnection;
+using nk::pm::test::RawClient;
+
+namespace {
+
+constexpr int mebibyte = 1024 * 1024;
+
+QByteArray fileAnswer(const QByteArray &body, const QByteArray &type = "text/plain")
+{
+    return "HTTP/1.1 200 OK\r\nContent-Type: " + type
+           + "\r\nConnection: keep-alive\r\nContent-Length: " + QByteArray::number(body.size())
+           + "\r\n\r\n" + body;
+}
+
+QByteArray phraseAnswer(
+    const QByteArray &status, const QByteArray &connection, const QByteArray &phrase)
+{
+    return "HTTP/1.1 " + status + " " + phrase + "\r\nConnection: " + connection
+           + "\r\nContent-Length: " + QByteArray::number(phrase.size()) + "\r\n\r\n" + phrase;
+}
+
+const QByteArray badRequest = phraseAnswer("400", "close", "Bad Request");
+const QByteArray notFound = phraseAnswer("404", "keep-alive", "Not Found");
+
+QByteArray get(const QByteArray &target)
+{
+    return "GET " + target + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
+}
+
+QByteArray headOf(const QByteArray &answer)
+{
+    return answer.left(answer.indexOf("\r\n\r\n") + 4);
+}
+
+constexpr int largeSize = 12 * mebibyte; // more than both kernel buffers take
+
+/// Bytes in which every piece differs from every other.
+const QByteArray &largeContent()
+{
+    static const QByteArray content = [] {
+        QByteArray bytes;
+        bytes.reserve(largeSize + 100);
+        for (int i = 0; bytes.size() < largeSize; ++i)
+            bytes += QByteArray::number(i).rightJustified(50) + '\n';
+        bytes.truncate(largeSize);
+        return bytes;
+    }();
+    return content;
+}
+
+/// A directory of files and a port whose one connection answers requests for them: at once with the
+/// file named by the path, with the status that is the path ("/404"), or never ("/later").
+class Site : public QObject
+{
+public:
+    Site()
+    {
+        m_server.listen(QHostAddress::LocalHost);
+        connect(&m_server, &QTcpServer::newConnection, this, [this] {
+            connection = new FileProxyConnection(m_server.nextPendingConnection(), this);
+            connect(connection, &FileProxyConnection::fileRequested, this, &Site::answer);
+            connect(connection, &FileProxyConnection::closed, this, [this] {
+                ++closedCount;
+                connection->deleteLater();
+            });
+        });
+    }
+
+    quint16 port() const { return m_server.serverPort(); }
+    QString path(const QString &name) const { return m_directory.filePath(name); }
+
+    QString addFile(const QString &name, const QByteArray &content) const
+    {
+        QFile file(path(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+            qFatal("Can't write %s", qPrintable(file.fileName()));
+        return file.fileName();
+    }
+
+    /// Of the files in the directory, those that this process holds open.
+    int openFiles() const
+    {
+        const QFileInfoList handles =
+            QDir("/proc/self/fd").entryInfoList(QDir::AllEntries | QDir::System);
+        return int(std::count_if(handles.begin(), handles.end(), [this](const QFileInfo &handle) {
+            return handle.symLinkTarget().startsWith(m_directory.path());
+        }));
+    }
+
+    qint64 bytesInSocket() const { return connection->findChild<QTcpSocket *>()->bytesToWrite(); }
+    qint64 bytesUnread() const { return connection->findChild<QTcpSocket *>()->bytesAvailable(); }
+
+    QPointer<FileProxyConnection> connection;
+    QVector<QUrl> requests;
+    int closedCount = 0;
+
+private:
+    void answer(const QUrl &url)
+    {
+        requests.append(url);
+        const QString name = url.path().mid(1);
+        if (name == "later")
+            return;
+        const int status = name.toInt();
+        connection->sendResponse(status ? status : 200, status ? QString() : path(name));
+    }
+
+    QTemporaryDir m_directory;
+    QTcpServer m_server;
+};
+
+} // namespace
+
+class TestFileProxyConnection : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void exchange_data();
+    void exchange();
+    void exchangeInSmallPieces_data() { exchange_data(); }
+    void exchangeInSmallPieces();
+    void requestIsReportedAsTolerantLatin1();
+    void answerAfterAWait();
+    void everyStatusButOkLeavesTheConnectionWaiting();
+    void answerForNobody();
+    void contentTypeComesFromTheFirstBytes_data();
+    void contentTypeComesFromTheFirstBytes();
+    void fileThatCantBeOpened();
+    void announcedBytesThatCantBeReadCloseTheConnection();
+
+    void answersKeepTheirOrderWhileABodyDrains();
+    void closeWaitsForTheBodyBeforeIt();
+    void clientThatStopsReadingCostsLittle();
+    void refusalReachesAClientThatSendsOn();
+    void clientThatFinishedSendingGetsItsAnswer();
+    void clientThatLeavesMidBody();
+    void fileThatShrinksWhileSent();
+    void fileThatGrowsWhileSent();
+    void removedFileIsStillSent();
+
+    void headerFlood();
+    void endlessLine();
+    void manyRequestsLeaveNothingBehind();
+};
+
+void TestFileProxyConnection::exchange_data()
+{
+    QTest::addColumn<QByteArray>("sent");
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<bool>("closed");
+
+    const QByteArray hello = fileAnswer("hello\n");
+    const QByteArray unknownMethod = phraseAnswer("405", "close", "Method Not Allowed");
+    const bool open = false, closed = true;
+
+    QTest::newRow("get") << get("/hello") << hello << open;
+    QTest::newRow("head") << QByteArray("HEAD /hello HTTP/1.1\r\n\r\n") << headOf(hello) << open;
+    QTest::newRow("range is ignored")
+        << QByteArray("GET /hello HTTP/1.1\r\nRange: bytes=1-2\r\n\r\n") << hello << open;
+    QTest::newRow("connection header is ignored")
+        << QByteArray("GET /hello HTTP/1.1\r\nConnection: close\r\n\r\n") << hello << open;
+    QTest::newRow("junk among headers")
+        << QByteArray("GET /hello HTTP/1.1\r\njunk\r\n : \r\n\xff\r\n\r\n") << hello << open;
+    QTest::newRow("bare line feed doesn't end the headers")
+        << QByteArray("GET /hello HTTP/1.1\n\n\n") << QByteArray() << open;
+    QTest::newRow("long header arrives in parts")
+        << "GET /hello HTTP/1.1\r\nX: " + QByteArray(20000, 'x') + "\r\n\r\n"
+        << hello << open;
+    QTest::newRow("header whose last part is CR LF ends the headers")
+        << "GET /hello HTTP/1.1\r\n" + QByteArray(4095, 'x') + "\r\n"
+        << hello << open;
+    QTest::newRow("empty file") << get("/empty") << fileAnswer("", "application/x-zerosize")
+                                << open;
+    QTest::newRow("no status phrase")
+        << get("/500")
+        << QByteArray("HTTP/1.1 500 \r\nConnection: keep-alive\r\nContent-Length: 0\r\n\r\n")
+        << open;
+    QTest::newRow("not found") << get("/404") << notFound << open;
+    QTest::newRow("head of what isn't found")
+        << QByteArray("HEAD /404 HTTP/1.1\r\n\r\n") << headOf(notFound) << open;
+
+    QTest::newRow("version 1.0") << QByteArray("GET /hello HTTP/1.0\r\n\r\n") << badRequest
+                                 << closed;
+    QTest::newRow("empty line first") << "\r\n" + get("/hello") << badRequest << closed;
+    QTest::newRow("unknown method")
+        << QByteArray("POST /hello HTTP/1.1\r\n") << unknownMethod << closed;
+    QTest::newRow("lower-case method")
+        << QByteArray("get /hello HTTP/1.1\r\n") << unknownMethod << closed;
+    QTest::newRow("head of a bad request has a body")
+        << QByteArray("HEAD /hello HTTP/9\r\n") << badRequest << closed;
+    QTest::newRow("cut request line") << get("/" + QByteArray(4096, 'x')) << badRequest << closed;
+    QTest::newRow("request line longer than the read buffer")
+        << get("/" + QByteArray(300000, 'x')) << badRequest << closed;
+    QTest::newRow("cut request line of blanks is whole")
+        << "GET /hello HTTP/1.1" + QByteArray(5000, ' ') + "\r\n\r\n"
+        << hello << open;
+
+    QTest::newRow("pipelined") << get("/hello") + get("/empty") + "HEAD /hello HTTP/1.1\r\n\r\n"
+                                      + get("/404")
+                               << hello + fileAnswer("", "application/x-zerosize") + headOf(hello)
+                                      + notFound
+                               << open;
+    QTest::newRow("pipelined, the second bad")
+        << get("/hello") + "\r\n" + get("/hello") << hello + badRequest << closed;
+    QTest::newRow("second request while the first waits")
+        << get("/later") + get("/hello") << badRequest << closed;
+    QTest::newRow("any line while a request waits") << get("/later") + "\n" << badRequest << closed;
+    QTest::newRow("part of a line while a request waits")
+        << get("/later") + "GET" << QByteArray() << open;
+    QTest::newRow("request after another status than 200")
+        << get("/404") + get("/hello") << notFound + badRequest << closed;
+}
+
+void TestFileProxyConnection::exchange()
+{
+    QFETCH(QByteArray, sent);
+    QFETCH(QByteArray, answer);
+    QFETCH(bool, closed);
+    Site site;
+    site.addFile("hello", "hello\n");
+    site.addFile("empty", "");
+    RawClient client(site.port());
+    client.send(sent);
+
+    if (closed)
+        QTRY_VERIFY(client.isClosed());
+    else
+        QTRY_VERIFY(client.received().size() >= answer.size());
+    QCOMPARE(client.received(), answer);
+    QTRY_COMPARE(site.closedCount, closed ? 1 : 0);
+}
+
+void TestFileProxyConnection::exchangeInSmallPieces()
+{
+    QFETCH(QByteArray, sent);
+    QFETCH(QByteArray, answer);
+    QFETCH(bool, closed);
+    Site site;
+    site.addFile("hello", "hello\n");
+    site.addFile("empty", "");
+    RawClient client(site.port());
+    const int size = 1 + sent.size() / 500;
+    for (int i = 0; i < sent.size() && !client.isClosed(); i += size) {
+        client.send(sent.mid(i, size));
+        QCoreApplication::processEvents();
+    }
+    QTRY_COMPARE(client.received(), answer);
+    QTRY_COMPARE(client.isClosed(), closed);
+}
+
+void TestFileProxyConnection::requestIsReportedAsTolerantLatin1()
+{
+    Site site;
+    RawClient client(site.port());
+    client.send(get("/a%20b c?\xe4#x"));
+    QTRY_COMPARE(site.requests.size(), 1);
+    QCOMPARE(
+        site.requests.first(), QUrl(QString::fromLatin1("/a%20b c?\xe4#x"), QUrl::TolerantMode));
+    QCOMPARE(site.connection->requestTarget(), QByteArray("/a%20b c?\xe4#x"));
+}
+
+void TestFileProxyConnection::answerAfterAWait()
+{
+    Site site;
+    RawClient client(site.port());
+    client.send(get("/later"));
+    QTRY_COMPARE(site.requests.size(), 1);
+    QCOMPARE(site.connection->state(), FileProxyConnection::AwaitingResponse);
+    QVERIFY(client.received().isEmpty());
+
+    site.connection->sendResponse(200, site.addFile("late", "late\n"));
+    QCOMPARE(site.connection->state(), FileProxyConnection::ReadingRequestLine);
+    QTRY_COMPARE(client.received(), fileAnswer("late\n"));
+
+    client.send(get("/late"));
+    QTRY_COMPARE(client.received(), fileAnswer("late\n") + fileAnswer("late\n"));
+}
+
+void TestFileProxyConnection::everyStatusButOkLeavesTheConnectionWaiting()
+{
+    Site site;
+    RawClient client(site.port());
+    client.send(get("/later"));
+    QTRY_COMPARE(site.requests.size(), 1);
+    site.connection->sendResponse(404, QString());
+    QCOMPARE(site.connection->state(), FileProxyConnection::AwaitingResponse);
+    site.connection->sendResponse(200, site.addFile("late", "late\n"));
+    QCOMPARE(site.connection->state(), FileProxyConnection::ReadingRequestLine);
+    QTRY_COMPARE(client.received(), notFound + fileAnswer("late\n"));
+}
+
+void TestFileProxyConnection::answerForNobody()
+{
+    Site site;
+    const QString file = site.addFile("hello", "hello\n");
+    RawClient client(site.port());
+    QTRY_VERIFY(site.connection);
+    site.connection->sendResponse(200, file);
+    client.send("GET /later HTTP/1.1\r\n");
+    QTRY_COMPARE(site.connection->state(), FileProxyConnection::ReadingHeaders);
+    site.connection->sendResponse(200, file);
+    client.send("\r\n");
+    QTRY_COMPARE(site.connection->state(), FileProxyConnection::AwaitingResponse);
+    QVERIFY(client.received().isEmpty());
+
+    // A client that is gone: between its end and the object's.
+    connect(site.connection, &FileProxyConnection::closed, this, [&] {
+        site.connection->sendResponse(200, file);
+    });
+    client.abort();
+    QTRY_COMPARE(site.closedCount, 1);
+    QCOMPARE(site.openFiles(), 0);
+    QTRY_VERIFY(!site.connection);
+}
+
+void TestFileProxyConnection::contentTypeComesFromTheFirstBytes_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QByteArray>("type");
+    QTest::newRow("png") << QByteArray::fromHex("89504e470d0a1a0a0000000d49484452")
+                         << QByteArray("image/png");
+    QTest::newRow("pdf") << QByteArray("%PDF-1.4\n") << QByteArray("application/pdf");
+    QTest::newRow("text for 64 bytes")
+        << QByteArray(64, 'x') + QByteArray(64, '\1') << QByteArray("text/plain");
+    QTest::newRow("binary") << QByteArray(64, '\x10') << QByteArray("application/octet-stream");
+}
+
+void TestFileProxyConnection::contentTypeComesFromTheFirstBytes()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QByteArray, type);
+    Site site;
+    site.addFile("misleading.html", content);
+    RawClient client(site.port());
+    client.send(get("/misleading.html") + get("/misleading.html"));
+    QTRY_COMPARE(client.received(), fileAnswer(content, type).repeated(2));
+}
+
+void TestFileProxyConnection::fileThatCantBeOpened()
+{
+    Site site;
+    RawClient client(site.port());
+    client.send(get("/missing").repeated(2));
+    QTRY_COMPARE(client.received(), fileAnswer("", "application/x-zerosize").repeated(2));
+    QVERIFY(!client.isClosed());
+}
+
+void TestFileProxyConnection::announcedBytesThatCantBeReadCloseTheConnection()
+{
+    Site site;
+    QVERIFY(QDir(site.path("")).mkdir("directory"));
+    const qint64 size = QFile(site.path("directory")).size();
+    QVERIFY(size > 0);
+    RawClient client(site.port());
+    client.send(get("/directory") + get("/404"));
+    QTRY_VERIFY(client.isClosed());
+    QCOMPARE(
+        client.received(),
+        headOf(fileAnswer(QByteArray(int(size), ' '), "application/x-zerosize")));
+}
+
+void TestFileProxyConnection::answersKeepTheirOrderWhileABodyDrains()
+{
+    Site site;
+    const QByteArray &large = largeContent();
+    site.addFile("large", large);
+    site.addFile("small", "small\n");
+    RawClient client(site.port(), RawClient::Waits);
+    client.send(get("/large") + get("/small") + get("/later"));
+
+    // The body is still on its way, and the third request waits already.
+    QTRY_COMPARE(site.requests.size(), 3);
+    QVERIFY(site.bytesInSocket() > 0);
+    site.connection->sendResponse(200, site.path("small"));
+    client.startReading();
+    const QByteArray all = fileAnswer(large) + fileAnswer("small\n") + fileAnswer("small\n");
+    QTRY_COMPARE(client.received().size(), all.size());
+    QVERIFY(client.received() == all);
+    QCOMPARE(site.openFiles(), 0);
+}
+
+void TestFileProxyConnection::closeWaitsForTheBodyBeforeIt()
+{
+    Site site;
+    const QByteArray &large = largeContent();
+    site.addFile("large", large);
+    RawClient client(site.port(), RawClient::Waits);
+    client.send(get("/large") + get("/later") + get("/never-read") + QByteArray(mebibyte, 'x'));
+    QTRY_COMPARE(site.requests.size(), 2);
+    client.startReading();
+    QTRY_VERIFY(client.isClosed());
+    QCOMPARE(client.received().size(), (fileAnswer(large) + badRequest).size());
+    QVERIFY(client.received() == fileAnswer(large) + badRequest);
+    QCOMPARE(site.requests.size(), 2);
+    QTRY_COMPARE(site.closedCount, 1);
+}
+
+void TestFileProxyConnection::clientThatStopsReadingCostsLittle()
+{
+    Site site;
+    const QByteArray body = largeContent().left(mebibyte);
+    site.addFile("large", body);
+    const int count = 200;
+    const QByteArray request = "GET /large HTTP/1.1\r\nX: " + QByteArray(3000, 'x') + "\r\n\r\n";
+    RawClient client(site.port(), RawClient::Waits);
+    client.send(request.repeated(count));
+
+    // The first answers fill the kernel's buffers, then only so many are begun.
+    int previous = -1;
+    const auto standsStill = [&] {
+        return previous == std::exchange(previous, site.requests.size());
+    };
+    QTRY_VERIFY(!site.requests.isEmpty() && standsStill() && site.bytesInSocket() > 0);
+    QVERIFY2(site.requests.size() < 50, QByteArray::number(site.requests.size()));
+    QVERIFY(site.openFiles() <= 4);
+    QVERIFY(site.bytesInSocket() <= 256 * 1024);
+    QVERIFY(site.bytesUnread() <= 64 * 1024);
+
+    client.startReading();
+    const QByteArray answer = fileAnswer(body);
+    QTRY_COMPARE_WITH_TIMEOUT(client.received().size(), count * answer.size(), 60000);
+    for (int i = 0; i < count; ++i)
+        QVERIFY(client.received().mid(i * answer.size(), answer.size()) == answer);
+}
+
+void TestFileProxyConnection::refusalReachesAClientThatSendsOn()
+{
+    Site site;
+    RawClient client(site.port(), RawClient::Waits);
+    client.send(get("/later") + get("/later") + QByteArray(4 * mebibyte, 'x'));
+    QTRY_COMPARE(site.closedCount, 1);
+    client.startReading();
+    QTRY_VERIFY(client.isClosed());
+    QCOMPARE(client.received(), badRequest);
+}
+
+void TestFileProxyConnection::clientThatFinishedSendingGetsItsAnswer()
+{
+    Site site;
+    site.addFile("hello", "hello\n");
+    RawClient client(site.port());
+    client.send(get("/hello"));
+    client.finishSending();
+    QTRY_VERIFY(client.isClosed());
+    QCOMPARE(client.received(), fileAnswer("hello\n"));
+}
+
+void TestFileProxyConnection::clientThatLeavesMidBody()
+{
+    Site site;
+    site.addFile("large", largeContent());
+    RawClient client(site.port(), RawClient::Waits);
+    client.send(get("/large").repeated(3));
+    QTRY_COMPARE(site.requests.size(), 3);
+    QCOMPARE(site.openFiles(), 3);
+    client.abort();
+    QTRY_COMPARE(site.closedCount, 1);
+    QCOMPARE(site.openFiles(), 0);
+}
+
+void TestFileProxyConnection::fileThatShrinksWhileSent()
+{
+    Site site;
+    const QByteArray &large = largeContent();
+    const QString path = site.addFile("large", large);
+    site.addFile("small", "small\n");
+    RawClient client(site.port(), RawClient::Waits);
+    client.send(get("/large") + get("/small") + get("/later"));
+    QTRY_COMPARE(site.requests.size(), 3);
+    QVERIFY(QFile::resize(path, largeSize - 1));
+    client.startReading();
+    QTRY_VERIFY(client.isClosed());
+    QVERIFY(client.received() == headOf(fileAnswer(large)) + large.left(largeSize - 1));
+}
+
+void TestFileProxyConnection::fileThatGrowsWhileSent()
+{
+    Site site;
+    const QByteArray &large = largeContent();
+    const QString path = site.addFile("large", large);
+    site.addFile("small", "small\n");
+    RawClient client(site.port(), RawClient::Waits);
+    client.send(get("/large") + get("/small"));
+    QTRY_COMPARE(site.requests.size(), 2);
+    QVERIFY(QFile::resize(path, largeSize + mebibyte));
+    client.startReading();
+    const QByteArray all = fileAnswer(large) + fileAnswer("small\n");
+    QTRY_COMPARE(client.received().size(), all.size());
+    QVERIFY(client.received() == all);
+}
+
+void TestFileProxyConnection::removedFileIsStillSent()
+{
+    Site site;
+    const QByteArray &large = largeContent();
+    const QString path = site.addFile("large", large);
+    RawClient client(site.port(), RawClient::Waits);
+    client.send(get("/large"));
+    QTRY_COMPARE(site.requests.size(), 1);
+    QVERIFY(QFile::remove(path));
+    client.startReading();
+    QTRY_COMPARE(client.received().size(), fileAnswer(large).size());
+    QVERIFY(client.received() == fileAnswer(large));
+}
+
+void TestFileProxyConnection::headerFlood()
+{
+    Site site;
+    site.addFile("hello", "hello\n");
+    RawClient client(site.port());
+    client.send("GET /hello HTTP/1.1\r\n");
+    QByteArray headers;
+    for (int i = 0; i < 100000; ++i)
+        headers += "X-" + QByteArray::number(i) + ": " + QByteArray(i % 100, 'v') + "\r\n";
+    client.send(headers + "\r\n");
+    QTRY_COMPARE(client.received(), fileAnswer("hello\n"));
+}
+
+void TestFileProxyConnection::endlessLine()
+{
+    Site site;
+    RawClient client(site.port());
+    QTRY_VERIFY(site.connection);
+    qint64 mostUnread = 0;
+    for (int i = 0; i < 64; ++i) {
+        client.send(QByteArray(mebibyte / 8, 'x'));
+        QCoreApplication::processEvents();
+        mostUnread = std::max(mostUnread, site.bytesUnread());
+    }
+    QVERIFY(mostUnread > 0);
+    QVERIFY(mostUnread <= 64 * 1024);
+    QVERIFY(client.received().isEmpty());
+    client.send("\n");
+    QTRY_VERIFY(client.isClosed());
+    QCOMPARE(client.received(), badRequest);
+}
+
+void TestFileProxyConnection::manyRequestsLeaveNothingBehind()
+{
+    Site site;
+    site.addFile("hello", "hello\n");
+    RawClient client(site.port());
+    const int count = 10000;
+    for (int sent = 0; sent < count; sent += 100)
+        client.send(get("/hello").repeated(100));
+    QTRY_COMPARE_WITH_TIMEOUT(
+        client.received().size(), fileAnswer("hello\n").size() * count, 60000);
+    QVERIFY(client.received() == fileAnswer("hello\n").repeated(count));
+    QCOMPARE(site.openFiles(), 0);
+    QCOMPARE(
+        site.connection->findChildren<QObject *>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
+}
+
+QTEST_GUILESS_MAIN(TestFileProxyConnection)
+#include "tst_fileproxyconnection.moc"
