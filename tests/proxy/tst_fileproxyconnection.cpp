@@ -3,6 +3,7 @@
 
 #include "proxy/fileproxyconnection.h"
 #include "support/rawclient.h"
+#include "support/testfiles.h"
 
 #include <QDir>
 #include <QPointer>
@@ -86,10 +87,8 @@ public:
 
     QString addFile(const QString &name, const QByteArray &content) const
     {
-        QFile file(path(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-            qFatal("Can't write %s", qPrintable(file.fileName()));
-        return file.fileName();
+        nk::pm::test::writeFile(path(name), content);
+        return path(name);
     }
 
     /// Of the files in the directory, those that this process holds open.

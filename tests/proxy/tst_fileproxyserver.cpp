@@ -4,6 +4,7 @@
 #include "proxy/fileproxyserver.h"
 #include "proxy/ifileproxy.h"
 #include "support/rawclient.h"
+#include "support/testfiles.h"
 
 #include <QPointer>
 #include <QTemporaryDir>
@@ -77,10 +78,8 @@ private:
 
 void TestFileProxyServer::init()
 {
-    QFile file(m_directory.filePath("file"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("content\n");
-    m_file = file.fileName();
+    m_file = m_directory.filePath("file");
+    nk::pm::test::writeFile(m_file, "content\n");
 }
 
 void TestFileProxyServer::oneServerForAllHolders()
