@@ -18,6 +18,16 @@ void writeFile(const QString &path, const QByteArray &content)
         qFatal("Failed to write %s", qPrintable(path));
 }
 
+QByteArray numberedContent(int number, int size)
+{
+    QByteArray content = "file " + QByteArray::number(number) + '\n';
+    content.reserve(size);
+    for (quint32 state = quint32(number) + 1; content.size() < size;)
+        content += char((state = state * 1664525 + 1013904223) >> 24);
+    content.truncate(size);
+    return content;
+}
+
 QByteArray readFile(const QString &path)
 {
     QFile file(path);

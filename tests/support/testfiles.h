@@ -11,6 +11,9 @@ namespace nk::pm::test {
 /// Writes \a content to the file \a path, making its directories.
 void writeFile(const QString &path, const QByteArray &content);
 
+/// \a size bytes, others for each \a number.
+QByteArray numberedContent(int number, int size);
+
 /// The content of the file \a path; null if it can't be read.
 QByteArray readFile(const QString &path);
 
