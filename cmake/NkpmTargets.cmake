@@ -3,11 +3,11 @@
 
 include(GenerateExportHeader)
 
-# nkpm_add_platform_library(NAME ALIAS EXPORT_MACRO SOURCES ... LINKS ...)
+# nkpm_add_platform_library(NAME ALIAS EXPORT_MACRO HEADERS ... SOURCES ... LINKS ...)
 # One library of platform/: target NAME, alias Norvak::ALIAS, include root platform/, and an export
-# header <NAME/NAME_export.h> that defines EXPORT_MACRO.
+# header <NAME/NAME_export.h> that defines EXPORT_MACRO. HEADERS are the public ones, installed.
 function(nkpm_add_platform_library name alias macro)
-    cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(arg "" "" "HEADERS;SOURCES;LINKS" ${ARGN})
     add_library(${name} ${arg_SOURCES})
     add_library(Norvak::${alias} ALIAS ${name})
     string(TOLOWER ${name} lower)
@@ -20,8 +20,29 @@ function(nkpm_add_platform_library name alias macro)
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/norvakplatform>)
     target_link_libraries(${name} PUBLIC ${arg_LINKS} PRIVATE $<BUILD_INTERFACE:nkpm_compiler>)
     nkpm_follow_sources(${name})
+    nkpm_static_define(${name})
     set_target_properties(${name} PROPERTIES
         EXPORT_NAME ${alias} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    nkpm_install_library(${name})
+    install(FILES ${arg_HEADERS} ${exportHeader}
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/norvakplatform/${lower} COMPONENT development)
+endfunction()
+
+# nkpm_static_define(TARGET): a static build must not import symbols.
+function(nkpm_static_define target)
+    if(NOT BUILD_SHARED_LIBS)
+        string(TOUPPER ${target} upper)
+        target_compile_definitions(${target} PUBLIC ${upper}_STATIC_DEFINE)
+    endif()
+endfunction()
+
+# nkpm_install_library(TARGET): installs TARGET as part of the exported set.
+function(nkpm_install_library target)
+    install(TARGETS ${target} EXPORT NorvakPackageManagerTargets
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
+            NAMELINK_COMPONENT development
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 endfunction()
 
 # nkpm_follow_sources(TARGET): has moc look again when the target's list of sources changes. Without
