@@ -60,9 +60,9 @@ Finish addList(CLI::App &app)
     auto &command = addCommand(
         app, "list", "List packages: identifier, type and name",
         "Examples:\n"
-        "  nkpm --local examples/catalogue list furniture:seating\n"
-        "  nkpm --local examples/catalogue list --search oak --sort price --field price\n"
-        "  nkpm --local examples/catalogue list --keyword living-room --json");
+        "  nkpm --local catalogue list furniture:seating\n"
+        "  nkpm --local catalogue list --search oak --sort price --field price\n"
+        "  nkpm --local catalogue list --keyword living-room --json");
     command.add_option("TYPE", values->type, "Only this type and the types below it");
     command
         .add_option(
@@ -99,7 +99,7 @@ Finish addShow(CLI::App &app)
     auto &command = addCommand(
         app, "show", "Show all that is known of one package",
         "Example:\n"
-        "  nkpm --local examples/catalogue show armchair-nora");
+        "  nkpm --local catalogue show armchair-nora");
     command.add_option("ID", *id, "The package's identifier")->required();
     return [id] { return ShowOptions{text(*id)}; };
 }
@@ -115,8 +115,8 @@ Finish addKeywords(CLI::App &app)
     auto &command = addCommand(
         app, "keywords", "List keywords: identifier, kind and text in your language",
         "Examples:\n"
-        "  nkpm --local examples/catalogue keywords --search chair\n"
-        "  nkpm --local examples/catalogue keywords furniture --categories");
+        "  nkpm --local catalogue keywords --search chair\n"
+        "  nkpm --local catalogue keywords furniture --categories");
     command.add_option("TYPE", values->type, "Only keywords that a package of this type has");
     command.add_option("--search", values->search, "Only keywords that hold this text")
         ->type_name("TEXT");
@@ -141,7 +141,7 @@ Finish addInstall(CLI::App &app)
         "All packages are laid down or none: nothing is left behind by a failure or by Ctrl-C.\n"
         "\n"
         "Example:\n"
-        "  nkpm --local examples/catalogue install scene-reading-corner --into project");
+        "  nkpm --local catalogue install scene-reading-corner --into project");
     command.add_option("ID", values->ids, "Identifiers of packages")->required();
     command.add_option("--into", values->into, "The directory; made if it is missing")
         ->required()
@@ -164,7 +164,7 @@ Finish addSources(CLI::App &app)
     addCommand(
         app, "sources", "Show what each source contributes",
         "Example:\n"
-        "  nkpm --local examples/catalogue --local my-packages sources");
+        "  nkpm --local catalogue --local my-packages sources");
     return [] { return SourcesOptions{}; };
 }
 
@@ -187,20 +187,32 @@ void addGlobalOptions(CLI::App &app, Global &global)
                "128 + N an install was stopped by signal N.\n"
                "\n"
                "Examples:\n"
-               "  nkpm --local examples/catalogue list\n"
-               "  nkpm --local examples/catalogue install scene-reading-corner --into project\n"
+               "  nkpm --local catalogue list\n"
+               "  nkpm --local catalogue install scene-reading-corner --into project\n"
                "  nkpm list --help");
+}
+
+int refuse(const CLI::App &app, const std::string &reason)
+{
+    std::string command = "nkpm";
+    for (const auto *chosen : app.get_subcommands())
+        command += " " + chosen->get_name();
+    std::cerr << "nkpm: " << reason << " (" << command << " --help)\n";
+    return Usage;
 }
 
 int explain(const CLI::App &app, const CLI::ParseError &error)
 {
     if (error.get_exit_code() == int(CLI::ExitCodes::Success))
         return app.exit(error, std::cout, std::cerr);
-    std::string command = "nkpm";
-    for (const auto *chosen : app.get_subcommands())
-        command += " " + chosen->get_name();
-    std::cerr << "nkpm: " << error.what() << " (" << command << " --help)\n";
-    return Usage;
+    if (!app.get_subcommands().empty())
+        return refuse(app, error.what());
+    if (app.remaining_size() > 0) {
+        const std::string first = app.remaining().front();
+        const char *kind = first.front() == '-' ? "option" : "command";
+        return refuse(app, std::string("there is no ") + kind + " '" + first + "'");
+    }
+    return refuse(app, "a command is missing");
 }
 
 } // namespace
@@ -217,11 +229,11 @@ std::variant<Invocation, int> parseCommandLine(int argc, const char *const *argv
     };
     try {
         app.parse(argc, argv);
-        if (global.local.empty())
-            throw CLI::RequiredError("a source: --local DIR");
     } catch (const CLI::ParseError &error) {
         return explain(app, error);
     }
+    if (global.local.empty())
+        return refuse(app, "a source is missing: --local DIR");
     Invocation invocation;
     invocation.sources.localDirectories = texts(global.local);
     invocation.dataDirectory = text(global.data);
