@@ -45,12 +45,14 @@ function(nkpm_install_library target)
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 endfunction()
 
-# nkpm_follow_sources(TARGET): has moc look again when the target's list of sources changes. Without
-# it a build in an existing tree misses the new files' classes.
+# nkpm_follow_sources(TARGET): has moc look again when files were added to the target, from whatever
+# folder. Otherwise moc looks again only when a file that it knows has changed, and a build in an
+# existing tree lacks the new classes: so here is a file that names them all.
 function(nkpm_follow_sources target)
-    get_target_property(directory ${target} BINARY_DIR)
-    set_property(TARGET ${target} APPEND PROPERTY AUTOGEN_TARGET_DEPENDS
-        ${directory}/CMakeFiles/${target}_autogen.dir/AutogenInfo.json)
+    set(list ${CMAKE_CURRENT_BINARY_DIR}/${target}_sources.h)
+    file(GENERATE OUTPUT ${list}
+        CONTENT "// $<JOIN:$<TARGET_PROPERTY:${target},SOURCES>,\n// >\n")
+    target_sources(${target} PRIVATE ${list})
 endfunction()
 
 # nkpm_precompile(TARGET): the library's precompiled header, where they are switched on.
