@@ -1,0 +1,173 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "publish/publication.h"
+
+#include "publish/filehasher.h"
+
+#include <norvakutil/fileutils.h>
+
+#include <QBuffer>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+
+#include <filesystem>
+
+#ifdef Q_OS_LINUX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
+namespace nk::pm::publisher {
+
+namespace {
+
+constexpr QFile::Permissions forEverybody =
+    QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther;
+constexpr QFile::Permissions forOwner = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+
+QString cannot(const char *what, const QString &path, const QString &why)
+{
+    return QStringLiteral("can't %1 \"%2\": %3").arg(QLatin1String(what), path, why);
+}
+
+/// Writes \a source, whose digest must be \a digest, to a new file at \a path that everybody may
+/// read and that has the time of its content.
+QString stage(const QString &path, const QByteArray &digest, QIODevice &source)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered))
+        return cannot("write", path, file.errorString());
+    const QByteArray found = digestOf(source, &file);
+    if (file.error() != QFile::NoError)
+        return cannot("write", path, file.errorString());
+    if (found.isEmpty())
+        return QStringLiteral("can't be read: ") + source.errorString();
+    if (found != digest)
+        return QStringLiteral("changed while it was being published");
+    const auto time = QDateTime::fromSecsSinceEpoch(modificationTime(digest), Qt::UTC);
+    if (!file.setPermissions(forEverybody)
+        || !file.setFileTime(time, QFileDevice::FileModificationTime))
+        return cannot("write", path, file.errorString());
+    return {};
+}
+
+/// QFile's rename doesn't replace.
+QString replace(const QString &target, const QString &source)
+{
+    std::error_code error;
+    std::filesystem::rename(
+        std::filesystem::u8path(source.toStdString()),
+        std::filesystem::u8path(target.toStdString()), error);
+    return error ? cannot("replace", target, QString::fromStdString(error.message())) : QString();
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool hasContentTime(const QFileInfo &info, const QByteArray &digest)
+{
+    return info.lastModified().toSecsSinceEpoch() == modificationTime(digest);
+}
+
+} // namespace
+
+Publication::Publication(const QString &root)
+    : m_layout(QDir::cleanPath(QFileInfo(root).absoluteFilePath()))
+{}
+
+Publication::~Publication()
+{
+    if (m_lock)
+        QDir(m_layout.stagingDirectory()).removeRecursively();
+}
+
+QString Publication::open()
+{
+    const QString failed = QStringLiteral("can't make the directory \"%1\"");
+    if (!QDir().mkpath(m_layout.stateDirectory()))
+        return failed.arg(m_layout.stateDirectory());
+    QFile::setPermissions(m_layout.stateDirectory(), forOwner);
+    auto lock = std::make_unique<QLockFile>(m_layout.lockFile());
+    lock->setStaleLockTime(
+        0); // a large publication may take long; a dead process is noticed anyway
+    if (!lock->tryLock(0))
+        return lock->error() == QLockFile::LockFailedError
+                   ? QStringLiteral("another publisher is at work on \"%1\"").arg(m_layout.root())
+                   : QStringLiteral("can't lock \"%1\"").arg(m_layout.lockFile());
+    m_lock = std::move(lock);
+    QDir(m_layout.stagingDirectory()).removeRecursively();
+    for (const QString &path : {m_layout.stagingDirectory(), m_layout.filesDirectory()}) {
+        if (!QDir().mkpath(path))
+            return failed.arg(path);
+    }
+    return {};
+}
+
+QByteArray Publication::ledger() const
+{
+    return contentOf(m_layout.ledgerFile());
+}
+
+bool Publication::ledgerIsOwn() const
+{
+    const QByteArray mark = contentOf(m_layout.ledgerMark());
+    return !mark.isEmpty() && mark == digestOf(ledger()).toHex();
+}
+
+bool Publication::has(const QByteArray &digest, qint64 size) const
+{
+    const QFileInfo info(m_layout.contentFile(digest));
+    return info.isFile() && info.size() == size && hasContentTime(info, digest);
+}
+
+QString Publication::addFile(const QByteArray &digest, QIODevice &source) const
+{
+    const QString fault = stage(m_layout.stagedFile(digest), digest, source);
+    return fault.isEmpty() ? replace(m_layout.contentFile(digest), m_layout.stagedFile(digest))
+                           : fault;
+}
+
+QString Publication::sync() const
+{
+    const QString path = m_layout.filesDirectory();
+#ifdef Q_OS_LINUX
+    // One call for any number of files.
+    const int directory = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY);
+    const bool synced = directory >= 0 && ::syncfs(directory) == 0;
+    ::close(directory);
+#else
+    bool synced = true;
+    for (const QFileInfo &file : QDir(path).entryInfoList(QDir::Files, QDir::NoSort))
+        synced = util::FileUtils::syncFile(file.filePath()) && synced;
+#endif
+    return synced ? QString() : QStringLiteral("can't force \"%1\" to the disk").arg(path);
+}
+
+QString Publication::publishLedger(const QByteArray &ledger) const
+{
+    const QByteArray digest = digestOf(ledger);
+    const QString staged = m_layout.stagedFile(digest);
+    QBuffer source;
+    source.setData(ledger);
+    source.open(QIODevice::ReadOnly);
+    QString fault = stage(staged, digest, source);
+    if (fault.isEmpty() && !util::FileUtils::syncFile(staged))
+        fault = QStringLiteral("can't force \"%1\" to the disk").arg(staged);
+    if (fault.isEmpty())
+        fault = replace(m_layout.ledgerFile(), staged);
+    if (!fault.isEmpty())
+        return fault;
+    util::FileUtils::syncFile(m_layout.ledgerFile());
+    // Without the mark the next publication signs all packages anew, nothing worse.
+    QFile mark(m_layout.ledgerMark());
+    if (mark.open(QIODevice::WriteOnly))
+        mark.write(digest.toHex());
+    return {};
+}
+
+} // namespace nk::pm::publisher

@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "publish/layout.h"
+
+#include <QIODevice>
+#include <QLockFile>
+
+#include <memory>
+
+namespace nk::pm::publisher {
+
+/// The write side of a publication: brings content files and a ledger into place, each whole or not
+/// at all.
+///
+/// Whatever isn't complete lies in the staging directory and gets its name by one rename.
+/// Operations give an empty string, or what went wrong.
+class Publication
+{
+public:
+    explicit Publication(const QString &root);
+    ~Publication();
+
+    const Layout &layout() const { return m_layout; }
+
+    /// Makes the directories and keeps other publishers out for this object's life; what a killed
+    /// one left behind is cleared away. To be called first, and nothing else if it fails.
+    QString open();
+
+    /// The ledger that is published now; empty if there is none.
+    QByteArray ledger() const;
+    /// True if the ledger that is published now is the one that publishLedger() wrote last.
+    bool ledgerIsOwn() const;
+
+    /// True if the content file is there, whole and with its time.
+    bool has(const QByteArray &digest, qint64 size) const;
+    /// Copies \a source, which must have the content of \a digest, into place. Any thread, for
+    /// different digests.
+    QString addFile(const QByteArray &digest, QIODevice &source) const;
+    /// Forces all that addFile() wrote to stable storage. Must come before publishLedger().
+    QString sync() const;
+    /// Replaces the published ledger in one step.
+    QString publishLedger(const QByteArray &ledger) const;
+
+private:
+    Q_DISABLE_COPY(Publication)
+
+    Layout m_layout;
+    std::unique_ptr<QLockFile> m_lock;
+};
+
+} // namespace nk::pm::publisher
