@@ -5,7 +5,7 @@
 
 #include "catalogue/catalogue.h"
 #include "catalogue/problems.h"
-#include "publish/progress.h"
+#include "catalogue/progress.h"
 
 #include <QIODevice>
 

@@ -119,6 +119,13 @@ bool Publication::ledgerIsOwn() const
     return !mark.isEmpty() && mark == digestOf(ledger()).toHex();
 }
 
+bool Publication::hasLedger(const QByteArray &bytes) const
+{
+    const QFileInfo info(m_layout.ledgerFile());
+    return info.size() == bytes.size() && hasContentTime(info, digestOf(bytes))
+           && ledger() == bytes;
+}
+
 bool Publication::has(const QByteArray &digest, qint64 size) const
 {
     const QFileInfo info(m_layout.contentFile(digest));

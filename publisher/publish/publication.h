@@ -34,6 +34,9 @@ public:
     /// True if the ledger that is published now is the one that publishLedger() wrote last.
     bool ledgerIsOwn() const;
 
+    /// True if \a ledger is published now, with the time of its content.
+    bool hasLedger(const QByteArray &ledger) const;
+
     /// True if the content file is there, whole and with its time.
     bool has(const QByteArray &digest, qint64 size) const;
     /// Copies \a source, which must have the content of \a digest, into place. Any thread, for

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
-#include "publish/progress.h"
+#include "catalogue/progress.h"
 
 namespace nk::pm::publisher {
 
