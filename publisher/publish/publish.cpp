@@ -144,8 +144,9 @@ QString overlap(const PublishOrder &order)
 {
     const QString target = realPath(QDir::cleanPath(order.target)) + u'/';
     return target.startsWith(realPath(QDir::cleanPath(order.catalogue)) + u'/')
-        ? QStringLiteral("the publication can't lie in the catalogue: \"%1\"").arg(order.target)
-        : QString();
+               ? QStringLiteral("the publication can't lie in the catalogue: \"%1\"")
+                     .arg(order.target)
+               : QString();
 }
 
 } // namespace
