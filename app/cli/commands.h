@@ -4,11 +4,11 @@
 #pragma once
 
 #include "options.h"
+#include "output.h"
 
 namespace nk::pm::cli {
 
 class Catalogue;
-class Output;
 
 /// The subcommands, one source file each. Each answers one request on an open catalogue, writes its
 /// result, or says on stderr why it can't, and gives the exit code.

@@ -18,7 +18,7 @@ namespace {
 
 int carryOut(const Invocation &invocation)
 {
-    Output output(invocation.json);
+    Output output(QStringLiteral("nkpm"), invocation.json);
     Catalogue catalogue(invocation.sources);
     const QString fault = catalogue.open();
     if (!fault.isEmpty()) {

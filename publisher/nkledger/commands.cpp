@@ -49,6 +49,12 @@ void TerminalProgress::end()
     m_line.clear();
 }
 
+QString counted(int number, const QString &what)
+{
+    return QStringLiteral("%1 %2%3").arg(number).arg(
+        what, number == 1 ? QString() : QStringLiteral("s"));
+}
+
 void printProblems(const Problems &problems, Output &output)
 {
     for (const Problem &problem : problems.sorted())

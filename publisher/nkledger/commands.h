@@ -47,6 +47,9 @@ private:
     QElapsedTimer m_shown;
 };
 
+/// "1 package", "2 packages".
+QString counted(int number, const QString &what);
+
 /// One line of stderr for each problem.
 void printProblems(const Problems &problems, Output &output);
 /// The same for other programs.

@@ -223,9 +223,10 @@ ExitCode run(const VerifyOptions &options, Output &output)
             {{QStringLiteral("good"), problems.isEmpty()},
              {QStringLiteral("problems"), describeProblems(problems)}});
     else if (problems.isEmpty())
-        output.lines({QStringLiteral("good: %1 packages of %2 issuers")
-                          .arg(reading.tables.packages.size())
-                          .arg(reading.tables.issuers.size())});
+        output.lines({QStringLiteral("good: %1, %2")
+                          .arg(
+                              counted(reading.tables.packages.size(), QStringLiteral("package")),
+                              counted(reading.tables.issuers.size(), QStringLiteral("issuer")))});
     return problems.isEmpty() ? Fine : Failed;
 }
 

@@ -51,8 +51,11 @@ ExitCode run(const KeygenOptions &options, Output &output)
     if (fault.isEmpty())
         fault = writeNewFile(privateFile, secret, QFile::ReadOwner | QFile::WriteOwner);
     secret.fill('\0');
-    if (fault.isEmpty())
+    if (fault.isEmpty()) {
         fault = writeNewFile(publicFile, key.publicKey().toPEM(), forEverybody);
+        if (!fault.isEmpty())
+            QFile::remove(privateFile); // half a pair would be in the way of the next try
+    }
     if (!fault.isEmpty()) {
         output.error(fault);
         return Failed;

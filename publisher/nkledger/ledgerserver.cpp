@@ -8,6 +8,9 @@
 
 #include <httplib.h>
 
+#include <atomic>
+#include <thread>
+
 namespace nk::pm::publisher {
 
 namespace {
@@ -40,6 +43,8 @@ void sendFile(const QString &path, const httplib::Request &request, httplib::Res
     const QByteArray tag = entityTag(time, size);
     response.set_header("ETag", tag.toStdString());
     if (namesTag(QByteArray::fromStdString(request.get_header_value("If-None-Match")), tag)) {
+        // Without it the library would say that the file is empty.
+        response.set_header("Content-Length", std::to_string(size));
         response.status = 304;
         return;
     }
@@ -58,10 +63,11 @@ struct LedgerServerPrivate
 {
     Layout layout;
     httplib::Server server;
+    std::atomic_bool hasRun{false};
 };
 
 LedgerServer::LedgerServer(const Layout &layout, const Log &log)
-    : d(new LedgerServerPrivate{layout, {}})
+    : d(new LedgerServerPrivate{layout, {}, {}})
 {
     using httplib::Request;
     using httplib::Response;
@@ -94,10 +100,14 @@ int LedgerServer::bind(int port)
 void LedgerServer::run()
 {
     d->server.listen_after_bind();
+    d->hasRun = true;
 }
 
 void LedgerServer::stop()
 {
+    // The library forgets a stop that comes before it listens.
+    while (!d->server.is_running() && !d->hasRun)
+        std::this_thread::yield();
     d->server.stop();
 }
 

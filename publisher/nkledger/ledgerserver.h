@@ -25,8 +25,9 @@ public:
 
     /// The port that is listened on: \a port, or a free one if that is 0. 0 if it can't be had.
     int bind(int port);
-    /// Answers requests until stop() is called on another thread.
+    /// Answers requests until stop() is called. After bind().
     void run();
+    /// Ends a run() on another thread that has begun or is about to.
     void stop();
 
 private:

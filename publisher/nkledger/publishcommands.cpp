@@ -68,12 +68,6 @@ bool areAmbiguous(const QStringList &arguments, Output &output)
     return false;
 }
 
-QString counted(int number, const QString &what)
-{
-    return QStringLiteral("%1 %2%3").arg(number).arg(
-        what, number == 1 ? QString() : QStringLiteral("s"));
-}
-
 QJsonObject describe(const PublishReport &report)
 {
     QJsonObject object{

@@ -45,7 +45,7 @@ struct PackageEntry
     int contentSize = 0;
 };
 
-struct LedgerLink
+struct NK_PM_EXPORT LedgerLink
 {
     int type = 0;
     qint32 from = 0;

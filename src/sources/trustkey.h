@@ -3,12 +3,14 @@
 
 #pragma once
 
+#include <norvakpackagemanager_export.h>
+
 #include <QByteArray>
 
 namespace nk::pm::ledger {
 
 /// The PEM block of the public key that signs the issuers of the ledgers this build accepts: the
 /// file that NKPM_TRUST_KEY named when the build was configured.
-QByteArray trustKeyPem();
+NK_PM_EXPORT QByteArray trustKeyPem();
 
 } // namespace nk::pm::ledger
