@@ -11,7 +11,7 @@ namespace nk::pm {
 
 namespace {
 
-constexpr quint64 maxLength = quint64(1) << 62;
+constexpr quint64 mostEntries = quint64(1) << 62;
 
 } // namespace
 
@@ -35,59 +35,33 @@ LinkChain::State LinkChain::next(State state, int linkType)
 
 LinkChain::State LinkChain::state(State before) const
 {
-    switch (lastRun()) {
-    case RelatesToRun:
-        return AfterRelatesTo;
-    case ContainsRun:
-        return AfterContains;
-    case IsRun:
-    case IsARun:
-        return AfterIsOrIsA;
-    case BrokenRun:
-        return Broken;
-    default:
-        return before;
+    for (int last = Broken; last >= AfterRelatesTo; --last) {
+        if (m_entries[size_t(last)] > 0)
+            return State(last);
     }
+    return before;
 }
 
 bool LinkChain::isEmpty() const
 {
-    return lastRun() < 0;
+    return state(Empty) == Empty;
 }
 
-void LinkChain::push(int linkType, State reached)
+void LinkChain::push(State state)
 {
-    Run run = BrokenRun;
-    if (reached == AfterRelatesTo)
-        run = RelatesToRun;
-    else if (reached == AfterContains)
-        run = ContainsRun;
-    else if (reached == AfterIsOrIsA)
-        run = linkType == Is ? IsRun : IsARun;
-    LinkChain entry;
-    entry.m_lengths[run] = 1;
-    append(entry);
+    m_entries[state] = std::min(m_entries[state] + 1, mostEntries);
 }
 
 void LinkChain::append(const LinkChain &other)
 {
-    for (size_t run = 0; run < RunCount; ++run)
-        m_lengths[run] = std::min(m_lengths[run] + other.m_lengths[run], maxLength);
+    for (size_t state = 0; state < m_entries.size(); ++state)
+        m_entries[state] = std::min(m_entries[state] + other.m_entries[state], mostEntries);
 }
 
 void LinkChain::pop()
 {
-    const int run = lastRun();
-    Q_ASSERT(run >= 0);
-    --m_lengths[size_t(run)];
-}
-
-int LinkChain::lastRun() const
-{
-    int run = BrokenRun;
-    while (run >= 0 && m_lengths[size_t(run)] == 0)
-        --run;
-    return run;
+    Q_ASSERT(!isEmpty());
+    --m_entries[state(Empty)];
 }
 
 } // namespace nk::pm

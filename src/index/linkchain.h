@@ -16,20 +16,20 @@ namespace nk::pm {
 /// {IsA, Is, RelatesTo, Contains}; Contains leaves {Contains, RelatesTo}, RelatesTo leaves
 /// {RelatesTo}, Is leaves {Contains}, IsA leaves the set as it is, and a type outside the set
 /// fails. Read from the keyword, the chains that pass are thus RelatesTo*, Contains*, at most one
-/// Is, IsA*, with a Contains between RelatesTo and Is. So four lengths tell a chain that passes,
-/// and the entries behind the first one that doesn't fit count by their number alone: a chain of
-/// any length fits in here, and its last entry can always be taken off again.
+/// Is, IsA*, with a Contains between RelatesTo and Is. What may follow depends on the last entry
+/// alone, and these states come in one order. So the number of entries in each state tells the
+/// whole chain: one of any length fits in here, and its last entry can always be taken off again.
 class LinkChain
 {
 public:
-    /// What matters for the next entry. Each state stands for the allowed sets with which the chain
+    /// What an entry leaves behind it. Each state stands for the allowed sets with which the chain
     /// test, started behind the chain's end, would still pass.
     enum State : quint8 {
-        Empty,          ///< all four sets
-        AfterRelatesTo, ///< all but {Contains}
-        AfterContains,  ///< all but {RelatesTo}
-        AfterIsOrIsA,   ///< the set with which a test starts, alone
+        AfterRelatesTo, ///< all sets but {Contains}
+        AfterContains,  ///< all sets but {RelatesTo}
+        AfterIsOrIsA,   ///< only the set with which a test starts
         Broken,         ///< none: whatever is appended, the test fails
+        Empty,          ///< all sets: no entry yet
     };
 
     /// The state after an entry \a linkType (any number) behind a chain in \a state.
@@ -39,20 +39,15 @@ public:
     State state(State before) const;
     bool isEmpty() const;
 
-    /// Appends an entry \a linkType that leads to the state \a reached.
-    void push(int linkType, State reached);
+    /// Appends an entry that leads to \a state.
+    void push(State state);
     /// Appends \a other, which was made behind this chain's state.
     void append(const LinkChain &other);
     /// Takes the last entry off; there must be one.
     void pop();
 
 private:
-    /// Stretches of a chain, in the order in which they follow each other.
-    enum Run { RelatesToRun, ContainsRun, IsRun, IsARun, BrokenRun, RunCount };
-
-    int lastRun() const; // -1 if empty
-
-    std::array<quint64, RunCount> m_lengths{}; // saturating, far above what pop() could ever take
+    std::array<quint64, Empty> m_entries{}; // by state; saturating, far above what pop() could take
 };
 
 } // namespace nk::pm

@@ -67,7 +67,7 @@ private:
         const LinkChain::State state = LinkChain::next(left.state(before), link.type);
         if (isHit(link.node)) {
             m_hit = state != LinkChain::Broken;
-            left.push(link.type, state);
+            left.push(state);
             return true;
         }
         if (link.node->inLinks().isEmpty())
@@ -82,7 +82,7 @@ private:
         // A node that is still open leads back to itself: the cycle adds nothing.
         if (const std::optional<LinkChain> &below = *known; below && !below->isEmpty()) {
             LinkChain whole;
-            whole.push(link.type, state);
+            whole.push(state);
             whole.append(*below);
             whole.pop();
             left.append(whole);

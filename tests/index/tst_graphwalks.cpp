@@ -109,6 +109,7 @@ private Q_SLOTS:
     void agreesWithPlainWalks();
     void laddersAgreeWithPlainWalks_data();
     void laddersAgreeWithPlainWalks();
+    void walksLaddersOfManyPaths_data();
     void walksLaddersOfManyPaths();
     void walksLongChains();
     void endsOnCycles();
@@ -135,7 +136,7 @@ void TestGraphWalks::linkChainAgreesWithChainTest()
             return;
         for (const int type : types) {
             path.append(type);
-            chain.push(type, LinkChain::next(chain.state(LinkChain::Empty), type));
+            chain.push(LinkChain::next(chain.state(LinkChain::Empty), type));
             extend();
             chain.pop();
             path.removeLast();
@@ -226,17 +227,25 @@ void TestGraphWalks::laddersAgreeWithPlainWalks()
     QCOMPARE(answers.at(2), answers.at(1));
 }
 
+void TestGraphWalks::walksLaddersOfManyPaths_data()
+{
+    QTest::addColumn<int>("steps");
+    QTest::newRow("2^40 paths") << diamonds;
+    QTest::newRow("more paths than any number counts") << chainLength / 2;
+}
+
 void TestGraphWalks::walksLaddersOfManyPaths()
 {
+    QFETCH(int, steps);
     MemoryCatalogue catalogue;
-    addLadder(catalogue, diamonds, IsA);
+    addLadder(catalogue, steps, IsA);
     catalogue.package("p", "a")
         .link("p", IsA, "bottom")
         .package("q", "b")
         .link("q", Uses, "bottom");
     const auto index = buildIndex(catalogue);
 
-    QCOMPARE(package(index, "p")->keywords().size(), diamonds + 1);
+    QCOMPARE(package(index, "p")->keywords().size(), steps + 1);
     QVERIFY(isUsed(index, "top", "a"));
     QVERIFY(!isUsed(index, "top", "b"));
     QVERIFY(!isUsed(index, "top", "unknown"));
