@@ -21,7 +21,7 @@ QString bestLanguage(const QString &localeName, const QSet<QString> &available)
 {
     if (available.contains(localeName))
         return localeName;
-    const QString language = localeName.left(localeName.indexOf(QLatin1Char('_')));
+    const QString language = localeName.section(QLatin1Char('_'), 0, 0);
     return available.contains(language) ? language : QStringLiteral("en");
 }
 

@@ -27,17 +27,22 @@ PackageList PackageIndex::selectPackages(
         range = *known;
     }
 
+    // By reference: the algorithms would copy the functions, with all that they captured.
     QVector<PackageNode *> hits;
-    const auto first = d.packages.constBegin() + range.first;
-    const auto end = d.packages.constBegin() + range.second + 1;
     if (matcher) {
-        std::copy_if(first, end, std::back_inserter(hits), matcher);
+        const auto first = d.packages.constBegin() + range.first;
+        const auto end = d.packages.constBegin() + range.second + 1;
+        std::copy_if(first, end, std::back_inserter(hits), [&matcher](PackageNode *node) {
+            return matcher(node);
+        });
     } else {
-        hits.reserve(int(end - first));
-        std::copy(first, end, std::back_inserter(hits));
+        hits = d.packages.mid(range.first, range.second - range.first + 1);
     }
-    if (sorter)
-        std::stable_sort(hits.begin(), hits.end(), sorter);
+    if (sorter) {
+        std::stable_sort(hits.begin(), hits.end(), [&sorter](PackageNode *a, PackageNode *b) {
+            return sorter(a, b);
+        });
+    }
     return PackageList(std::move(index), hits);
 }
 

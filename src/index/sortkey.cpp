@@ -114,7 +114,7 @@ void appendJoined(QString &text, const QVector<QStringRef> &parts, QChar separat
 
 KeywordChain keywordChainOf(const PackageIndexNode &package)
 {
-    const KeywordChain chain = collectChain(package, {});
+    KeywordChain chain = collectChain(package, {});
     if (!chain.isCut)
         return chain;
     // So many terms are more often a cycle than a chain.
