@@ -4,6 +4,7 @@
 #include "install/filestore.h"
 
 #include "install/logging.h"
+#include "install/openfilelimit.h"
 
 #include <QDir>
 #include <QThread>
@@ -112,10 +113,17 @@ FileStoreTarget *FileStore::createTarget(
     if (!isValidDigest(digest))
         return nullptr;
     auto *target = new FileStoreTarget(digest, algorithm, filePath(digest), this);
-    if (target->open(QIODevice::WriteOnly))
-        return target;
-    target->deleteLater();
-    return nullptr;
+    if (!target->open(QIODevice::WriteOnly)) {
+        target->deleteLater();
+        return nullptr;
+    }
+    if (!leavesRoomForOthers(target->m_saveFile)) {
+        qCCritical(lcFileStore) << "Too many open files for package storage file"
+                                << target->m_saveFile.fileName();
+        delete target;
+        return nullptr;
+    }
+    return target;
 }
 
 FileStoreTarget::FileStoreTarget(
@@ -191,8 +199,8 @@ qint64 FileStoreTarget::writeData(const char *data, qint64 size)
     return written;
 }
 
-// QSaveFile::commit() of Qt 5.15 puts a file in place whose last block didn't fit on the disk: it passes
-// over the failure of its own flush.
+// QSaveFile::commit() of Qt 5.15 puts a file in place whose last block didn't fit on the disk: it
+// passes over the failure of its own flush.
 bool FileStoreTarget::commitFile()
 {
     if (!m_saveFile.flush())

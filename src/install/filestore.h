@@ -45,8 +45,8 @@ public:
     bool contains(const QString &digest) const;
 
     /// A new, open target for a file whose content has \a digest by \a algorithm; null if the
-    /// digest is invalid or the file can't be opened. Child of the store, until the caller gives it
-    /// another parent.
+    /// digest is invalid, the file can't be opened or too many are open already. Child of the
+    /// store, until the caller gives it another parent.
     FileStoreTarget *createTarget(const QString &digest, QCryptographicHash::Algorithm algorithm);
 
 private:
@@ -93,6 +93,7 @@ protected:
     qint64 writeData(const char *data, qint64 size) override;
 
 private:
+    friend class FileStore;
     bool commitFile();
     CommitResult commitUnproven(const QByteArray &expected);
 

@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "install/couchdbpackageinstaller.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkRequest>
+#include <norvak/request.h>
+
+namespace nk::pm {
+
+namespace {
+
+// "md5-" and the Base64 form, of which the decoder passes over the hyphen.
+QString hexDigest(const QJsonObject &attachment)
+{
+    const QString digest = attachment[QLatin1String("digest")].toString().mid(3);
+    return QString::fromLatin1(QByteArray::fromBase64(digest.toLatin1()).toHex());
+}
+
+} // namespace
+
+CouchDBPackageInstaller::CouchDBPackageInstaller(
+    const QUrl &documentUrl, QNetworkAccessManager *manager, const QJsonObject &document,
+    const QSharedPointer<FileStore> &store, const InstallLocation &location)
+    : DownloadInstaller({DownloadFailed, CommitFailed, InstallFailed}, store, location)
+{
+    const QJsonObject attachments = document[QLatin1String("_attachments")].toObject();
+    for (auto attachment = attachments.begin(); attachment != attachments.end(); ++attachment) {
+        const QString digest = hexDigest(attachment.value().toObject());
+        if (!addFile(digest, attachment.key()))
+            continue;
+        const QUrl url = documentUrl.resolved(QUrl(attachment.key()));
+        fetch(digest, QCryptographicHash::Md5, url, [&] {
+            return new nk::GetRequest(QNetworkRequest(url), manager);
+        });
+    }
+    start();
+}
+
+} // namespace nk::pm

@@ -1,0 +1,171 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "install/downloadinstaller.h"
+
+#include "install/filestore.h"
+
+#include <QCoreApplication>
+#include <QFutureWatcher>
+#include <QHash>
+#include <QMap>
+#include <QtConcurrent>
+#include <norvak/request.h>
+
+namespace nk::pm {
+
+namespace {
+
+using ErrorWatcher = QFutureWatcher<QList<InstallError>>;
+
+constexpr int httpOk = 200;
+
+/// What the copy job works on, a copy of its own.
+struct CopyJob
+{
+    QSharedPointer<FileStore> store;
+    InstallLocation location;
+    QMap<QString, QString> fileNames; ///< hexadecimal digest to file name
+    int errorCode;
+
+    QList<InstallError> run() const;
+};
+
+QList<InstallError> CopyJob::run() const
+{
+    QList<InstallError> errors;
+    for (auto file = fileNames.begin(); file != fileNames.end(); ++file) {
+        if (QCoreApplication::closingDown())
+            break;
+        if (!location.installFile(store->filePath(file.key()), file.value())) {
+            const auto text = QStringLiteral("Failed to install file %1 (%2)");
+            errors.append(InstallError{errorCode, text.arg(file.value(), file.key())});
+        }
+    }
+    return errors;
+}
+
+} // namespace
+
+struct DownloadInstallerPrivate
+{
+    DownloadInstaller *q;
+    DownloadInstaller::ErrorCodes codes;
+    QSharedPointer<FileStore> store;
+    QMap<QString, QString> fileNames;    ///< hexadecimal digest to file name, stored or not
+    QHash<int, DownloadEntry> downloads; ///< by number, from 0
+    int pendingCount = 0;                ///< requests that have not finished
+    ErrorWatcher *watcher = nullptr;     ///< of the running copy job
+
+    DownloadInstallerPrivate(
+        DownloadInstaller *installer, const DownloadInstaller::ErrorCodes &errorCodes,
+        const QSharedPointer<FileStore> &fileStore);
+    void endDownloads();
+    void endDownload(DownloadEntry *entry);
+    void startInstall();
+};
+
+DownloadInstallerPrivate::DownloadInstallerPrivate(
+    DownloadInstaller *installer, const DownloadInstaller::ErrorCodes &errorCodes,
+    const QSharedPointer<FileStore> &fileStore)
+    : q(installer)
+    , codes(errorCodes)
+    , store(fileStore)
+{}
+
+void DownloadInstallerPrivate::endDownloads()
+{
+    for (DownloadEntry &entry : downloads)
+        endDownload(&entry);
+    startInstall();
+}
+
+void DownloadInstallerPrivate::endDownload(DownloadEntry *entry)
+{
+    if (entry->responseCode == httpOk) {
+        const FileStoreTarget::CommitResult result = entry->target->commit();
+        if (result != FileStoreTarget::CommitOk) {
+            const auto text = QStringLiteral("Commit of file %1 (%2) failed (code %3)");
+            q->addError(
+                codes.commit,
+                text.arg(entry->digest, entry->url.toString(), QString::number(result)));
+        }
+    } else {
+        const auto text = QStringLiteral("Download of %1 failed with code %2");
+        q->addError(
+            codes.download, text.arg(entry->url.toString(), QString::number(entry->responseCode)));
+    }
+    if (entry->target)
+        entry->target->deleteLater();
+    entry->target = nullptr;
+}
+
+void DownloadInstallerPrivate::startInstall()
+{
+    const CopyJob job{store, q->location(), fileNames, codes.install};
+    watcher = new ErrorWatcher(q);
+    QObject::connect(watcher, &ErrorWatcher::finished, q, &DownloadInstaller::installFinished);
+    watcher->setFuture(QtConcurrent::run([job] { return job.run(); }));
+}
+
+DownloadInstaller::DownloadInstaller(
+    const ErrorCodes &codes, const QSharedPointer<FileStore> &store,
+    const InstallLocation &location)
+    : PackageInstaller(location)
+    , d(new DownloadInstallerPrivate(this, codes, store))
+{}
+
+DownloadInstaller::~DownloadInstaller() = default;
+
+bool DownloadInstaller::addFile(const QString &digest, const QString &name)
+{
+    d->fileNames[digest] = name;
+    return !d->store->contains(digest);
+}
+
+void DownloadInstaller::fetch(
+    const QString &digest, QCryptographicHash::Algorithm algorithm, const QUrl &url,
+    const std::function<nk::Request *()> &send)
+{
+    const int number = d->downloads.size();
+    FileStoreTarget *target = d->store->createTarget(digest, algorithm);
+    nk::Request *request = target ? send() : nullptr;
+    d->downloads.insert(number, DownloadEntry{url, digest, request, target});
+    if (!request)
+        return;
+    // The request is the first of the two children to go, since it writes to the other.
+    request->setParent(this);
+    target->setParent(this);
+    request->setDataSink(target);
+    request->setSuppressErrors(true);
+    request->setProperty("id", number);
+    connect(request, &nk::Request::finished, this, &DownloadInstaller::downloadFinished);
+    ++d->pendingCount;
+}
+
+void DownloadInstaller::start()
+{
+    if (d->pendingCount < 1)
+        d->endDownloads();
+}
+
+void DownloadInstaller::downloadFinished()
+{
+    const auto *request = static_cast<nk::Request *>(sender());
+    DownloadEntry &entry = d->downloads[request->property("id").toInt()];
+    entry.responseCode = request->responseCode();
+    entry.request = nullptr;
+    if (--d->pendingCount < 1)
+        d->endDownloads();
+}
+
+void DownloadInstaller::installFinished()
+{
+    for (const InstallError &error : d->watcher->result())
+        addError(error);
+    d->watcher->deleteLater();
+    d->watcher = nullptr;
+    finish();
+}
+
+} // namespace nk::pm

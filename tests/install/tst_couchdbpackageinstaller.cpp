@@ -1,0 +1,226 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "install/couchdbpackageinstaller.h"
+#include "install/filestore.h"
+#include "install/installlocationroot.h"
+#include "support/httptestserver.h"
+#include "support/scopeddatalocation.h"
+#include "support/testfiles.h"
+
+#include <QNetworkAccessManager>
+#include <QtTest>
+
+using namespace nk::pm;
+using namespace nk::pm::test;
+
+namespace {
+
+QByteArray md5(const QByteArray &content)
+{
+    return QCryptographicHash::hash(content, QCryptographicHash::Md5);
+}
+
+QJsonObject stub(const QByteArray &content)
+{
+    return {{"digest", "md5-" + QString(md5(content).toBase64())}, {"stub", true}};
+}
+
+} // namespace
+
+/// What installing a document's attachments adds to the course of all network installers.
+class CouchDBPackageInstallerTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<CouchDBPackageInstaller> install(const QJsonObject &attachments)
+    {
+        return std::make_unique<CouchDBPackageInstaller>(
+            m_server->url("/db/pkg/"), &m_manager, QJsonObject{{"_attachments", attachments}},
+            m_store, m_location);
+    }
+    static QStringList errorsOf(const PackageInstaller &installer)
+    {
+        QStringList result;
+        for (const InstallError &error : installer.errors())
+            result.append(QString("%1 %2").arg(error.code).arg(error.message));
+        return result;
+    }
+    QList<QByteArray> requestedTargets() const
+    {
+        QList<QByteArray> targets;
+        for (const HttpTestRequest &request : m_server->requests())
+            targets.append(request.target);
+        std::sort(targets.begin(), targets.end());
+        return targets;
+    }
+
+    ScopedDataLocation m_data;
+    QNetworkAccessManager m_manager;
+    std::unique_ptr<HttpTestServer> m_server;
+    QSharedPointer<FileStore> m_store;
+    InstallLocation m_location;
+
+private Q_SLOTS:
+    void init();
+    void attachmentsBecomeFiles();
+    void documentWithoutAttachments();
+    void oneContentUnderTwoNames();
+    void errorsHaveTheirOwnCodes();
+    void digestsOfAnyForm_data();
+    void digestsOfAnyForm();
+    void namesThatAreUrls_data();
+    void namesThatAreUrls();
+    void managerDiesOnTheWay();
+};
+
+void CouchDBPackageInstallerTest::init()
+{
+    m_server = std::make_unique<HttpTestServer>([](const HttpTestRequest &request) {
+        const QByteArray name = request.target.mid(request.target.lastIndexOf('/') + 1);
+        return HttpTestAnswer::ok("content of " + QByteArray::fromPercentEncoding(name));
+    });
+    m_store = FileStore::instance();
+    m_location = InstallLocationRoot::createLocation().subLocation("type/id");
+    QDirIterator it(m_data.filePath("packages/files"), QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        QVERIFY(QFile::remove(it.next()));
+}
+
+void CouchDBPackageInstallerTest::attachmentsBecomeFiles()
+{
+    const QJsonObject attachments{
+        {"a", stub("content of a")},
+        {"b c", stub("content of b c")},
+        {QString::fromUtf8("grün"), stub("content of grün")}};
+    auto installer = install(attachments);
+    QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
+    QCOMPARE(
+        requestedTargets(), (QList<QByteArray>{"/db/pkg/a", "/db/pkg/b%20c", "/db/pkg/gr%C3%BCn"}));
+    QCOMPARE(readFile(m_location.pathToFile("b c")), QByteArray("content of b c"));
+    const QString hex = md5("content of a").toHex();
+    QCOMPARE(
+        readFile(m_data.filePath("packages/files/" + hex.left(2) + "/" + hex.mid(2))),
+        QByteArray("content of a"));
+
+    m_location = InstallLocationRoot::createLocation();
+    installer = install(attachments);
+    QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
+    QCOMPARE(m_server->requestCount(), 3); // all were in the store
+    QVERIFY(m_location.contains("a"));
+}
+
+void CouchDBPackageInstallerTest::documentWithoutAttachments()
+{
+    CouchDBPackageInstaller installer(
+        m_server->url("/db/pkg/"), &m_manager, {}, m_store, m_location);
+    QCOMPARE(installer.status(), PackageInstaller::InProgress);
+    QTRY_COMPARE(installer.status(), PackageInstaller::Succeeded);
+    QCOMPARE(m_server->requestCount(), 0);
+}
+
+void CouchDBPackageInstallerTest::oneContentUnderTwoNames()
+{
+    m_server->setHandler([](const HttpTestRequest &) { return HttpTestAnswer::ok("same"); });
+    const auto installer = install({{"b", stub("same")}, {"a", stub("same")}});
+    QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
+    QCOMPARE(requestedTargets(), (QList<QByteArray>{"/db/pkg/a", "/db/pkg/b"}));
+    QVERIFY(!m_location.contains("a"));
+    QCOMPARE(readFile(m_location.pathToFile("b")), QByteArray("same"));
+}
+
+void CouchDBPackageInstallerTest::errorsHaveTheirOwnCodes()
+{
+    m_server->setHandler([](const HttpTestRequest &request) {
+        return request.target.endsWith("gone") ? HttpTestAnswer::of(404)
+                                               : HttpTestAnswer::ok("changed");
+    });
+    auto installer = install({{"gone", stub("old")}});
+    QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
+    const QString hex = md5("old").toHex();
+    QCOMPARE(
+        errorsOf(*installer), (QStringList{
+                                  QString("1 Download of %1 failed with code 404")
+                                      .arg(m_server->url("/db/pkg/gone").toString()),
+                                  "3 Failed to install file gone (" + hex + ")"}));
+
+    installer = install({{"changed", stub("old")}});
+    QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
+    QCOMPARE(
+        errorsOf(*installer),
+        QStringList(QString("2 Commit of file %1 (%2) failed (code 1)")
+                        .arg(hex, m_server->url("/db/pkg/changed").toString())));
+}
+
+void CouchDBPackageInstallerTest::digestsOfAnyForm_data()
+{
+    QTest::addColumn<QJsonValue>("attachment");
+    QTest::addColumn<bool>("requested");
+    const QString base64 = md5("content of a").toBase64();
+    QTest::newRow("another algorithm's name")
+        << QJsonValue(QJsonObject{{"digest", "abc-" + base64}}) << true;
+    QTest::newRow("missing") << QJsonValue(QJsonObject()) << false;
+    QTest::newRow("empty") << QJsonValue(QJsonObject{{"digest", ""}}) << false;
+    QTest::newRow("number") << QJsonValue(QJsonObject{{"digest", 5}}) << false;
+    QTest::newRow("no Base64") << QJsonValue(QJsonObject{{"digest", "md5-../../.."}}) << false;
+    QTest::newRow("too long") << QJsonValue(QJsonObject{{"digest", "md5-" + QString(400, 'A')}})
+                              << false;
+    QTest::newRow("no object") << QJsonValue("text") << false;
+}
+
+void CouchDBPackageInstallerTest::digestsOfAnyForm()
+{
+    QFETCH(QJsonValue, attachment);
+    QFETCH(bool, requested);
+    const auto installer = install({{"a", attachment}});
+    QTRY_VERIFY(installer->isFinished());
+    QCOMPARE(m_server->requestCount(), int(requested));
+    QCOMPARE(
+        installer->status(), requested ? PackageInstaller::Succeeded : PackageInstaller::Failed);
+    QCOMPARE(installer->errors().size(), requested ? 0 : 2);
+}
+
+void CouchDBPackageInstallerTest::namesThatAreUrls_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("target");
+    QTest::newRow("slash") << "sub/a" << QByteArray("/db/pkg/sub/a");
+    QTest::newRow("up") << "../../../a" << QByteArray("/a");
+    QTest::newRow("local file") << "file:///etc/hostname" << QByteArray();
+    QTest::newRow("scheme") << "x:a" << QByteArray();
+}
+
+void CouchDBPackageInstallerTest::namesThatAreUrls()
+{
+    QFETCH(QString, name);
+    QFETCH(QByteArray, target);
+    const auto installer = install({{name, stub("content of a")}});
+    QTRY_VERIFY(installer->isFinished());
+    QCOMPARE(requestedTargets(), target.isNull() ? QList<QByteArray>() : QList<QByteArray>{target});
+    QCOMPARE(installer->errors().last().code, int(CouchDBPackageInstaller::InstallFailed));
+    QVERIFY(
+        m_location.directory(false).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).isEmpty());
+}
+
+void CouchDBPackageInstallerTest::managerDiesOnTheWay()
+{
+    m_server->setHandler([](const HttpTestRequest &) { return HttpTestAnswer::silence(); });
+    auto manager = std::make_unique<QNetworkAccessManager>();
+    CouchDBPackageInstaller installer(
+        m_server->url("/db/pkg/"), manager.get(), {{"_attachments", QJsonObject{{"a", stub("a")}}}},
+        m_store, m_location);
+    QTRY_COMPARE(m_server->heldCount(), 1);
+    manager.reset();
+    QTRY_COMPARE(installer.status(), PackageInstaller::Failed);
+    QCOMPARE(installer.errors().first().code, int(CouchDBPackageInstaller::DownloadFailed));
+
+    CouchDBPackageInstaller none(
+        m_server->url("/db/pkg/"), nullptr, {{"_attachments", QJsonObject{{"a", stub("a")}}}},
+        m_store, m_location);
+    QTRY_COMPARE(none.status(), PackageInstaller::Failed);
+}
+
+QTEST_GUILESS_MAIN(CouchDBPackageInstallerTest)
+
+#include "tst_couchdbpackageinstaller.moc"

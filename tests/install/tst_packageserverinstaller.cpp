@@ -1,0 +1,418 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "install/filestore.h"
+#include "install/installlocationroot.h"
+#include "install/packageserverinstaller.h"
+#include "support/filesizelimit.h"
+#include "support/httptestserver.h"
+#include "support/scopeddatalocation.h"
+#include "support/testfiles.h"
+
+#include <QNetworkAccessManager>
+#include <QtTest>
+#include <norvakaccount/service.h>
+#include <sys/resource.h>
+
+using namespace nk::pm;
+using namespace nk::pm::test;
+using nk::account::Service;
+
+namespace {
+
+QByteArray rawDigest(const QByteArray &content)
+{
+    return QCryptographicHash::hash(content, QCryptographicHash::Sha224);
+}
+
+QString hexDigest(const QByteArray &content)
+{
+    return rawDigest(content).toHex();
+}
+
+QStringList entries(const QDir &directory)
+{
+    return directory.entryList(QDir::Files | QDir::Hidden, QDir::Name);
+}
+
+/// The errors as "code message", in their order.
+QStringList errorsOf(const PackageInstaller &installer)
+{
+    QStringList result;
+    for (const InstallError &error : installer.errors())
+        result.append(QString("%1 %2").arg(error.code).arg(error.message));
+    return result;
+}
+
+QStringList sorted(QStringList list)
+{
+    list.sort();
+    return list;
+}
+
+} // namespace
+
+/// From a package server into a location, through the store, with everything that can go wrong on
+/// the way.
+class PackageServerInstallerTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    using Files = QHash<QByteArray, QString>;
+
+    /// Puts \a content on the server, and its digest and \a name into the package.
+    void serve(const QString &name, const QByteArray &content)
+    {
+        m_answers.insert(
+            "/api/v1/ledger/" + rawDigest(content).toHex(), HttpTestAnswer::ok(content));
+        m_files.insert(rawDigest(content), name);
+    }
+    /// As serve(), but the server answers with \a answer.
+    void serve(const QString &name, const QByteArray &content, const HttpTestAnswer &answer)
+    {
+        serve(name, content);
+        m_answers.insert("/api/v1/ledger/" + rawDigest(content).toHex(), answer);
+    }
+    std::unique_ptr<PackageServerInstaller> install()
+    {
+        return std::make_unique<PackageServerInstaller>(
+            m_files, m_service.get(), m_store, m_location);
+    }
+    static QString downloadError(const QByteArray &content, int code)
+    {
+        return QString("2 Download of ./api/v1/ledger/%1 failed with code %2")
+            .arg(hexDigest(content))
+            .arg(code);
+    }
+    static QString commitError(const QByteArray &content, int result)
+    {
+        return QString("3 Commit of file %1 (./api/v1/ledger/%1) failed (code %2)")
+            .arg(hexDigest(content))
+            .arg(result);
+    }
+    static QString installError(const QString &name, const QByteArray &content)
+    {
+        return QString("4 Failed to install file %1 (%2)").arg(name, hexDigest(content));
+    }
+    QStringList storedFiles() const
+    {
+        QStringList files;
+        QDirIterator it(
+            m_data.filePath("packages/files"), QDir::Files | QDir::Hidden,
+            QDirIterator::Subdirectories);
+        while (it.hasNext())
+            files.append(it.next());
+        return files;
+    }
+
+    ScopedDataLocation m_data;
+    QNetworkAccessManager m_manager;
+    std::unique_ptr<HttpTestServer> m_server;
+    std::unique_ptr<Service> m_service;
+    QSharedPointer<FileStore> m_store;
+    InstallLocation m_location;
+    QHash<QByteArray, HttpTestAnswer> m_answers;
+    Files m_files;
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void downloadsWhatTheStoreLacks();
+    void packageWithoutFiles();
+    void withoutServiceItEndsAtOnce();
+    void failedDownloadsDontStopTheOthers();
+    void brokenAnswersAreFailedDownloads_data();
+    void brokenAnswersAreFailedDownloads();
+    void wrongContentIsReportedOnce();
+    void obstacleInTheStoreIsAFailedDownload();
+    void nothingToWriteToAnywhere();
+    void fullDisk_data();
+    void fullDisk();
+    void hostileNamesStayInside_data();
+    void hostileNamesStayInside();
+    void destroyedInAnyPhase_data();
+    void destroyedInAnyPhase();
+    void destroyedByItsOwnNews();
+    void serviceDiesOnTheWay();
+    void manySmallFiles();
+};
+
+void PackageServerInstallerTest::init()
+{
+    m_answers.clear();
+    m_files.clear();
+    m_server = std::make_unique<HttpTestServer>([this](const HttpTestRequest &request) {
+        return m_answers.value(request.target, HttpTestAnswer::of(404));
+    });
+    m_service = std::make_unique<Service>("uuid", m_server->url(), &m_manager);
+    m_store = FileStore::instance();
+    m_location = InstallLocationRoot::createLocation().subLocation("type/id");
+}
+
+void PackageServerInstallerTest::cleanup()
+{
+    QThreadPool::globalInstance()->waitForDone();
+    m_location = InstallLocation();
+    m_store.reset();
+    for (const QString &file : storedFiles())
+        QVERIFY(QFile::remove(file));
+}
+
+void PackageServerInstallerTest::downloadsWhatTheStoreLacks()
+{
+    const QByteArray large = numberedContent(1, 300000);
+    serve("a", "alpha");
+    serve("b", large);
+    serve("name %1 %2", "");
+    auto installer = install();
+    QCOMPARE(installer->status(), PackageInstaller::InProgress);
+    QSignalSpy spy(installer.get(), &PackageInstaller::statusChanged);
+    QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(m_server->requestCount(), 3);
+    QCOMPARE(entries(m_location.directory(false)), (QStringList{"a", "b", "name %1 %2"}));
+    QVERIFY(readFile(m_location.pathToFile("b")) == large);
+    QVERIFY(installer->findChildren<FileStoreTarget *>().isEmpty());
+
+    serve("c", "gamma");
+    m_location = InstallLocationRoot::createLocation();
+    installer = install();
+    QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
+    QCOMPARE(m_server->requestCount(), 4);
+    QCOMPARE(
+        entries(m_location.directory(false)), (QStringList{".lock", "a", "b", "c", "name %1 %2"}));
+}
+
+void PackageServerInstallerTest::packageWithoutFiles()
+{
+    const auto installer = install();
+    QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
+    QCOMPARE(m_server->requestCount(), 0);
+    QVERIFY(!m_location.directory(false).exists());
+}
+
+void PackageServerInstallerTest::withoutServiceItEndsAtOnce()
+{
+    serve("a", "alpha");
+    m_service.reset();
+    const auto installer = install();
+    QCOMPARE(installer->status(), PackageInstaller::Failed);
+    QCOMPARE(errorsOf(*installer), QStringList("1 No service for package file download"));
+}
+
+void PackageServerInstallerTest::failedDownloadsDontStopTheOthers()
+{
+    serve("good", "alpha");
+    serve("missing", "beta", HttpTestAnswer::of(404));
+    serve("busy", "gamma", HttpTestAnswer::of(503, "gamma"));
+    const auto installer = install();
+    QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
+    const QStringList errors = errorsOf(*installer);
+    QCOMPARE(
+        sorted(errors.mid(0, 2)),
+        sorted({downloadError("beta", 404), downloadError("gamma", 503)}));
+    QCOMPARE(
+        sorted(errors.mid(2)),
+        sorted({installError("missing", "beta"), installError("busy", "gamma")}));
+    QCOMPARE(entries(m_location.directory(false)), QStringList("good"));
+    QCOMPARE(storedFiles(), QStringList(m_store->filePath(hexDigest("alpha"))));
+}
+
+void PackageServerInstallerTest::brokenAnswersAreFailedDownloads_data()
+{
+    QTest::addColumn<HttpTestAnswer>("answer");
+    const HttpTestAnswer whole = HttpTestAnswer::ok("alpha");
+    QTest::newRow("cut before the answer") << whole.cutAt(0);
+    QTest::newRow("cut in the headers") << whole.cutAt(20);
+    QTest::newRow("cut before the body") << whole.cutAt(whole.bytes.size() - 5);
+    QTest::newRow("cut in the body") << whole.cutAt(whole.bytes.size() - 1);
+    QTest::newRow("no length")
+        << HttpTestAnswer::raw("HTTP/1.1 200 OK\r\n\r\nalpha").cutAt(INT_MAX);
+    QTest::newRow("elsewhere without end")
+        << HttpTestAnswer::redirect("/api/v1/ledger/" + rawDigest("alpha").toHex());
+    QTest::newRow("a local file") << HttpTestAnswer::redirect("file:///etc/hostname");
+}
+
+void PackageServerInstallerTest::brokenAnswersAreFailedDownloads()
+{
+    QFETCH(HttpTestAnswer, answer);
+    serve("a", "alpha", answer);
+    const auto installer = install();
+    QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
+    QCOMPARE(
+        errorsOf(*installer), (QStringList{downloadError("alpha", 0), installError("a", "alpha")}));
+    QCOMPARE(storedFiles(), QStringList());
+    QVERIFY(!m_location.contains("a"));
+}
+
+void PackageServerInstallerTest::wrongContentIsReportedOnce()
+{
+    serve("a", "alpha", HttpTestAnswer::ok("alphb"));
+    serve("b", "beta", HttpTestAnswer::raw("HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\nbeta"));
+    auto installer = install();
+    QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
+    QCOMPARE(
+        sorted(errorsOf(*installer)), sorted({commitError("alpha", 1), commitError("beta", 1)}));
+    QCOMPARE(readFile(m_location.pathToFile("a")), QByteArray("alphb"));
+
+    installer = install();
+    QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
+    QCOMPARE(m_server->requestCount(), 2);
+}
+
+void PackageServerInstallerTest::obstacleInTheStoreIsAFailedDownload()
+{
+    const QString directory = QFileInfo(m_store->filePath(hexDigest("alpha"))).path();
+    QVERIFY(QDir().rmdir(directory));
+    writeFile(directory, "in the way");
+    serve("a", "alpha");
+    serve("b", "beta");
+    const auto installer = install();
+    QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
+    QCOMPARE(
+        errorsOf(*installer), (QStringList{downloadError("alpha", 0), installError("a", "alpha")}));
+    QCOMPARE(m_server->requestCount(), 1);
+    QCOMPARE(entries(m_location.directory(false)), QStringList("b"));
+}
+
+void PackageServerInstallerTest::nothingToWriteToAnywhere()
+{
+    m_files.insert("abc", "digest that is too short");
+    const auto installer = install();
+    QCOMPARE(installer->status(), PackageInstaller::InProgress);
+    QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
+    QCOMPARE(
+        errorsOf(*installer), (QStringList{
+                                  "2 Download of ./api/v1/ledger/616263 failed with code 0",
+                                  "4 Failed to install file digest that is too short (616263)"}));
+    QCOMPARE(m_server->requestCount(), 0);
+}
+
+void PackageServerInstallerTest::fullDisk_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::newRow("while it arrives") << 500000;
+    QTest::newRow("when it is committed") << 9000;
+}
+
+void PackageServerInstallerTest::fullDisk()
+{
+    QFETCH(int, size);
+    const QByteArray content = numberedContent(1, size);
+    serve("large", content);
+    serve("small", "alpha");
+    {
+        FileSizeLimit limit(5000);
+        const auto installer = install();
+        QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
+        const QString first = size > 16384 ? downloadError(content, 0) : commitError(content, 2);
+        QCOMPARE(errorsOf(*installer), (QStringList{first, installError("large", content)}));
+    }
+    QCOMPARE(storedFiles(), QStringList(m_store->filePath(hexDigest("alpha"))));
+    const auto again = install();
+    QTRY_COMPARE(again->status(), PackageInstaller::Succeeded);
+    QVERIFY(readFile(m_location.pathToFile("large")) == content);
+}
+
+void PackageServerInstallerTest::hostileNamesStayInside_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("up") << "../escaped";
+    QTest::newRow("far up") << "../../../../../../../../tmp/escaped";
+    QTest::newRow("absolute") << m_data.filePath("escaped");
+    QTest::newRow("down and up") << "x/../../escaped";
+    QTest::newRow("the directory itself") << ".";
+    QTest::newRow("empty") << "";
+}
+
+void PackageServerInstallerTest::hostileNamesStayInside()
+{
+    QFETCH(QString, name);
+    serve(name, "alpha");
+    const auto installer = install();
+    QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
+    QCOMPARE(errorsOf(*installer), QStringList(installError(name, "alpha")));
+    QDirIterator it(
+        m_data.path(), {"*escaped*"}, QDir::AllEntries | QDir::Hidden,
+        QDirIterator::Subdirectories);
+    QVERIFY(!it.hasNext());
+}
+
+void PackageServerInstallerTest::destroyedInAnyPhase_data()
+{
+    QTest::addColumn<int>("answered");
+    QTest::newRow("nothing sent") << -1;
+    QTest::newRow("nothing answered") << 0;
+    QTest::newRow("one file there") << 1;
+    QTest::newRow("copying") << 2;
+}
+
+void PackageServerInstallerTest::destroyedInAnyPhase()
+{
+    QFETCH(int, answered);
+    serve("a", "alpha", answered < 1 ? HttpTestAnswer::silence() : HttpTestAnswer::ok("alpha"));
+    serve("b", "beta", answered < 2 ? HttpTestAnswer::silence() : HttpTestAnswer::ok("beta"));
+    auto installer = install();
+    const auto running = [&] { return installer->findChildren<nk::Request *>().size(); };
+    QCOMPARE(running(), 2);
+    if (answered >= 0)
+        QTRY_COMPARE(m_server->requestCount(), 2);
+    if (answered == 2)
+        QTRY_VERIFY(installer->findChild<QFutureWatcherBase *>() || installer->isFinished());
+    else
+        QTRY_COMPARE(running(), 2 - qMax(0, answered));
+    installer.reset();
+    QTRY_COMPARE(m_server->heldCount(), 0);
+    QThreadPool::globalInstance()->waitForDone();
+    QCOMPARE(storedFiles().size(), answered == 2 ? 2 : 0);
+    QCOMPARE(m_location.directory(false).exists(), answered == 2);
+
+    const auto again = install();
+    m_server->setHandler([](const HttpTestRequest &request) {
+        return HttpTestAnswer::ok(
+            request.target.endsWith(rawDigest("alpha").toHex()) ? "alpha" : "beta");
+    });
+    QTRY_COMPARE(again->status(), PackageInstaller::Succeeded);
+}
+
+void PackageServerInstallerTest::destroyedByItsOwnNews()
+{
+    serve("a", "alpha");
+    auto installer = install();
+    connect(installer.get(), &PackageInstaller::statusChanged, this, [&] { installer.reset(); });
+    QTRY_VERIFY(!installer);
+    QVERIFY(m_location.contains("a"));
+}
+
+void PackageServerInstallerTest::serviceDiesOnTheWay()
+{
+    serve("a", "alpha", HttpTestAnswer::silence());
+    const auto installer = install();
+    QTRY_COMPARE(m_server->heldCount(), 1);
+    m_service.reset();
+    m_server->answerHeld(HttpTestAnswer::ok("alpha"));
+    QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
+}
+
+void PackageServerInstallerTest::manySmallFiles()
+{
+    const int count = 2000;
+    for (int i = 0; i < count; ++i)
+        serve(QString("file %1").arg(i), numberedContent(i, 100));
+    // As many open files as systems give a process to begin with.
+    rlimit previous{};
+    QCOMPARE(::getrlimit(RLIMIT_NOFILE, &previous), 0);
+    const rlimit usual{1024, previous.rlim_max};
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &usual), 0);
+    const auto installer = install();
+    QTRY_COMPARE_WITH_TIMEOUT(installer->status(), PackageInstaller::Succeeded, 120000);
+    ::setrlimit(RLIMIT_NOFILE, &previous);
+    QCOMPARE(entries(m_location.directory(false)).size(), count);
+    QCOMPARE(readFile(m_location.pathToFile("file 1999")), numberedContent(1999, 100));
+    QCOMPARE(m_manager.findChildren<nk::Request *>().size(), 0);
+}
+
+QTEST_GUILESS_MAIN(PackageServerInstallerTest)
+
+#include "tst_packageserverinstaller.moc"
