@@ -5,9 +5,9 @@
 
 #include "index/indexlogging.h"
 #include "index/packageindex_p.h"
+#include "install/closingdown.h"
 #include "repository/packagesource.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QLocale>
 #include <QSet>
@@ -66,7 +66,7 @@ void PackageIndex::build()
         buildGraph(i);
     // The application waits for its thread pool when it quits: a build that nobody will see any
     // more gets out of the way, and leaves no directory behind.
-    if (QCoreApplication::closingDown())
+    if (isClosingDown())
         return;
     d->finishTables();
     d->installLocation = InstallLocation::createRoot();

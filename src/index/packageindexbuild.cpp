@@ -6,8 +6,8 @@
 #include "index/keywordnodes.h"
 #include "index/packageindex.h"
 #include "index/packageindex_p.h"
+#include "install/closingdown.h"
 
-#include <QCoreApplication>
 
 namespace nk::pm {
 
@@ -35,7 +35,7 @@ std::unique_ptr<PackageIndexNode> makeKeywordNode(const KeywordInfo &info, Packa
 /// Whether the application is on its way out; both passes end at the next record then.
 bool isGivenUp()
 {
-    return QCoreApplication::closingDown();
+    return isClosingDown();
 }
 
 } // namespace

@@ -3,7 +3,8 @@
 
 #include "install/filecopy.h"
 
-#include <QCoreApplication>
+#include "install/closingdown.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -56,7 +57,7 @@ bool copyContent(QFile &source, QFile &target)
     qint64 copied = 0;
     qint64 count = 0;
     while ((count = source.read(block.data(), block.size())) > 0) {
-        if (QCoreApplication::closingDown() || target.write(block.constData(), count) != count)
+        if (isClosingDown() || target.write(block.constData(), count) != count)
             return false;
         copied += count;
     }

@@ -3,7 +3,8 @@
 
 #include "install/localpackageinstaller.h"
 
-#include <QCoreApplication>
+#include "install/closingdown.h"
+
 #include <QDirIterator>
 #include <QFutureWatcher>
 #include <QtConcurrent>
@@ -18,7 +19,7 @@ QList<InstallError> installFiles(const QDir &source, const InstallLocation &loca
 {
     QList<InstallError> errors;
     QDirIterator files(source);
-    while (files.hasNext() && !QCoreApplication::closingDown()) {
+    while (files.hasNext() && !isClosingDown()) {
         const QString path = files.next();
         if (files.fileName() == QLatin1String("manifest.json"))
             continue;

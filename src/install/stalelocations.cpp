@@ -3,9 +3,9 @@
 
 #include "install/stalelocations.h"
 
+#include "install/closingdown.h"
 #include "install/logging.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QLockFile>
@@ -61,7 +61,7 @@ void sweepLocations(const QString &parent, const QDateTime &now)
     const QFileInfoList entries =
         QDir(parent).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted);
     for (const QFileInfo &entry : entries) {
-        if (QCoreApplication::closingDown())
+        if (isClosingDown())
             return;
         // What a link in here leads to is not ours to remove.
         if (!entry.isSymLink() && isOld(entry, now))

@@ -4,6 +4,7 @@
 #include "repository/packagerepository.h"
 
 #include "index/packageindex.h"
+#include "install/closingdown.h"
 #include "repository/packagerepository_p.h"
 #include "repository/packagesource.h"
 
@@ -33,6 +34,7 @@ PackageRepository::PackageRepository(SourcePersistencePolicy policy, QObject *pa
           QDeadlineTimer(Qt::CoarseTimer),
           {}})
 {
+    waitForPoolAtExit();
     connect(
         d->watcher, &PackageRepositoryPrivate::IndexWatcher::finished, this,
         &PackageRepository::finishUpdate);

@@ -3,13 +3,13 @@
 
 #include "sources/localpackagescan.h"
 
-#include <QCoreApplication>
+#include "install/closingdown.h"
+
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
-#include <optional>
 
 namespace nk::pm {
 
@@ -58,7 +58,7 @@ private:
 std::vector<LocalPackageEntry> PackageScan::run(const QString &top)
 {
     enter({QFileInfo(top).canonicalFilePath(), QString(), -1});
-    while (!m_left.empty() && !QCoreApplication::closingDown()) {
+    while (!m_left.empty() && !isClosingDown()) {
         const Candidate candidate = std::move(m_left.back());
         m_left.pop_back();
         lookAt(candidate);

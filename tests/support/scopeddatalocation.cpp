@@ -8,17 +8,21 @@
 
 namespace nk::pm::test {
 
+QString ScopedDataLocation::s_current;
+
 ScopedDataLocation::ScopedDataLocation()
 {
     Q_ASSERT(m_directory.isValid());
-    nk::Locations::setDataLocation(m_directory.path());
+    s_current = m_directory.path();
+    nk::Locations::setDataLocation(s_current);
 }
 
 ScopedDataLocation::~ScopedDataLocation()
 {
     // Pool tasks of the test (sweeps, copies) still work in the directory.
     QThreadPool::globalInstance()->waitForDone();
-    nk::Locations::setDataLocation(QString());
+    s_current = m_outer;
+    nk::Locations::setDataLocation(s_current);
 }
 
 } // namespace nk::pm::test

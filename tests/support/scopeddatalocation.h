@@ -8,7 +8,7 @@
 namespace nk::pm::test {
 
 /// An empty data directory for one test: Locations::dataLocation() points at it for the scope's
-/// life.
+/// life, then at that of the scope around it.
 class ScopedDataLocation
 {
 public:
@@ -20,6 +20,8 @@ public:
 
 private:
     Q_DISABLE_COPY(ScopedDataLocation)
+    static QString s_current;
+    const QString m_outer = s_current;
     QTemporaryDir m_directory;
 };
 
