@@ -10,6 +10,7 @@
 #include <QTcpSocket>
 #include <QTimerEvent>
 
+#include <algorithm>
 #include <chrono>
 
 namespace nk::pm {
@@ -19,6 +20,7 @@ namespace {
 // All in bytes.
 constexpr int maxLineSize = 4096; // with the zero that QIODevice counts in
 constexpr int readBufferSize = 64 * 1024;
+constexpr int smallFileSize = 16 * 1024;
 constexpr int pieceSize = 128 * 1024;
 /// With less than this in its buffer the socket gets the next piece.
 constexpr int lowWater = 128 * 1024;
@@ -185,21 +187,26 @@ void FileProxyConnection::readHeaderLine(const QByteArray &line)
     Q_EMIT fileRequested(QUrl(QString::fromLatin1(requestTarget()), QUrl::TolerantMode));
 }
 
+/// A small file is read and closed at once; of a larger one the beginning, for its type.
 void FileProxyConnection::sendFile(const QString &filePath)
 {
+    const bool wantsBody = m_request.method() == HttpRequest::Get;
     auto file = std::make_unique<QFile>(filePath);
-    QByteArray start;
-    if (file->open(QIODevice::ReadOnly))
-        start = file->peek(contentTypeBytes);
+    const bool isOpen = file->open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     const qint64 size = file->size();
+    QByteArray start;
+    if (isOpen)
+        start = file->read(std::min<qint64>(size, wantsBody ? smallFileSize : contentTypeBytes));
     const QByteArray head = responseHead(
-        Ok, {{"Content-Type", contentType(start)},
+        Ok, {{"Content-Type", contentType(start.left(contentTypeBytes))},
              {"Connection", "keep-alive"},
              {"Content-Length", QByteArray::number(size)}});
-    if (m_request.method() == HttpRequest::Get)
-        m_output.append(head, std::move(file), size);
-    else
+    if (!wantsBody)
         m_output.append(head);
+    else if (start.size() == size)
+        m_output.append(head + start);
+    else
+        m_output.append(head + start, std::move(file), size - start.size());
     m_state = ReadingRequestLine;
 }
 

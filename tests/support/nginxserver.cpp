@@ -56,6 +56,7 @@ http {
         ssl_certificate_key server.key;
         location / { }
         location /gzip/ { alias root/; gzip on; gzip_types *; gzip_min_length 1; }
+        location /quiet/ { alias root/; access_log off; }
         location /slow/ { alias root/; limit_rate 64k; limit_rate_after 64k; }
         location /closing/ { alias root/; keepalive_timeout 0; }
         location /busy/ { return 503; }

@@ -15,6 +15,7 @@ namespace nk::pm::test {
 ///
 ///   /...           plain, with persistent connections and range requests
 ///   /gzip/...      packed for every client that says it takes gzip
+///   /quiet/...     plain, without a line in the log: requestCount() stays as it is
 ///   /slow/...      64 KiB a second after the first 64 KiB
 ///   /closing/...   one connection for each request
 ///   /busy/...      503
@@ -39,6 +40,8 @@ public:
     QUrl tlsUrl(const QString &path) const;
     /// Trusts the server's authority, and no other.
     QSslConfiguration trust() const;
+
+    qint64 processId() const { return m_process.processId(); }
 
     /// How many requests have finished, successful or not.
     int requestCount() const;
