@@ -7,8 +7,7 @@
 //
 //   bench_fileproxy [rounds [seconds a round]]
 
-#include "proxy/fileproxyserver.h"
-#include "proxy/ifileproxy.h"
+#include "support/directoryproxy.h"
 #include "support/nginxserver.h"
 
 #include <QCoreApplication>
@@ -25,41 +24,12 @@
 #include <algorithm>
 #include <cstdio>
 
-using nk::pm::FileProxyServer;
-using nk::pm::IFileProxy;
+using nk::pm::test::DirectoryProxy;
 using nk::pm::test::NginxServer;
 
 namespace {
 
 constexpr int fileCount = 64; // different files, as a page of a catalogue shows
-
-/// Answers at once with the files of a directory.
-class DirectoryProxy : public IFileProxy
-{
-public:
-    explicit DirectoryProxy(const QString &directory)
-        : m_directory(directory)
-        , m_token(m_server->addProxy(this))
-    {}
-
-    void requestFile(const QUrl &url) override
-    {
-        m_server->respond(m_token, url, 200, m_directory + QLatin1Char('/') + url.path());
-    }
-
-    /// By address, so that both servers are spared the client's look-up of a name.
-    QUrl url() const
-    {
-        QUrl url = m_server->proxyUrl(m_token, QUrl());
-        url.setHost(QStringLiteral("127.0.0.1"));
-        return url;
-    }
-
-private:
-    const QString m_directory;
-    const QSharedPointer<FileProxyServer> m_server = FileProxyServer::instance();
-    const QString m_token;
-};
 
 QByteArray randomBytes(int size)
 {
@@ -152,6 +122,9 @@ int main(int argc, char **argv)
 
     NginxServer nginx;
     DirectoryProxy proxy(nginx.root());
+    // By address, so that wrk is spared the look-up of a name here too.
+    QUrl proxyUrl = proxy.url(QString());
+    proxyUrl.setHost(QStringLiteral("127.0.0.1"));
     std::printf("                requests a second          microseconds of processor a request\n");
     std::printf("    file     nginx     proxy   ratio        nginx     proxy   ratio\n");
     for (const int size : {4 * 1024, 1024 * 1024}) {
@@ -163,7 +136,7 @@ int main(int argc, char **argv)
         for (int i = 0; i < rounds; ++i) {
             nginxRounds +=
                 measure(nginx.processId(), nginx.url(QStringLiteral("/quiet/")), prefix, seconds);
-            proxyRounds += measure(application.applicationPid(), proxy.url(), prefix, seconds);
+            proxyRounds += measure(application.applicationPid(), proxyUrl, prefix, seconds);
         }
         std::printf("%4d KiB", size / 1024);
         for (const auto field : {&Round::rate, &Round::cost}) {

@@ -1,0 +1,292 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "support/directoryproxy.h"
+#include "support/testfiles.h"
+
+#include <QDir>
+#include <QImage>
+#include <QProcess>
+#include <QQuickItem>
+#include <QQuickItemGrabResult>
+#include <QQuickView>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using nk::pm::test::DirectoryProxy;
+using nk::pm::test::readFile;
+using nk::pm::test::writeFile;
+
+namespace {
+
+constexpr int patience = 120000; // ms
+
+struct Finished
+{
+    int exitCode = -1;
+    QString output;
+    QString errors;
+};
+
+/// Runs a client to its end, with the proxy serving it on this thread.
+Finished run(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    if (!QTest::qWaitFor([&] { return process.state() == QProcess::NotRunning; }, patience))
+        process.kill();
+    process.waitForFinished();
+    return {
+        process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+        QString::fromUtf8(process.readAllStandardOutput()),
+        QString::fromUtf8(process.readAllStandardError())};
+}
+
+bool isInstalled(const QString &program)
+{
+    return !QStandardPaths::findExecutable(program).isEmpty();
+}
+
+} // namespace
+
+/// Programs that weren't made for the proxy, against it.
+class TestFileProxyClients : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void curlKeepsItsConnection();
+    void curlAsksForTheHead();
+    void curlIsRefused_data();
+    void curlIsRefused();
+    void curlOpensANewConnectionAfterAnError();
+    void twoHundredConnectionsAtOnce();
+    void wrkFindsNoFault();
+    void quickImages();
+
+private:
+    QString addFile(const QString &name, const QByteArray &content) const;
+    QStringList get(const QString &name) const;
+
+    QScopedPointer<QTemporaryDir> m_directory;
+    QScopedPointer<DirectoryProxy> m_proxy;
+};
+
+void TestFileProxyClients::init()
+{
+    m_directory.reset(new QTemporaryDir);
+    QVERIFY(QDir(m_directory->path()).mkdir("served"));
+    m_proxy.reset(new DirectoryProxy(m_directory->filePath("served")));
+}
+
+void TestFileProxyClients::cleanup()
+{
+    if (m_proxy)
+        QTRY_COMPARE(m_proxy->server()->findChildren<QTcpSocket *>().size(), 0);
+    m_proxy.reset();
+}
+
+QString TestFileProxyClients::addFile(const QString &name, const QByteArray &content) const
+{
+    const QString path = m_directory->filePath("served/" + name);
+    writeFile(path, content);
+    return path;
+}
+
+/// The arguments with which curl fetches the file \a name into a file "got-" and that name.
+QStringList TestFileProxyClients::get(const QString &name) const
+{
+    return {m_proxy->url(name).toString(), "-o", m_directory->filePath("got-" + name)};
+}
+
+void TestFileProxyClients::curlKeepsItsConnection()
+{
+    if (!isInstalled("curl"))
+        QSKIP("curl isn't installed");
+    QStringList arguments{
+        "--silent", "--show-error", "--write-out", "%{http_code} %{num_connects}\n"};
+    const QByteArray large(3 * 1024 * 1024 + 1, 'l');
+    addFile("large", large);
+    addFile("small", "small\n");
+    addFile("empty", "");
+    for (const char *name : {"large", "small", "empty", "small"})
+        arguments += get(name);
+    const Finished curl = run("curl", arguments);
+    QCOMPARE(curl.errors, QString());
+    QCOMPARE(curl.output, QString("200 1\n200 0\n200 0\n200 0\n"));
+    QVERIFY(readFile(m_directory->filePath("got-large")) == large);
+    QCOMPARE(readFile(m_directory->filePath("got-small")), QByteArray("small\n"));
+    QCOMPARE(readFile(m_directory->filePath("got-empty")), QByteArray(""));
+}
+
+void TestFileProxyClients::curlAsksForTheHead()
+{
+    if (!isInstalled("curl"))
+        QSKIP("curl isn't installed");
+    addFile("text", QByteArray(100000, 't'));
+    const QStringList head{"--head", "--silent", "--show-error", m_proxy->url("text").toString()};
+    const Finished curl = run("curl", head + head); // the second on the same connection
+    QCOMPARE(curl.exitCode, 0);
+    QCOMPARE(
+        curl.output,
+        QString("HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nConnection: keep-alive\r\n"
+                "Content-Length: 100000\r\n\r\n")
+            .repeated(2));
+}
+
+void TestFileProxyClients::curlIsRefused_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("answer");
+    QTest::newRow("old version") << QStringList{"--http1.0"} << "text"
+                                 << "Bad Request 400";
+    QTest::newRow("post") << QStringList{"--data", "x=1"} << "text"
+                          << "Method Not Allowed 405";
+    QTest::newRow("large post") << QStringList{"--data-binary", "@%1"} << "text"
+                                << "Method Not Allowed 405";
+    QTest::newRow("delete") << QStringList{"--request", "DELETE"} << "text"
+                            << "Method Not Allowed 405";
+    QTest::newRow("missing file") << QStringList() << "missing"
+                                  << "Not Found 404";
+    QTest::newRow("range") << QStringList{"--range", "1-2"} << "text"
+                           << "text 200";
+}
+
+void TestFileProxyClients::curlIsRefused()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QString, name);
+    if (!isInstalled("curl"))
+        QSKIP("curl isn't installed");
+    addFile("text", "text");
+    options.replaceInStrings("%1", addFile("post", QByteArray(8 * 1024 * 1024, 'p')));
+    const Finished curl =
+        run("curl", options
+                        + QStringList{
+                            "--silent", "--show-error", "--header", "Expect:", "--write-out",
+                            " %{http_code}", m_proxy->url(name).toString()});
+    QTEST(curl.output, "answer");
+}
+
+void TestFileProxyClients::curlOpensANewConnectionAfterAnError()
+{
+    if (!isInstalled("curl"))
+        QSKIP("curl isn't installed");
+    addFile("text", "text\n");
+    const QString missing = m_proxy->url("missing").toString();
+    const QString text = m_proxy->url("text").toString();
+    const Finished curl =
+        run("curl", {"--silent", "--write-out", " %{http_code} %{num_connects}\n", missing, text,
+                     text, text});
+    QCOMPARE(
+        curl.output, QString("Not Found 404 1\nBad Request 400 0\ntext\n 200 1\ntext\n 200 0\n"));
+}
+
+void TestFileProxyClients::twoHundredConnectionsAtOnce()
+{
+    if (!isInstalled("curl"))
+        QSKIP("curl isn't installed");
+    const int count = 200;
+    QByteArray config;
+    for (int i = 0; i < count; ++i) {
+        const QString name = QString::number(i);
+        addFile(name, name.toLatin1().repeated(1000 * (i % 50)));
+        config += "url = \"" + m_proxy->url(name).toEncoded() + "\"\noutput = \""
+                  + m_directory->filePath("got-" + name).toUtf8() + "\"\n";
+    }
+    writeFile(m_directory->filePath("config"), config);
+
+    m_proxy->hold();
+    QProcess curl;
+    curl.start(
+        "curl",
+        {"--silent", "--show-error", "--fail", "--parallel", "--parallel-immediate",
+         "--parallel-max", QString::number(count), "--config", m_directory->filePath("config")});
+    // All of them have asked and none is answered: that takes a connection for each.
+    QTRY_COMPARE_WITH_TIMEOUT(m_proxy->heldCount(), count, patience);
+    m_proxy->release();
+    QTRY_COMPARE_WITH_TIMEOUT(curl.state(), QProcess::NotRunning, patience);
+    QCOMPARE(curl.exitCode(), 0);
+    for (int i = 0; i < count; ++i) {
+        const QByteArray content = QByteArray::number(i).repeated(1000 * (i % 50));
+        QVERIFY(readFile(m_directory->filePath(QString("got-%1").arg(i))) == content);
+    }
+}
+
+void TestFileProxyClients::wrkFindsNoFault()
+{
+    if (!isInstalled("wrk"))
+        QSKIP("wrk isn't installed");
+    addFile("page", QByteArray(20000, 'p'));
+    const Finished wrk =
+        run("wrk", {"-t1", "-c50", "-d1s", "--timeout", "60s", m_proxy->url("page").toString()});
+    QCOMPARE(wrk.exitCode, 0);
+    QVERIFY2(!wrk.output.contains("Non-2xx"), qPrintable(wrk.output));
+    QVERIFY2(!wrk.output.contains("Socket errors"), qPrintable(wrk.output));
+    QVERIFY(m_proxy->requestCount() >= 50);
+}
+
+void TestFileProxyClients::quickImages()
+{
+    // More images than a client opens connections, each of a colour of its own.
+    const int count = 16;
+    QVariantList urls;
+    for (int i = 0; i < count; ++i) {
+        QImage image(10, 10, QImage::Format_RGB32);
+        image.fill(QColor(i * 16, 255 - i * 16, 128));
+        const QString name = QString("%1.png").arg(i);
+        addFile(name, QByteArray());
+        QVERIFY(image.save(m_directory->filePath("served/" + name)));
+        urls += m_proxy->url(name);
+    }
+    writeFile(
+        m_directory->filePath("view.qml"), "import QtQuick 2.15\n"
+                                           "Row {\n"
+                                           "    property int ready: 0\n"
+                                           "    property var urls: []\n"
+                                           "    Repeater {\n"
+                                           "        model: urls\n"
+                                           "        Image { cache: false; source: modelData; "
+                                           "onStatusChanged: if (status == Image.Ready) ++ready }\n"
+                                           "    }\n"
+                                           "}\n");
+    m_proxy->hold();
+    QQuickView view(QUrl::fromLocalFile(m_directory->filePath("view.qml")));
+    QVERIFY2(view.rootObject(), "the QML modules aren't installed");
+    view.resize(10 * count, 10);
+    view.rootObject()->setProperty("urls", urls);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    QTRY_VERIFY(m_proxy->heldCount() > 1); // answered together, late
+    m_proxy->release();
+    QTRY_COMPARE(view.rootObject()->property("ready").toInt(), count);
+
+    const QSharedPointer<QQuickItemGrabResult> grab = view.rootObject()->grabToImage();
+    QVERIFY(grab);
+    QTRY_VERIFY(!grab->image().isNull());
+    const QImage shown = grab->image();
+    for (int i = 0; i < count; ++i)
+        QCOMPARE(shown.pixelColor(10 * i + 5, 5), QColor(i * 16, 255 - i * 16, 128));
+
+    // The software renderer frees the textures of removed items only with the next frame.
+    QSignalSpy frameSpy(&view, &QQuickWindow::frameSwapped);
+    view.rootObject()->setProperty("urls", QVariantList());
+    QVERIFY(frameSpy.wait(patience));
+}
+
+int main(int argc, char **argv)
+{
+    // Not "offscreen", which never frees its screen.
+    qputenv("QT_QPA_PLATFORM", "minimal");
+    qputenv("QT_QUICK_BACKEND", "software");
+    const QGuiApplication application(argc, argv);
+    TestFileProxyClients test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_fileproxyclients.moc"
