@@ -1,0 +1,77 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "index/packageindex.h"
+#include "query/sortbyintegerfield.h"
+#include "support/memorysource.h"
+#include "support/scopeddatalocation.h"
+
+#include <QtTest>
+
+using namespace nk::pm;
+using namespace nk::pm::test;
+
+class TestSorters : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void sortByIntegerField_data();
+    void sortByIntegerField();
+    void emptyNameSortsNothing();
+    void renamingAsksForNoUpdate();
+};
+
+void TestSorters::sortByIntegerField_data()
+{
+    QTest::addColumn<QJsonArray>("values"); // of the packages p0, p1, ..., undefined if "-"
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("as numbers, not as texts") << QJsonArray{2, 10, 1} << "p2 p0 p1";
+    QTest::newRow("negative before missing") << QJsonArray{"-", 1, -1} << "p2 p0 p1";
+    QTest::newRow("texts and fractions count as 0") << QJsonArray{1, "7", 2.5, -1} << "p3 p1 p2 p0";
+    QTest::newRow("equal ones keep the index's order")
+        << QJsonArray{5, 0, "-", 5, 0} << "p1 p2 p4 p0 p3";
+    QTest::newRow("beyond an int") << QJsonArray{1, 3e9, -1} << "p2 p1 p0";
+}
+
+void TestSorters::sortByIntegerField()
+{
+    QFETCH(QJsonArray, values);
+    MemoryCatalogue catalogue;
+    for (int i = 0; i < values.size(); ++i) {
+        const QJsonObject manifest =
+            values.at(i) == "-" ? QJsonObject() : QJsonObject{{"rank", values.at(i)}};
+        catalogue.package(QString("p%1").arg(i), "t", manifest);
+    }
+    ScopedDataLocation location;
+    SortByIntegerField sorter;
+    sorter.setName("rank");
+    const auto sort = sorter.sortFunction();
+    sorter.setName("other"); // the function has its own copy
+    const PackageList list = PackageIndex::selectPackages(buildIndex(catalogue), "t", {}, sort);
+    QStringList ids;
+    for (int i = 0; i < list.size(); ++i)
+        ids.append(list.id(i));
+    QTEST(ids.join(' '), "expected");
+}
+
+void TestSorters::emptyNameSortsNothing()
+{
+    SortByIntegerField sorter;
+    QVERIFY(!sorter.sortFunction());
+}
+
+void TestSorters::renamingAsksForNoUpdate()
+{
+    SortByIntegerField sorter;
+    QSignalSpy named(&sorter, &SortByField::nameChanged);
+    QSignalSpy updates(&sorter, &PackageSorter::updateRequested);
+    sorter.setName("rank");
+    sorter.setName("rank");
+    QCOMPARE(named.count(), 1);
+    QCOMPARE(updates.count(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestSorters)
+#include "tst_sorters.moc"
