@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
-// A CouchDB-compatible (PouchDB) server in memory, on a loopback port that the kernel chooses.
+// A CouchDB-compatible (PouchDB) server in memory, on a loopback port.
 // Prints one line of JSON with its URL once it listens; ends with SIGTERM or when its standard input
 // closes, so that it never outlives the test that started it.
 
@@ -22,6 +22,8 @@ const { values: options } = parseArgs({
         views: { type: 'string', default: 'strong' },
         // "user:password": everything else gets 401.
         auth: { type: 'string' },
+        // 0 lets the kernel choose.
+        port: { type: 'string', default: '0' },
     },
 });
 
@@ -75,7 +77,7 @@ if (likeCouchDB)
     app.use(answerViewsAsCouchDB);
 app.use(pouchApp);
 
-const server = app.listen(0, '127.0.0.1', () => {
+const server = app.listen(Number(options.port), '127.0.0.1', () => {
     const url = `http://127.0.0.1:${server.address().port}/`;
     process.stdout.write(`${JSON.stringify({ url })}\n`);
 });

@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "sources/couchdbpackageaccessor.h"
+
+#include "index/keywordtypes.h"
+#include "index/linktypes.h"
+#include "install/couchdbpackageinstaller.h"
+#include "install/filestore.h"
+#include "sources/keywordjson.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QNetworkAccessManager>
+
+namespace nk::pm {
+
+namespace {
+
+// Documents of all kinds share one space of "_id"s: the first characters tell the kind, such as
+// "package:", and aren't part of the identifier.
+constexpr int documentPrefixLength = 8;
+
+QString identifier(const QJsonObject &document)
+{
+    return document.value(QLatin1String("_id")).toString().mid(documentPrefixLength);
+}
+
+QString text(const QJsonObject &document, const char *key)
+{
+    return document.value(QLatin1String(key)).toString();
+}
+
+} // namespace
+
+CouchDBPackageAccessor::CouchDBPackageAccessor(
+    const QString &path, const QUrl &url, QNetworkAccessManager *manager)
+    : m_url(url)
+    , m_path(path)
+    , m_networkManager(manager)
+    , m_fileStore(FileStore::instance())
+{}
+
+CouchDBPackageAccessor::~CouchDBPackageAccessor() = default;
+
+void CouchDBPackageAccessor::load()
+{
+    QFile file(m_path);
+    if (!m_path.isEmpty() && file.open(QIODevice::ReadOnly))
+        m_root = QJsonDocument::fromJson(file.read(maximumResponseSize)).object();
+
+    const QJsonArray rows = m_root.value(QLatin1String("rows")).toArray();
+    for (const QJsonValue &row : rows) {
+        const QJsonObject object = row.toObject();
+        const QString kind = object.value(QLatin1String("key")).toArray().at(0).toString();
+        const int position = m_documents.size();
+        m_documents.append(object.value(QLatin1String("value")).toObject());
+        if (kind == QLatin1String("package"))
+            m_packages.append(position);
+        else if (kind == QLatin1String("keyword"))
+            m_keywords.append(position);
+        else
+            m_links.append(position);
+    }
+}
+
+int CouchDBPackageAccessor::packageCount() const
+{
+    return m_packages.size();
+}
+
+PackageInfo CouchDBPackageAccessor::packageInfo(int index) const
+{
+    const QJsonObject &document = m_documents.at(m_packages.at(index));
+    return {identifier(document), text(document, "packageType"), text(document, "_rev")};
+}
+
+QJsonObject CouchDBPackageAccessor::manifest(int index) const
+{
+    return m_documents.at(m_packages.at(index)).value(QLatin1String("manifest")).toObject();
+}
+
+QUrl CouchDBPackageAccessor::fileUrl(int index, const QString &fileName) const
+{
+    const QString documentId = text(m_documents.at(m_packages.at(index)), "_id");
+    return QUrl(
+        m_url.toString() + QStringLiteral("/%1/%2").arg(documentId, fileName), QUrl::TolerantMode);
+}
+
+std::unique_ptr<PackageInstaller> CouchDBPackageAccessor::createInstaller(
+    int index, const InstallLocation &location) const
+{
+    const QJsonObject &document = m_documents.at(m_packages.at(index));
+    const QUrl documentUrl(m_url.toString() + QStringLiteral("/%1/").arg(text(document, "_id")));
+    return std::make_unique<CouchDBPackageInstaller>(
+        documentUrl, m_networkManager.data(), document, m_fileStore, location);
+}
+
+int CouchDBPackageAccessor::keywordCount() const
+{
+    return m_keywords.size();
+}
+
+KeywordInfo CouchDBPackageAccessor::keywordInfo(int index) const
+{
+    const QJsonObject &document = m_documents.at(m_keywords.at(index));
+    KeywordInfo info;
+    info.id = identifier(document);
+    info.type = int(keywordTypeFromString(text(document, "keywordType")));
+    info.strings = keywordStrings(info.type, document);
+    return info;
+}
+
+QStringList CouchDBPackageAccessor::languages() const
+{
+    return {QStringLiteral("de"), QStringLiteral("en")};
+}
+
+int CouchDBPackageAccessor::linkCount() const
+{
+    return m_links.size();
+}
+
+LinkInfo CouchDBPackageAccessor::linkInfo(int index) const
+{
+    const QJsonObject &document = m_documents.at(m_links.at(index));
+    LinkInfo info;
+    info.from = text(document, "from");
+    info.to = text(document, "to");
+    info.type = linkTypeFromString(text(document, "linkType"));
+    return info;
+}
+
+} // namespace nk::pm

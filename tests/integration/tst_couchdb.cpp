@@ -1,0 +1,299 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "index/packageindex.h"
+#include "references/packagereference.h"
+#include "repository/packageaccessor.h"
+#include "repository/packagerepository.h"
+#include "sources/couchdbpackagesource.h"
+#include "support/couchdbserver.h"
+#include "support/httptestserver.h"
+#include "support/scopeddatalocation.h"
+
+#include <QNetworkAccessManager>
+#include <QSignalSpy>
+#include <QtTest>
+
+using namespace nk::pm;
+using nk::pm::test::CouchDBServer;
+using nk::pm::test::HttpTestAnswer;
+using nk::pm::test::HttpTestRequest;
+using nk::pm::test::HttpTestServer;
+using nk::pm::test::ScopedDataLocation;
+
+namespace {
+
+constexpr int patience = 60000; // milliseconds; the machine may be busy
+
+QStringList packages(const PackageRepository &repository)
+{
+    QStringList ids;
+    const auto list = PackageIndex::selectPackages(repository.packageIndex(), {}, {}, {});
+    for (int i = 0; i < list.size(); ++i)
+        ids << list[i]->id().toString();
+    ids.sort();
+    return ids;
+}
+
+QByteArray contentOf(const QUrl &url)
+{
+    QFile file(url.toLocalFile());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QJsonObject packageDocument(const QString &type)
+{
+    return {{"packageType", type}, {"manifest", QJsonObject{{"name", "A name"}}}};
+}
+
+/// An application in small: a data directory, a network manager, a repository with one source.
+struct Application
+{
+    explicit Application(const QUrl &url, bool contentTags = false)
+        : source(url, &manager)
+        , repository(PackageRepository::PersistSources)
+        , changes(&repository, &PackageRepository::packageIndexChanged)
+    {
+        source.setContentTags(contentTags);
+        repository.addSource(&source);
+    }
+    ~Application() { repository.removeSource(&source); }
+
+    bool waitForPackages(const QStringList &expected)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (packages(repository) != expected && timer.elapsed() < patience)
+            changes.wait(100);
+        return packages(repository) == expected;
+    }
+
+    /// Polls, and waits for the answer.
+    void poll()
+    {
+        source.update();
+        const QList<QObject *> requests = source.children();
+        QSignalSpy ended(requests.last(), &QObject::destroyed);
+        QVERIFY(ended.wait(patience));
+    }
+
+    bool waitForStatus(PackageReference *reference, PackageReference::Status status)
+    {
+        return QTest::qWaitFor([&] { return reference->status() == status; }, patience);
+    }
+
+    QNetworkAccessManager manager;
+    CouchDBPackageSource source;
+    PackageRepository repository;
+    QSignalSpy changes;
+};
+
+} // namespace
+
+class TestCouchDB : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void followsTheDatabase();
+    void installsAttachments();
+    void startsWithoutServer();
+    void answersWithoutETag_data();
+    void answersWithoutETag();
+    void weakETagIsNotPersisted();
+    void viewAboveTheLimitIsEmpty();
+    void needsCredentials();
+    void wrongDigestIsReported();
+};
+
+void TestCouchDB::followsTheDatabase()
+{
+    ScopedDataLocation data;
+    CouchDBServer server(CouchDBServer::StrongETag);
+    QVERIFY(server.isRunning());
+    QCOMPARE(server.createDatabase(), 201);
+    QCOMPARE(server.putDocument("package:table", packageDocument("furniture:table")), 201);
+    QCOMPARE(
+        server.putDocument(
+            "keyword:wood",
+            {{"keywordType", "noun"},
+             {"strings", QJsonObject{{"en", QJsonArray{QJsonObject{{"sg", "wood"}}}}}}}),
+        201);
+    QCOMPARE(
+        server.putDocument("link:1", {{"from", "table"}, {"to", "wood"}, {"linkType", "contains"}}),
+        201);
+
+    Application application(server.databaseUrl());
+    QVERIFY(application.waitForPackages({"table"}));
+    const QString id("table");
+    const PackageNode *table = application.repository.packageIndex()->getPackage(QStringRef(&id));
+    QCOMPARE(table->keywords().size(), 1);
+    QVERIFY(table->revision().startsWith(QString("1-")));
+
+    const int before = application.changes.count();
+    application.poll(); // nothing new: a 304
+    QCOMPARE(server.putDocument("package:chair", packageDocument("furniture:chair")), 201);
+    application.poll();
+    QVERIFY(application.waitForPackages({"chair", "table"}));
+    QCOMPARE(application.changes.count(), before + 1);
+
+    QCOMPARE(server.removeDocument("package:table"), 200);
+    application.poll();
+    QVERIFY(application.waitForPackages({"chair"}));
+}
+
+void TestCouchDB::installsAttachments()
+{
+    ScopedDataLocation data;
+    CouchDBServer server(CouchDBServer::StrongETag);
+    QCOMPARE(server.createDatabase(), 201);
+    QCOMPARE(server.putDocument("package:lamp", packageDocument("furniture:lamp")), 201);
+    QCOMPARE(server.putAttachment("package:lamp", "lamp.obj", "first shape"), 201);
+    QCOMPARE(server.putAttachment("package:lamp", "with blank.txt", "blank"), 201);
+    QCOMPARE(server.putAttachment("package:lamp", "empty.bin", QByteArray()), 201);
+
+    Application application(server.databaseUrl());
+    QVERIFY(application.waitForPackages({"lamp"}));
+    PackageReference *lamp = application.repository.packageReference("lamp");
+    QVERIFY(application.waitForStatus(lamp, PackageReference::Installed));
+    QCOMPARE(contentOf(lamp->fileUrl("lamp.obj")), QByteArray("first shape"));
+    QCOMPARE(contentOf(lamp->fileUrl("with blank.txt")), QByteArray("blank"));
+    QVERIFY(QFile::exists(lamp->fileUrl("empty.bin").toLocalFile()));
+
+    QCOMPARE(server.putAttachment("package:lamp", "lamp.obj", "second shape"), 201);
+    application.poll();
+    QVERIFY(QTest::qWaitFor(
+        [&] { return contentOf(lamp->fileUrl("lamp.obj")) == "second shape"; }, patience));
+}
+
+void TestCouchDB::startsWithoutServer()
+{
+    ScopedDataLocation data;
+    auto server = std::make_unique<CouchDBServer>(CouchDBServer::StrongETag);
+    QCOMPARE(server->createDatabase(), 201);
+    QCOMPARE(server->putDocument("package:a", packageDocument("x")), 201);
+    const QUrl url = server->databaseUrl();
+    {
+        Application application(url);
+        QVERIFY(application.waitForPackages({"a"}));
+    }
+    server.reset();
+
+    QTest::ignoreMessage(QtDebugMsg, "code 0");
+    Application application(url);
+    QVERIFY(application.waitForPackages({"a"}));
+    QTRY_VERIFY_WITH_TIMEOUT(application.source.children().isEmpty(), patience); // the poll failed
+
+    server = std::make_unique<CouchDBServer>(CouchDBServer::StrongETag, QString(), url.port());
+    QVERIFY(server->isRunning());
+    QCOMPARE(server->createDatabase(), 201);
+    QCOMPARE(server->putDocument("package:b", packageDocument("x")), 201);
+    application.poll();
+    QVERIFY(application.waitForPackages({"b"}));
+}
+
+void TestCouchDB::answersWithoutETag_data()
+{
+    QTest::addColumn<bool>("contentTags");
+
+    QTest::newRow("each poll is news") << false;
+    QTest::newRow("the content is the tag") << true;
+}
+
+void TestCouchDB::answersWithoutETag()
+{
+    QFETCH(bool, contentTags);
+    ScopedDataLocation data;
+    auto server = std::make_unique<CouchDBServer>(CouchDBServer::NoETag);
+    QCOMPARE(server->createDatabase(), 201);
+    QCOMPARE(server->putDocument("package:a", packageDocument("x")), 201);
+    const QUrl url = server->databaseUrl();
+    {
+        Application application(url, contentTags);
+        QVERIFY(application.waitForPackages({"a"}));
+        QSignalSpy news(&application.source, &PackageSource::updateRequired);
+        application.poll();
+        QCOMPARE(news.count(), contentTags ? 0 : 1);
+        QCOMPARE(server->putDocument("package:b", packageDocument("x")), 201);
+        application.poll();
+        QVERIFY(application.waitForPackages({"a", "b"}));
+    }
+    server.reset();
+
+    QTest::ignoreMessage(QtDebugMsg, "code 0");
+    Application offline(url, contentTags);
+    QVERIFY(offline.changes.wait(patience));
+    QCOMPARE(packages(offline.repository), contentTags ? QStringList({"a", "b"}) : QStringList());
+    QTRY_VERIFY_WITH_TIMEOUT(offline.source.children().isEmpty(), patience);
+}
+
+void TestCouchDB::weakETagIsNotPersisted()
+{
+    ScopedDataLocation data;
+    CouchDBServer server(CouchDBServer::WeakETag);
+    QCOMPARE(server.createDatabase(), 201);
+    QCOMPARE(server.putDocument("package:a", packageDocument("x")), 201);
+    Application application(server.databaseUrl());
+    QVERIFY(application.waitForPackages({"a"}));
+
+    QSignalSpy news(&application.source, &PackageSource::updateRequired);
+    application.poll();
+    QCOMPARE(news.count(), 0); // the weak tag earns its 304 all the same
+    CouchDBPackageSource restarted(server.databaseUrl(), nullptr);
+    const auto accessor = restarted.getAccessor();
+    accessor->load();
+    QCOMPARE(accessor->packageCount(), 0);
+}
+
+void TestCouchDB::viewAboveTheLimitIsEmpty()
+{
+    ScopedDataLocation data;
+    CouchDBServer server(CouchDBServer::StrongETag);
+    QCOMPARE(server.createDatabase(), 201);
+    QCOMPARE(server.putDocument("package:a", packageDocument("x")), 201);
+    Application application(server.databaseUrl());
+    QVERIFY(application.waitForPackages({"a"}));
+    QJsonObject large = packageDocument("x");
+    large.insert("manifest", QJsonObject{{"text", QString(5 * 1024 * 1024, 'x')}});
+    QCOMPARE(server.putDocument("package:large", large), 201);
+    application.poll();
+    QVERIFY(application.waitForPackages({}));
+}
+
+void TestCouchDB::needsCredentials()
+{
+    ScopedDataLocation data;
+    CouchDBServer server(CouchDBServer::StrongETag, "reader:secret");
+    QCOMPARE(server.createDatabase(), 201);
+    QCOMPARE(server.putDocument("package:a", packageDocument("x")), 201);
+    QCOMPARE(server.putAttachment("package:a", "a.bin", "content"), 201);
+    {
+        QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^code (401|0)$"));
+        Application stranger(server.databaseUrl());
+        QTRY_VERIFY_WITH_TIMEOUT(stranger.source.children().isEmpty(), patience);
+        QVERIFY(packages(stranger.repository).isEmpty());
+    }
+    Application reader(server.databaseUrl("reader:secret"));
+    QVERIFY(reader.waitForPackages({"a"}));
+    PackageReference *reference = reader.repository.packageReference("a");
+    QVERIFY(reader.waitForStatus(reference, PackageReference::Installed));
+}
+
+void TestCouchDB::wrongDigestIsReported()
+{
+    ScopedDataLocation data;
+    const QByteArray view = R"({"rows":[{"key":["package"],"value":{"_id":"package:a",
+        "packageType":"x","_attachments":{"a.bin":{"digest":"md5-XUFAKrxLKna5cZ2REBfFkg=="}}}}]})";
+    HttpTestServer server([view](const HttpTestRequest &request) {
+        return HttpTestAnswer::ok(request.target.contains("_view") ? view : "not hello");
+    });
+    Application application(server.url("/db"));
+    QVERIFY(application.waitForPackages({"a"}));
+    QTest::ignoreMessage(
+        QtCriticalMsg, QRegularExpression("^Package install error 2 .*\\(code 1\\)"));
+    PackageReference *reference = application.repository.packageReference("a");
+    QVERIFY(application.waitForStatus(reference, PackageReference::Incomplete));
+}
+
+QTEST_GUILESS_MAIN(TestCouchDB)
+#include "tst_couchdb.moc"
