@@ -89,8 +89,22 @@ struct CouchDBPackageSourcePrivate
     std::chrono::milliseconds countdown = pollInterval;
     bool contentTags = false;
 
+    CouchDBPackageSourcePrivate(
+        CouchDBPackageSource *source, const QUrl &databaseUrl, QNetworkAccessManager *manager);
     void takeSnapshot();
 };
+
+CouchDBPackageSourcePrivate::CouchDBPackageSourcePrivate(
+    CouchDBPackageSource *source, const QUrl &databaseUrl, QNetworkAccessManager *manager)
+    : q(source)
+    , url(databaseUrl)
+    , networkManager(manager)
+    , persistDir(persistenceDirectory(databaseUrl))
+{
+    const CouchDBSnapshot snapshot = newestSnapshot(persistDir);
+    etag = snapshot.etag;
+    path = snapshot.path;
+}
 
 // A complete answer has come: it becomes the current snapshot, unless its content is the current
 // one's.
@@ -112,12 +126,8 @@ void CouchDBPackageSourcePrivate::takeSnapshot()
 CouchDBPackageSource::CouchDBPackageSource(
     const QUrl &url, QNetworkAccessManager *manager, QObject *parent)
     : PackageSource(parent)
-    , d(new CouchDBPackageSourcePrivate{this, url, manager})
+    , d(new CouchDBPackageSourcePrivate(this, url, manager))
 {
-    d->persistDir = persistenceDirectory(url);
-    const CouchDBSnapshot snapshot = newestSnapshot(d->persistDir);
-    d->etag = snapshot.etag;
-    d->path = snapshot.path;
     update();
     d->timer.start(int(tickInterval.count()), this);
 }
