@@ -89,6 +89,16 @@ ensurePackages() {
     rm -f "$root"/build/*/.configured
 }
 
+# ensureNodeModules DIRECTORY: what its package-lock.json names, installed once.
+ensureNodeModules() {
+    local directory=$root/$1
+    { command -v node && command -v npm; } >/dev/null || ensurePackages node
+    cmp -s "$directory"/{package-lock.json,node_modules/.installed-lock.json} && return 0
+    step "Node.js packages of $(basename "$1")" \
+        npm --prefix "$directory" ci --no-audit --no-fund --ignore-scripts
+    cp "$directory"/{package-lock.json,node_modules/.installed-lock.json}
+}
+
 # configure PRESET: once; afterwards the build itself notices changed CMake files.
 configure() {
     local stamp=$root/build/$1/.configured

@@ -34,6 +34,9 @@ QNetworkRequest prepared(QNetworkRequest request)
 {
     if (!request.hasRawHeader("Accept-Encoding"))
         request.setRawHeader("Accept-Encoding", "identity");
+    // Else Qt asks for "no-cache", for which servers and caches answer in full what was to be a 304.
+    if (!request.hasRawHeader("Cache-Control"))
+        request.setRawHeader("Cache-Control", "max-age=0");
     // Redirects are followed here, not in Qt, which would send Authorization on to any host.
     request.setAttribute(
         QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);

@@ -41,6 +41,11 @@ QJsonObject CouchClient::Answer::object() const
     return QJsonDocument::fromJson(body).object();
 }
 
+QJsonArray CouchClient::Answer::array() const
+{
+    return QJsonDocument::fromJson(body).array();
+}
+
 CouchClient::CouchClient(const QUrl &database)
     : m_database(database.adjusted(QUrl::RemoveUserInfo | QUrl::StripTrailingSlash))
 {
@@ -63,10 +68,15 @@ CouchClient::Answer CouchClient::get(const QString &path)
 
 CouchClient::Answer CouchClient::put(const QString &path, const QJsonObject &document)
 {
-    QBuffer body;
-    if (!path.isEmpty())
-        body.setData(QJsonDocument(document).toJson(QJsonDocument::Compact));
-    return send("PUT", path, body, "application/json");
+    // A database is made without a body.
+    return sendJson(
+        "PUT", path,
+        path.isEmpty() ? QByteArray() : QJsonDocument(document).toJson(QJsonDocument::Compact));
+}
+
+CouchClient::Answer CouchClient::post(const QString &path, const QJsonObject &document)
+{
+    return sendJson("POST", path, QJsonDocument(document).toJson(QJsonDocument::Compact));
 }
 
 CouchClient::Answer CouchClient::putAttachment(const QString &path, QIODevice &content)
@@ -74,10 +84,12 @@ CouchClient::Answer CouchClient::putAttachment(const QString &path, QIODevice &c
     return send("PUT", path, content, couchAttachmentType);
 }
 
-CouchClient::Answer CouchClient::remove(const QString &path)
+CouchClient::Answer CouchClient::sendJson(
+    const QByteArray &verb, const QString &path, const QByteArray &json)
 {
-    QBuffer nothing;
-    return send("DELETE", path, nothing, nullptr);
+    QBuffer body;
+    body.setData(json);
+    return send(verb, path, body, "application/json");
 }
 
 CouchClient::Answer CouchClient::send(

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QString>
@@ -26,6 +27,7 @@ public:
 
         bool isFine() const { return fault.isEmpty(); }
         QJsonObject object() const;
+        QJsonArray array() const;
     };
 
     /// \a database may hold a user and a password, which go into each request's Authorization and
@@ -39,14 +41,15 @@ public:
     /// beginning with "/".
     Answer get(const QString &path);
     Answer put(const QString &path, const QJsonObject &document = {});
+    Answer post(const QString &path, const QJsonObject &document);
     /// Streams \a content, which must be open, as the type of all attachments.
     Answer putAttachment(const QString &path, QIODevice &content);
-    Answer remove(const QString &path);
 
     /// "/" and \a segment, encoded.
     static QString path(const QString &segment);
 
 private:
+    Answer sendJson(const QByteArray &verb, const QString &path, const QByteArray &json);
     Answer send(const QByteArray &verb, const QString &path, QIODevice &body, const char *type);
 
     QUrl m_database;

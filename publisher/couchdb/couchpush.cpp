@@ -20,6 +20,10 @@ namespace {
 /// larger ones are streamed before it.
 constexpr qint64 maxInlineSize = 1024 * 1024;
 
+/// Documents go up in batches of at most this many, with about this many bytes of files.
+constexpr int maxBatchCount = 200;
+constexpr qint64 maxBatchSize = 4 * maxInlineSize;
+
 /// Readers take no larger view.
 constexpr int maxViewSize = 0x400000;
 
@@ -54,7 +58,9 @@ private:
     bool readStored();
     bool pushDocument(const CouchDocument &document);
     bool sendLargeFiles(const CouchDocument &document, QVector<CouchAttachment> &missing);
-    bool sendDocument(const CouchDocument &document, const QVector<CouchAttachment> &missing);
+    bool addDocument(const CouchDocument &document, const QVector<CouchAttachment> &missing);
+    bool addToBatch(const QJsonObject &body, qint64 fileSize);
+    bool sendBatch();
     bool removeRest();
     void checkView();
     bool isFine(const CouchClient::Answer &answer, const QString &what);
@@ -63,6 +69,8 @@ private:
     CouchClient m_client;
     Progress &m_progress;
     QHash<QString, QJsonObject> m_stored; // by _id; what is left at the end is to go
+    QJsonArray m_batch;
+    qint64 m_batchSize = 0; // bytes of its files
     CouchPushReport m_report;
 };
 
@@ -77,7 +85,7 @@ CouchPushReport Push::carryOut(const QVector<CouchDocument> &documents)
         m_progress.advance();
     }
     m_progress.end();
-    m_report.pushed = good && removeRest();
+    m_report.pushed = good && removeRest() && sendBatch();
     if (m_report.pushed)
         checkView();
     return m_report;
@@ -120,7 +128,7 @@ bool Push::pushDocument(const CouchDocument &document)
         return true;
     }
     QVector<CouchAttachment> missing = missingAttachments(document, m_stored.value(document.id));
-    if (!sendLargeFiles(document, missing) || !sendDocument(document, missing))
+    if (!sendLargeFiles(document, missing) || !addDocument(document, missing))
         return false;
     ++(isNew ? m_report.newDocuments : m_report.changedDocuments);
     m_stored.remove(document.id);
@@ -161,13 +169,14 @@ bool Push::sendLargeFiles(const CouchDocument &document, QVector<CouchAttachment
     return isFine(answer, document.id);
 }
 
-bool Push::sendDocument(const CouchDocument &document, const QVector<CouchAttachment> &missing)
+bool Push::addDocument(const CouchDocument &document, const QVector<CouchAttachment> &missing)
 {
     const QJsonObject stored = m_stored.value(document.id);
     const QJsonObject held = stored.value(QLatin1String("_attachments")).toObject();
     QJsonObject attachments;
     for (const CouchAttachment &attachment : document.attachments)
         attachments.insert(attachment.name, held.value(attachment.name)); // a stub: stays
+    qint64 size = 0;
     for (const CouchAttachment &attachment : missing) {
         QFile file(attachment.path);
         if (!file.open(QIODevice::ReadOnly)) {
@@ -179,23 +188,57 @@ bool Push::sendDocument(const CouchDocument &document, const QVector<CouchAttach
             QJsonObject{
                 {QStringLiteral("content_type"), QLatin1String(couchAttachmentType)},
                 {QStringLiteral("data"), QString::fromLatin1(file.readAll().toBase64())}});
+        size += attachment.size;
     }
     QJsonObject body = document.content;
+    body.insert(QStringLiteral("_id"), document.id);
     if (!attachments.isEmpty())
         body.insert(QStringLiteral("_attachments"), attachments);
     if (!stored.isEmpty())
         body.insert(QStringLiteral("_rev"), revisionOf(stored));
-    if (!isFine(m_client.put(CouchClient::path(document.id), body), document.id))
-        return false;
     count(missing);
-    return true;
+    return addToBatch(body, size);
+}
+
+bool Push::addToBatch(const QJsonObject &body, qint64 fileSize)
+{
+    m_batch.append(body);
+    m_batchSize += fileSize;
+    return (m_batch.size() < maxBatchCount && m_batchSize < maxBatchSize) || sendBatch();
+}
+
+bool Push::sendBatch()
+{
+    if (m_batch.isEmpty())
+        return true;
+    const CouchClient::Answer answer = m_client.post(
+        QStringLiteral("/_bulk_docs"), QJsonObject{{QStringLiteral("docs"), m_batch}});
+    m_batch = QJsonArray();
+    m_batchSize = 0;
+    bool good = isFine(answer, {});
+    const QJsonArray results = answer.array();
+    for (const QJsonValue &result : results) {
+        const QJsonObject object = result.toObject();
+        if (!object.contains(QLatin1String("error")))
+            continue;
+        m_report.problems.error(
+            {}, QStringLiteral("%1 %2: %3")
+                    .arg(
+                        m_client.shownUrl(), object.value(QLatin1String("id")).toString(),
+                        object.value(QLatin1String("reason")).toString()));
+        good = false;
+    }
+    return good;
 }
 
 bool Push::removeRest()
 {
     for (auto stored = m_stored.cbegin(); stored != m_stored.cend(); ++stored) {
-        const QString path = CouchClient::path(stored.key()) + QStringLiteral("?rev=");
-        if (!isFine(m_client.remove(path + revisionOf(stored.value())), stored.key()))
+        const QJsonObject grave{
+            {QStringLiteral("_id"), stored.key()},
+            {QStringLiteral("_rev"), revisionOf(stored.value())},
+            {QStringLiteral("_deleted"), true}};
+        if (!addToBatch(grave, 0))
             return false;
         ++m_report.removedDocuments;
     }

@@ -29,6 +29,7 @@ ExitCode run(const VerifyOptions &options, Output &output);
 ExitCode run(const DiffOptions &options, Output &output);
 ExitCode run(const ServeOptions &options, Output &output);
 ExitCode run(const NginxOptions &options, Output &output);
+ExitCode run(const CouchPushOptions &options, Output &output);
 
 /// Shows how far a piece of work has come, on a terminal.
 class TerminalProgress : public Progress

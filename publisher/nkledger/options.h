@@ -60,6 +60,12 @@ struct ServeOptions
     int port = 0; ///< 0: any that is free
 };
 
+struct CouchPushOptions
+{
+    QString catalogue;
+    QString database; ///< URL, perhaps with user and password
+};
+
 struct NginxOptions
 {
     QString publication;
@@ -74,7 +80,7 @@ struct Invocation
     bool json = false;
     std::variant<
         KeygenOptions, IssueOptions, CheckOptions, PublishOptions, InspectOptions, VerifyOptions,
-        DiffOptions, ServeOptions, NginxOptions>
+        DiffOptions, ServeOptions, NginxOptions, CouchPushOptions>
         command;
 };
 
