@@ -5,7 +5,6 @@
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
-#include "query/manifeststringfield.h"
 #include "references/packagereference.h"
 #include "sources/localpackagesource.h"
 
@@ -58,7 +57,7 @@ Catalogue::~Catalogue()
 QString Catalogue::open()
 {
     for (const auto &path : m_options.localDirectories) {
-        const QString fault = faultOf(path);
+        QString fault = faultOf(path);
         if (!fault.isEmpty())
             return fault;
         const QString absolute = QDir(path).absolutePath();
@@ -124,19 +123,6 @@ void Catalogue::waitForTranslations()
     QTimer::singleShot(translationPatience, &loop, &QEventLoop::quit);
     if (!translationsAreSettled())
         loop.exec();
-}
-
-QString displayText(const PackageNode *node, const QString &field)
-{
-    ManifestStringField reader;
-    reader.setName(field);
-    return reader.read(node).toString();
-}
-
-QString displayName(const PackageNode *node)
-{
-    const QString name = displayText(node, QStringLiteral("name"));
-    return name.isEmpty() ? node->id().toString() : name;
 }
 
 } // namespace nk::pm::cli

@@ -59,11 +59,4 @@ private:
     PackageRepository m_repository;
 };
 
-/// A manifest text as the user reads it: one that begins with "id:" is looked up in the installed
-/// translations. Empty for anything but a string.
-QString displayText(const PackageNode *node, const QString &field);
-
-/// The package's name for the user; its identifier if the manifest has none.
-QString displayName(const PackageNode *node);
-
 } // namespace nk::pm::cli

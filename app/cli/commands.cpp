@@ -5,7 +5,6 @@
 
 #include "catalogue.h"
 
-#include "index/keywordtypes.h"
 #include "index/packageindex.h"
 
 namespace nk::pm::cli {
@@ -20,25 +19,6 @@ QString noPackage(const Catalogue &catalogue, const QString &id)
 QString noType(const QString &type)
 {
     return QStringLiteral("no package is of type '%1' (nkpm list shows all)").arg(type);
-}
-
-QString keywordKind(int type)
-{
-    switch (KeywordType(type)) {
-    case KeywordType::Noun:
-        return QStringLiteral("noun");
-    case KeywordType::Name:
-        return QStringLiteral("name");
-    case KeywordType::Adjective:
-        return QStringLiteral("adjective");
-    case KeywordType::Literal:
-        return QStringLiteral("literal");
-    case KeywordType::Category:
-        return QStringLiteral("category");
-    case KeywordType::Invalid:
-        break;
-    }
-    return QStringLiteral("invalid");
 }
 
 } // namespace nk::pm::cli

@@ -22,7 +22,4 @@ int run(const SourcesOptions &options, Catalogue &catalogue, Output &output);
 QString noPackage(const Catalogue &catalogue, const QString &id);
 QString noType(const QString &type);
 
-/// A keyword's kind as sources write it: "noun" and so on.
-QString keywordKind(int type);
-
 } // namespace nk::pm::cli

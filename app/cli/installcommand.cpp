@@ -67,7 +67,7 @@ QString Install::run()
     using Step = QString (Install::*)();
     for (const Step step :
          {&Install::findPackages, &Install::waitForReferences, &Install::gather, &Install::stage}) {
-        const QString fault = (this->*step)();
+        QString fault = (this->*step)();
         if (m_interrupt.number() != 0)
             return QStringLiteral("stopped, nothing was installed");
         if (!fault.isEmpty())
@@ -83,7 +83,7 @@ QString Install::findPackages()
         if (!node)
             return noPackage(m_catalogue, id);
     }
-    const QString fault = m_layDown.open();
+    QString fault = m_layDown.open();
     if (!fault.isEmpty())
         return fault;
     for (const auto &id : m_options.ids)
@@ -174,7 +174,7 @@ QString Install::stage()
                             .arg(m_nodes.at(i)->id())
                             .arg(i + 1)
                             .arg(m_packages.size()));
-        const QString fault = stagePackage(i);
+        QString fault = stagePackage(i);
         if (!fault.isEmpty())
             return fault;
     }
@@ -249,7 +249,7 @@ QJsonObject asJson(const Install &install, const QDir &directory)
 int run(const InstallOptions &options, Catalogue &catalogue, Output &output)
 {
     Install install(options, catalogue);
-    const QString fault = install.run();
+    QString fault = install.run();
     if (!fault.isEmpty()) {
         output.error(fault);
         return install.signalNumber() != 0 ? SignalBase + install.signalNumber() : NotMet;

@@ -6,6 +6,7 @@
 #include "catalogue.h"
 #include "exitcodes.h"
 #include "output.h"
+#include "texts.h"
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
@@ -31,8 +32,7 @@ Table asTable(const KeywordList &keywords)
     Table table{{QStringLiteral("ID"), QStringLiteral("KIND"), QStringLiteral("TEXT")}, {}};
     for (const KeywordNode *keyword : keywords) {
         table.rows.append(
-            {keyword->id().toString(), keywordKind(keyword->type()),
-             keyword->displayString().toString()});
+            {keyword->id().toString(), kindText(keyword), keyword->displayString().toString()});
     }
     return table;
 }
@@ -40,12 +40,8 @@ Table asTable(const KeywordList &keywords)
 QJsonObject asJson(const KeywordList &keywords)
 {
     QJsonArray array;
-    for (const KeywordNode *keyword : keywords) {
-        array.append(QJsonObject{
-            {QStringLiteral("id"), keyword->id().toString()},
-            {QStringLiteral("kind"), keywordKind(keyword->type())},
-            {QStringLiteral("text"), keyword->displayString().toString()}});
-    }
+    for (const KeywordNode *keyword : keywords)
+        array.append(keywordObject(keyword));
     return {{QStringLiteral("keywords"), array}};
 }
 

@@ -94,7 +94,7 @@ LayDown::~LayDown()
 
 QString LayDown::open()
 {
-    const QString fault = makeDirectory();
+    QString fault = makeDirectory();
     if (!fault.isEmpty())
         return fault;
     if (!m_lock.tryLock(0)) {
@@ -126,42 +126,49 @@ QString LayDown::makeDirectory()
 QString LayDown::stage(
     LaidPackage &package, Mode mode, bool replace, const std::atomic<bool> &cancelled)
 {
-    const QDir target(m_directory.filePath(package.path));
     package.files = package.source.entryList(files, QDir::Name);
     package.bytes = 0;
     for (const auto &name : qAsConst(package.files))
         package.bytes += QFileInfo(package.source.filePath(name)).size();
-    if (!target.entryList(files).isEmpty()) {
-        if (sameFiles(package.source, target, cancelled)) {
-            package.state = LaidPackage::Present;
-            return {};
-        }
-        if (!replace) {
-            return QStringLiteral("%1 holds other files (--replace replaces them)")
-                .arg(target.path());
-        }
-        if (!target.entryList(directories).isEmpty())
-            return QStringLiteral("%1 holds directories and can't be replaced").arg(target.path());
-        package.state = LaidPackage::Replaced;
-    }
+    QString fault = judgeTarget(package, replace, cancelled);
+    if (!fault.isEmpty() || package.state == LaidPackage::Present)
+        return fault;
     package.staged = m_staging.filePath(QString::number(m_stagedCount++));
     if (!QDir().mkdir(package.staged))
         return QStringLiteral("can't make %1: %2").arg(package.staged, systemError());
+    const auto place = mode == Link ? linkOrCopy : copyFile;
     for (const auto &name : qAsConst(package.files)) {
-        const QString from = package.source.filePath(name);
-        const QString to = QDir(package.staged).filePath(name);
-        const QString fault =
-            mode == Link ? linkOrCopy(from, to, cancelled) : copyFile(from, to, cancelled);
+        fault =
+            place(package.source.filePath(name), QDir(package.staged).filePath(name), cancelled);
         if (!fault.isEmpty())
-            return fault;
+            break;
     }
+    return fault;
+}
+
+QString LayDown::judgeTarget(
+    LaidPackage &package, bool replace, const std::atomic<bool> &cancelled) const
+{
+    const QDir target(m_directory.filePath(package.path));
+    package.state = LaidPackage::New;
+    if (target.entryList(files).isEmpty())
+        return {};
+    if (sameFiles(package.source, target, cancelled)) {
+        package.state = LaidPackage::Present;
+        return {};
+    }
+    if (!replace)
+        return QStringLiteral("%1 holds other files (--replace replaces them)").arg(target.path());
+    if (!target.entryList(directories).isEmpty())
+        return QStringLiteral("%1 holds directories and can't be replaced").arg(target.path());
+    package.state = LaidPackage::Replaced;
     return {};
 }
 
 QString LayDown::commit(const QVector<LaidPackage> &packages)
 {
     for (int i = 0; i < packages.size(); ++i) {
-        const QString fault = moveIn(packages.at(i));
+        QString fault = moveIn(packages.at(i));
         if (fault.isEmpty())
             continue;
         while (i-- > 0)
@@ -177,7 +184,7 @@ QString LayDown::moveIn(const LaidPackage &package) const
     if (package.state == LaidPackage::Present)
         return {};
     const QString target = m_directory.filePath(package.path);
-    const QString fault = QStringLiteral("can't put %1 in its place: ").arg(target);
+    QString fault = QStringLiteral("can't put %1 in its place: ").arg(target);
     errno = 0;
     if (!QDir().mkpath(QFileInfo(target).path()))
         return fault + systemError();

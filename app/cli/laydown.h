@@ -58,6 +58,9 @@ public:
 
 private:
     QString makeDirectory();
+    /// Settles the state of \a package by what stands in its place.
+    QString judgeTarget(
+        LaidPackage &package, bool replace, const std::atomic<bool> &cancelled) const;
     QString moveIn(const LaidPackage &package) const;
     void takeBack(const LaidPackage &package) const;
 

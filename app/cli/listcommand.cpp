@@ -6,25 +6,15 @@
 #include "exitcodes.h"
 #include "output.h"
 #include "packagequery.h"
+#include "texts.h"
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 
 namespace nk::pm::cli {
 namespace {
-
-/// A manifest value in one cell: texts as they are read, the rest as compact JSON.
-QString cell(const PackageNode *package, const QString &field)
-{
-    const QJsonValue value = package->manifestValue(field);
-    if (value.isString())
-        return displayText(package, field);
-    const QByteArray array = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
-    return QString::fromUtf8(array.mid(1, array.size() - 2));
-}
 
 Table asTable(const PackageList &packages, const QStringList &fields)
 {
@@ -34,7 +24,7 @@ Table asTable(const PackageList &packages, const QStringList &fields)
     for (const PackageNode *package : packages) {
         QStringList row{package->id().toString(), package->type().toString(), displayName(package)};
         for (const auto &field : fields)
-            row.append(cell(package, field));
+            row.append(fieldText(package, field));
         table.rows.append(row);
     }
     return table;

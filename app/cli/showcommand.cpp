@@ -7,12 +7,12 @@
 #include "exitcodes.h"
 #include "output.h"
 #include "requirements.h"
+#include "texts.h"
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 
 #include <algorithm>
 
@@ -75,14 +75,6 @@ QStringList keywordTexts(const QVector<const KeywordNode *> &keywords)
     return result;
 }
 
-QString manifestText(const PackageNode *package, const QString &key, const QJsonValue &value)
-{
-    if (value.isString())
-        return displayText(package, key);
-    const QByteArray array = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
-    return QString::fromUtf8(array.mid(1, array.size() - 2));
-}
-
 Table asTable(const Description &d)
 {
     Table table{
@@ -96,24 +88,16 @@ Table asTable(const Description &d)
          {QStringLiteral("required by"), joined(ids(d.dependents))}}};
     if (!d.package->revision().isEmpty())
         table.rows.insert(2, {QStringLiteral("revision"), d.package->revision().toString()});
-    const QJsonObject manifest = d.package->manifest();
-    for (auto it = manifest.begin(); it != manifest.end(); ++it) {
-        table.rows.append(
-            {QStringLiteral("manifest ") + it.key(),
-             manifestText(d.package, it.key(), it.value())});
-    }
+    for (const auto &key : d.package->manifest().keys())
+        table.rows.append({QStringLiteral("manifest ") + key, fieldText(d.package, key)});
     return table;
 }
 
 QJsonObject asJson(const Description &d)
 {
     QJsonArray keywords;
-    for (const auto *keyword : d.keywords) {
-        keywords.append(QJsonObject{
-            {QStringLiteral("id"), keyword->id().toString()},
-            {QStringLiteral("kind"), keywordKind(keyword->type())},
-            {QStringLiteral("text"), keyword->displayString().toString()}});
-    }
+    for (const auto *keyword : d.keywords)
+        keywords.append(keywordObject(keyword));
     return {
         {QStringLiteral("id"), d.package->id().toString()},
         {QStringLiteral("type"), d.package->type().toString()},

@@ -113,6 +113,7 @@ private Q_SLOTS:
     void namesCantSteerTheTerminal();
     void stylesOnlyTerminals_data();
     void stylesOnlyTerminals();
+    void progressOnTerminalsOnly();
     void aFullDiskIsAnError();
     void verboseShowsTheLog();
     void interruptLeavesNothing_data();
@@ -519,6 +520,21 @@ void tst_Nkpm::stylesOnlyTerminals()
     QVERIFY2(shown.contains("ID ") && shown.contains("scene-terrace"), shown);
     QCOMPARE(shown.contains("\x1b["), styled);
     QVERIFY(!run({"list", "scenes"}).out.contains("\x1b["));
+}
+
+void tst_Nkpm::progressOnTerminalsOnly()
+{
+    Terminal terminal;
+    QProcess process;
+    prepare(process, {"install", "material-wool", "--into", path("into")}, exampleCatalogue());
+    process.setStandardErrorFile(terminal.name());
+    process.start();
+    QCOMPARE(finish(process).code, 0);
+    const QByteArray shown = terminal.read();
+    const int first = shown.indexOf("Laying down texture-knit (1 of 2)");
+    QVERIFY2(first >= 0 && first < shown.indexOf("Laying down material-wool (2 of 2)"), shown);
+    QVERIFY2(shown.endsWith("\r\x1b[K"), "the line is taken away at the end");
+    QCOMPARE(run({"install", "material-wool", "--into", path("other")}).err, QString());
 }
 
 void tst_Nkpm::aFullDiskIsAnError()
