@@ -8,6 +8,7 @@
 #include <QFutureInterface>
 #include <QRunnable>
 #include <QThreadPool>
+#include <QtConcurrentMap>
 
 #include <dlfcn.h>
 
@@ -53,6 +54,10 @@ private:
 
 char OrderedRunnable::doneKey;
 
+// What a map's workers do comes after its start and before its end, but not one after the other.
+char mapStartKey;
+char mapEndKey;
+
 } // namespace
 
 void QThreadPool::start(QRunnable *runnable, int priority)
@@ -61,6 +66,7 @@ void QThreadPool::start(QRunnable *runnable, int priority)
         original<void (*)(QThreadPool *, QRunnable *, int)>("_ZN11QThreadPool5startEP9QRunnablei");
     auto *ordered = new OrderedRunnable(runnable);
     __tsan_release(ordered);
+    __tsan_release(&mapStartKey);
     start(this, ordered, priority);
 }
 
@@ -103,6 +109,7 @@ void QFutureInterfaceBase::waitForFinished()
         original<void (*)(QFutureInterfaceBase *)>("_ZN20QFutureInterfaceBase15waitForFinishedEv");
     wait(this);
     __tsan_acquire(sharedPart(this));
+    __tsan_acquire(&mapEndKey);
 }
 
 bool QFutureInterfaceBase::derefT() const
@@ -115,4 +122,20 @@ bool QFutureInterfaceBase::derefT() const
     if (!isHeld)
         __tsan_acquire(shared);
     return isHeld;
+}
+
+void QtConcurrent::BlockSizeManagerV2::timeBeforeUser()
+{
+    static const auto note = original<void (*)(BlockSizeManagerV2 *)>(
+        "_ZN12QtConcurrent18BlockSizeManagerV214timeBeforeUserEv");
+    note(this);
+    __tsan_acquire(&mapStartKey);
+}
+
+void QtConcurrent::BlockSizeManagerV2::timeAfterUser()
+{
+    static const auto note = original<void (*)(BlockSizeManagerV2 *)>(
+        "_ZN12QtConcurrent18BlockSizeManagerV213timeAfterUserEv");
+    __tsan_release(&mapEndKey);
+    note(this);
 }
