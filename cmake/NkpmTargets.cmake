@@ -64,26 +64,33 @@ endfunction()
 
 # nkpm_add_test(NAME [CONCURRENT] [SOURCES ...] [LINKS ...] [LABELS ...] [TIMEOUT seconds])
 # A QtTest program from NAME.cpp (or SOURCES), linked with the library's objects and
-# tests/support. CONCURRENT marks it for the ThreadSanitizer run too. Offscreen, with a locale and
-# a home of its own, so that no test depends on or touches the user's.
+# tests/support. CONCURRENT marks it for the ThreadSanitizer run too.
 function(nkpm_add_test name)
     cmake_parse_arguments(arg "CONCURRENT" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
     if(NOT arg_SOURCES)
         set(arg_SOURCES ${name}.cpp)
-    endif()
-    if(NOT arg_TIMEOUT)
-        set(arg_TIMEOUT 300)
     endif()
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE nkpm_testsupport ${arg_LINKS})
     if(NKPM_PCH)
         target_precompile_headers(${name} REUSE_FROM nkpm_testsupport)
     endif()
-    add_test(NAME ${name} COMMAND ${name})
     if(arg_CONCURRENT)
         list(APPEND arg_LABELS concurrent)
         set_property(GLOBAL APPEND PROPERTY NKPM_CONCURRENT_TESTS ${name})
     endif()
+    nkpm_register_test(${name} TIMEOUT "${arg_TIMEOUT}" LABELS "${arg_LABELS}")
+endfunction()
+
+# nkpm_register_test(NAME [LABELS ...] [TIMEOUT seconds])
+# Has ctest run the program NAME: offscreen, with a locale and a home of its own, so that no test
+# depends on or touches the user's.
+function(nkpm_register_test name)
+    cmake_parse_arguments(arg "" "TIMEOUT" "LABELS" ${ARGN})
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 300)
+    endif()
+    add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES
         TIMEOUT ${arg_TIMEOUT}
         LABELS "${arg_LABELS}"
