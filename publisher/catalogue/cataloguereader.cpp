@@ -4,12 +4,12 @@
 #include "catalogue/cataloguereader.h"
 
 #include "catalogue/cataloguescan.h"
+#include "catalogue/parallel.h"
 #include "catalogue/recordjson.h"
 #include "catalogue/strictjson.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QtConcurrentMap>
 
 #include <algorithm>
 
@@ -84,7 +84,7 @@ QVector<Record> readAll(
     QVector<Job<Record>> jobs, void (*read)(const QString &, Job<Record> &), const QString &root,
     Problems &problems)
 {
-    QtConcurrent::blockingMap(jobs, [&root, read](Job<Record> &job) { read(root, job); });
+    forEachOnAllCores(jobs, [&root, read](Job<Record> &job) { read(root, job); });
     QVector<Record> records;
     records.reserve(jobs.size());
     for (const Job<Record> &job : qAsConst(jobs)) {

@@ -13,8 +13,8 @@ namespace nk::pm::publisher {
 ///
 /// Takes from the tree what the local source takes, so that a catalogue tried out as a directory
 /// looks the same once published. What can't be read, isn't JSON or has the wrong shape is an
-/// error of its file; reading goes on behind it, and what is returned then has gaps. Reads on all
-/// threads of the global pool and blocks until done; not to be called from that pool.
+/// error of its file; reading goes on behind it, and what is returned then has gaps. Works on all
+/// cores and blocks until done.
 Catalogue readCatalogue(const QString &root, Problems &problems);
 
 } // namespace nk::pm::publisher

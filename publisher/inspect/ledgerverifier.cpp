@@ -3,6 +3,7 @@
 
 #include "inspect/ledgerverifier.h"
 
+#include "catalogue/parallel.h"
 #include "index/keywordtypes.h"
 #include "index/linktypes.h"
 #include "inspect/ledgerjson.h"
@@ -14,7 +15,6 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QSet>
-#include <QtConcurrentMap>
 
 #include <numeric>
 
@@ -75,7 +75,7 @@ void checkPackages(
     QVector<QString> faults(indexes.size());
     QString *const results = faults.data(); // one each, so that no thread meets another
     progress.begin(QStringLiteral("Verifying packages"), indexes.size());
-    QtConcurrent::blockingMap(indexes, [&](int index) {
+    forEachOnAllCores(indexes, [&](int index) {
         results[index] = packageFault(tables, tables.packages.at(index), keys);
         progress.advance();
     });
@@ -187,7 +187,7 @@ Problems verifyFiles(const LedgerTables &tables, const QString &publication, Pro
     const Layout layout(publication);
     QVector<FileJob> jobs = fileJobs(tables);
     progress.begin(QStringLiteral("Verifying files"), jobs.size());
-    QtConcurrent::blockingMap(jobs, [&](FileJob &job) {
+    forEachOnAllCores(jobs, [&](FileJob &job) {
         job.fault = fileFault(layout, job.digest);
         progress.advance();
     });

@@ -3,11 +3,10 @@
 
 #include "ledger/ledgersigner.h"
 
+#include "catalogue/parallel.h"
 #include "ledger/ledgerreading.h"
 #include "sources/ledgerformat.h"
 #include "sources/ledgerverification.h"
-
-#include <QtConcurrentMap>
 
 #include <cstring>
 
@@ -124,7 +123,7 @@ SignedLedger signLedger(
     progress.begin(QStringLiteral("Signing packages"), jobs.size());
     const OldSignatures oldSignatures(previous);
     const Signer signer(reading.tables, issuers, oldSignatures);
-    QtConcurrent::blockingMap(jobs, [&](SignJob &job) {
+    forEachOnAllCores(jobs, [&](SignJob &job) {
         signer.run(job);
         progress.advance();
     });

@@ -22,8 +22,7 @@ struct SignedLedger
 ///
 /// A package that \a previous, a ledger whose signatures are known to be good, holds with the same
 /// content by the same issuer keeps its signature; pass an empty array where there is none. What is
-/// signed is what the library's reader will check. Works on all threads of the global pool and
-/// blocks until done; not to be called from that pool.
+/// signed is what the library's reader will check. Works on all cores and blocks until done.
 SignedLedger signLedger(
     const QByteArray &ledger, const QVector<Issuer> &issuers, const QByteArray &previous,
     Progress &progress);

@@ -3,10 +3,10 @@
 
 #include "publish/filehasher.h"
 
+#include "catalogue/parallel.h"
 #include "sources/ledgerformat.h"
 
 #include <QFile>
-#include <QtConcurrentMap>
 
 #include <openssl/evp.h>
 
@@ -109,7 +109,7 @@ void hashFiles(Catalogue &catalogue, Problems &problems, Progress &progress)
 {
     QVector<HashJob> jobs = hashJobs(catalogue);
     progress.begin(QStringLiteral("Hashing files"), jobs.size());
-    QtConcurrent::blockingMap(jobs, [&](HashJob &job) {
+    forEachOnAllCores(jobs, [&](HashJob &job) {
         runJob(catalogue.root, job);
         progress.advance();
     });

@@ -20,8 +20,7 @@ QByteArray digestOf(QIODevice &source, QIODevice *copy = nullptr);
 QByteArray digestOf(const QByteArray &bytes);
 
 /// Sets digest and size of all files of \a catalogue's packages. One that can't be read keeps an
-/// empty digest and is an error. Works on all threads of the global pool and blocks until done; not
-/// to be called from that pool.
+/// empty digest and is an error. Works on all cores and blocks until done.
 void hashFiles(Catalogue &catalogue, Problems &problems, Progress &progress);
 
 } // namespace nk::pm::publisher

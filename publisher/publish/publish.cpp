@@ -5,6 +5,7 @@
 
 #include "catalogue/cataloguechecks.h"
 #include "catalogue/cataloguereader.h"
+#include "catalogue/parallel.h"
 #include "ledger/ledgerencoder.h"
 #include "ledger/ledgersigner.h"
 #include "publish/filehasher.h"
@@ -13,7 +14,6 @@
 #include <QDir>
 #include <QFile>
 #include <QSet>
-#include <QtConcurrentMap>
 
 namespace nk::pm::publisher {
 
@@ -90,7 +90,7 @@ void addFiles(
 {
     QVector<AddJob> jobs = missingFiles(catalogue, publication, report);
     progress.begin(QStringLiteral("Copying files"), jobs.size());
-    QtConcurrent::blockingMap(jobs, [&](AddJob &job) {
+    forEachOnAllCores(jobs, [&](AddJob &job) {
         QFile source(catalogue.absolutePath(job.path));
         if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             job.fault = QStringLiteral("can't be read: ") + source.errorString();

@@ -35,8 +35,7 @@ struct PublishReport
 };
 
 /// Publishes a catalogue. With any error in the report nothing was published and the old
-/// publication, if there is one, stands whole. Works on all threads of the global pool and blocks
-/// until done; not to be called from that pool.
+/// publication, if there is one, stands whole. Works on all cores and blocks until done.
 PublishReport publish(const PublishOrder &order, Progress &progress);
 
 /// All that publish() would find wrong with the catalogue itself.
