@@ -1,0 +1,49 @@
+# SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+# SPDX-License-Identifier: MIT
+#
+# bash completion for nkledger; to be installed as share/bash-completion/completions/nkledger
+
+_nkledger() {
+    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}
+    local command='' word options
+    for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
+        case $word in
+            -*) ;;
+            *) command=$word; break ;;
+        esac
+    done
+
+    case $previous in
+        --label | --port | --listen | --server-name | --prefix) COMPREPLY=(); return ;;
+        --trust | --output | --issuer)
+            mapfile -t COMPREPLY < <(compgen -f -- "$current")
+            return
+            ;;
+    esac
+
+    options='--json --help'
+    case $command in
+        '') options+=' --version' ;;
+        issue) options+=' --trust --label --output' ;;
+        publish) options+=' --issuer --trust' ;;
+        verify) options+=' --trust' ;;
+        serve) options+=' --port' ;;
+        nginx-config) options+=' --listen --server-name --prefix' ;;
+    esac
+    if [[ $current == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
+        return
+    fi
+    case $command in
+        '')
+            mapfile -t COMPREPLY < <(compgen -W \
+                'keygen issue check publish inspect verify diff serve nginx-config' -- "$current")
+            ;;
+        check | publish | serve | nginx-config)
+            mapfile -t COMPREPLY < <(compgen -d -- "$current")
+            ;;
+        *) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;
+    esac
+}
+
+complete -o filenames -F _nkledger nkledger
