@@ -26,6 +26,7 @@ _nkledger() {
         '') options+=' --version' ;;
         issue) options+=' --trust --label --output' ;;
         publish) options+=' --issuer --trust' ;;
+        prune) options+=' --dry-run' ;;
         verify) options+=' --trust' ;;
         serve) options+=' --port' ;;
         nginx-config) options+=' --listen --server-name --prefix' ;;
@@ -37,9 +38,9 @@ _nkledger() {
     case $command in
         '')
             mapfile -t COMPREPLY < <(compgen -W \
-                'keygen issue check publish inspect verify diff serve nginx-config' -- "$current")
+                'keygen issue check publish prune inspect verify diff serve nginx-config' -- "$current")
             ;;
-        check | publish | serve | nginx-config)
+        check | publish | prune | serve | nginx-config)
             mapfile -t COMPREPLY < <(compgen -d -- "$current")
             ;;
         *) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;

@@ -142,6 +142,26 @@ Finish addPublish(CLI::App &app)
     };
 }
 
+Finish addPrune(CLI::App &app)
+{
+    struct Values
+    {
+        std::string publication;
+        bool dryRun = false;
+    };
+    auto values = std::make_shared<Values>();
+    CLI::App &command = addCommand(
+        app, "prune", "Remove the files of a publication that its ledger doesn't name",
+        "Publishing removes nothing, since clients may still follow the ledger before. Prune some\n"
+        "time later; a day is plenty.\n"
+        "\n"
+        "Example:\n"
+        "  nkledger prune public --dry-run");
+    command.add_option("OUT_DIR", values->publication, "A publication's directory")->required();
+    command.add_flag("--dry-run", values->dryRun, "Only say what would be removed");
+    return [values] { return PruneOptions{text(values->publication), values->dryRun}; };
+}
+
 constexpr char ledgerHelp[] =
     "A publication's directory, a ledger file, or a client's file \"ledger\"";
 
@@ -327,6 +347,7 @@ std::variant<Invocation, ExitCode> parseCommandLine(int argc, const char *const 
         {"issue", addIssue(app)},
         {"check", addCheck(app)},
         {"publish", addPublish(app)},
+        {"prune", addPrune(app)},
         {"inspect", addInspect(app)},
         {"verify", addVerify(app)},
         {"diff", addDiff(app)},

@@ -3,9 +3,10 @@
 
 #include "commands.h"
 
+#include "publish/layout.h"
 #include "sources/trustkey.h"
 
-#include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 
 namespace nk::pm::publisher {
@@ -74,6 +75,15 @@ QJsonArray describeProblems(const Problems &problems)
             {QStringLiteral("text"), problem.text},
         });
     return list;
+}
+
+bool isPublication(const QString &path, Output &output)
+{
+    if (QFileInfo::exists(Layout(path).ledgerFile()))
+        return true;
+    output.error(QStringLiteral("\"%1\" is no publication: there is no \"%2\"")
+                     .arg(path, Layout(path).ledgerFile()));
+    return false;
 }
 
 std::optional<QByteArray> readFile(const QString &path, Output &output)

@@ -24,6 +24,7 @@ ExitCode run(const KeygenOptions &options, Output &output);
 ExitCode run(const IssueOptions &options, Output &output);
 ExitCode run(const CheckOptions &options, Output &output);
 ExitCode run(const PublishOptions &options, Output &output);
+ExitCode run(const PruneOptions &options, Output &output);
 ExitCode run(const InspectOptions &options, Output &output);
 ExitCode run(const VerifyOptions &options, Output &output);
 ExitCode run(const DiffOptions &options, Output &output);
@@ -55,6 +56,9 @@ QString counted(int number, const QString &what);
 void printProblems(const Problems &problems, Output &output);
 /// The same for other programs.
 QJsonArray describeProblems(const Problems &problems);
+
+/// Whether \a path is a publication's directory; an error says why it isn't.
+bool isPublication(const QString &path, Output &output);
 
 /// The content of \a path, or nothing and an error.
 std::optional<QByteArray> readFile(const QString &path, Output &output);

@@ -36,6 +36,12 @@ struct PublishOptions
     QString trustKey;    ///< public; empty: the one that this build was made with
 };
 
+struct PruneOptions
+{
+    QString publication;
+    bool dryRun = false;
+};
+
 struct InspectOptions
 {
     QString ledger;
@@ -79,8 +85,8 @@ struct Invocation
 {
     bool json = false;
     std::variant<
-        KeygenOptions, IssueOptions, CheckOptions, PublishOptions, InspectOptions, VerifyOptions,
-        DiffOptions, ServeOptions, NginxOptions, CouchPushOptions>
+        KeygenOptions, IssueOptions, CheckOptions, PublishOptions, PruneOptions, InspectOptions,
+        VerifyOptions, DiffOptions, ServeOptions, NginxOptions, CouchPushOptions>
         command;
 };
 

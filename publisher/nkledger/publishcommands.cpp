@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "commands.h"
+#include "publish/prune.h"
 #include "publish/publish.h"
 
 #include <QJsonArray>
@@ -134,6 +135,29 @@ ExitCode run(const PublishOptions &options, Output &output)
     output.error(QStringLiteral("nothing was published because of %1")
                      .arg(counted(report.problems.errorCount(), QStringLiteral("error"))));
     return Failed;
+}
+
+ExitCode run(const PruneOptions &options, Output &output)
+{
+    if (!isPublication(options.publication, output))
+        return Failed;
+    const PruneReport report = prune(options.publication, options.dryRun);
+    if (!report.fault.isEmpty())
+        output.error(report.fault);
+    if (output.isJson())
+        output.json({
+            {QStringLiteral("removedFiles"), report.removedFiles},
+            {QStringLiteral("removedBytes"), report.removedBytes},
+            {QStringLiteral("keptFiles"), report.keptFiles},
+        });
+    else if (report.fault.isEmpty())
+        output.lines(
+            {QStringLiteral("%1 of %2 bytes %3, %4 kept")
+                 .arg(counted(report.removedFiles, QStringLiteral("file")))
+                 .arg(report.removedBytes)
+                 .arg(options.dryRun ? QStringLiteral("to remove") : QStringLiteral("removed"))
+                 .arg(report.keptFiles)});
+    return report.fault.isEmpty() ? Fine : Failed;
 }
 
 ExitCode run(const CheckOptions &options, Output &output)

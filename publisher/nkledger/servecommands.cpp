@@ -37,15 +37,6 @@ private:
     sigset_t m_signals;
 };
 
-bool isPublication(const QString &path, Output &output)
-{
-    if (QFileInfo::exists(Layout(path).ledgerFile()))
-        return true;
-    output.error(QStringLiteral("\"%1\" is no publication: there is no \"%2\"")
-                     .arg(path, Layout(path).ledgerFile()));
-    return false;
-}
-
 void printAddress(int port, Output &output)
 {
     const QString url = QStringLiteral("http://127.0.0.1:%1/").arg(port);

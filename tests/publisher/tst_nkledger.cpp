@@ -77,6 +77,7 @@ private Q_SLOTS:
     void verifyNamesTheRecord();
     void verifyNamesTheFile();
     void diffNamesTheChanges();
+    void prunesWhatNothingNames();
     void inspectsAClientsLedger();
     void sameNamesInEveryLocale();
     void killedPublisherLeavesAWholePublication();
@@ -329,6 +330,30 @@ void tst_Nkledger::diffNamesTheChanges()
     const QJsonObject json = workshop.call({"diff", "before", "public", "--json"}).json();
     QCOMPARE(json["same"].toBool(true), false);
     QCOMPARE(json["packages"]["changed"][0]["id"].toString(), "stool");
+}
+
+void tst_Nkledger::prunesWhatNothingNames()
+{
+    Workshop workshop;
+    QCOMPARE(workshop.publish().exitCode, 0);
+    workshop.tree.remove("packages/materials/oak/oak.png");
+    QCOMPARE(workshop.publish().exitCode, 0);
+    writeFile(workshop.layout.filesDirectory() + "/robots.txt", "not ours");
+    const QDir files(workshop.layout.filesDirectory());
+    QCOMPARE(files.entryList(QDir::Files).size(), 5);
+
+    QCOMPARE(
+        workshop.call({"prune", "public", "--dry-run"}).output,
+        "1 file of 200000 bytes to remove, 2 kept\n");
+    QCOMPARE(files.entryList(QDir::Files).size(), 5);
+    QCOMPARE(workshop.call({"prune", "public"}).output, "1 file of 200000 bytes removed, 2 kept\n");
+    QCOMPARE(files.entryList(QDir::Files).size(), 4);
+    QCOMPARE(workshop.verify().exitCode, 0);
+
+    // A ledger that can't be read names nothing, but that is no reason to remove everything.
+    QVERIFY(QFile::resize(workshop.layout.ledgerFile(), 100));
+    QCOMPARE(workshop.call({"prune", "public"}).exitCode, 1);
+    QCOMPARE(files.entryList(QDir::Files).size(), 4);
 }
 
 void tst_Nkledger::inspectsAClientsLedger()

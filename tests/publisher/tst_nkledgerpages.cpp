@@ -56,7 +56,7 @@ void tst_NkledgerPages::initTestCase()
         "^  ([a-z][a-z-]+)  +[A-Z]", QRegularExpression::MultilineOption);
     for (auto it = command.globalMatch(help); it.hasNext();)
         m_commands.append(it.next().captured(1));
-    QCOMPARE(m_commands.size(), 9);
+    QCOMPARE(m_commands.size(), 10);
     for (const QString &name : qAsConst(m_commands)) {
         const CallResult result = callNkledger(QDir::tempPath(), {name, "--help"});
         QCOMPARE(result.exitCode, 0);
@@ -102,7 +102,7 @@ void tst_NkledgerPages::bashCompletes_data()
 {
     QTest::addColumn<QStringList>("words");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("command") << QStringList{"p"} << "publish";
+    QTest::newRow("command") << QStringList{"pu"} << "publish";
     QTest::newRow("two commands") << QStringList{"i"} << "issue inspect";
     QTest::newRow("command behind an option") << QStringList{"--json", "ser"} << "serve";
     QTest::newRow("options of a command")
