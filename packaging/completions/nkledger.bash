@@ -38,9 +38,9 @@ _nkledger() {
     case $command in
         '')
             mapfile -t COMPREPLY < <(compgen -W \
-                'keygen issue check publish prune inspect verify diff serve nginx-config' -- "$current")
+                'keygen issue check publish prune inspect verify diff serve nginx-config couch-push' -- "$current")
             ;;
-        check | publish | prune | serve | nginx-config)
+        check | publish | prune | serve | nginx-config | couch-push)
             mapfile -t COMPREPLY < <(compgen -d -- "$current")
             ;;
         *) mapfile -t COMPREPLY < <(compgen -f -- "$current") ;;

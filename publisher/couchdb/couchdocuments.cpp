@@ -3,6 +3,7 @@
 
 #include "couchdb/couchdocuments.h"
 
+#include "catalogue/parallel.h"
 #include "couchdb/packagesmap.h"
 #include "index/keywordtypes.h"
 #include "inspect/ledgerjson.h"
@@ -11,7 +12,6 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QtConcurrentMap>
 
 namespace nk::pm::publisher {
 
@@ -111,7 +111,7 @@ QVector<CouchDocument> couchDocuments(const Catalogue &catalogue, Problems &prob
     for (const CatalogueLink &link : catalogue.links)
         documents.append(linkDocument(link));
 
-    QtConcurrent::blockingMap(documents, hashAttachments);
+    forEachOnAllCores(documents, hashAttachments);
     for (const CouchDocument &document : qAsConst(documents)) {
         for (const CouchAttachment &attachment : document.attachments) {
             if (attachment.md5.isEmpty())

@@ -32,8 +32,7 @@ struct CouchPushReport
 /// its links, and none besides; documents of other kinds are left alone. Sends only what differs.
 ///
 /// Nothing is sent if the catalogue has an error. A request that fails ends the push; the database
-/// then holds part of the change, and the next push goes on from there. Blocks until done; not to
-/// be called from the global thread pool, whose threads it uses.
+/// then holds part of the change, and the next push goes on from there. Blocks until done.
 CouchPushReport couchPush(const CouchPushOrder &order, Progress &progress);
 
 } // namespace nk::pm::publisher

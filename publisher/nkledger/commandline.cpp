@@ -343,16 +343,11 @@ std::variant<Invocation, ExitCode> parseCommandLine(int argc, const char *const 
                "  nkledger serve public");
     app.require_subcommand(1);
     const std::vector<std::pair<const char *, Finish>> commands{
-        {"keygen", addKeygen(app)},
-        {"issue", addIssue(app)},
-        {"check", addCheck(app)},
-        {"publish", addPublish(app)},
-        {"prune", addPrune(app)},
-        {"inspect", addInspect(app)},
-        {"verify", addVerify(app)},
-        {"diff", addDiff(app)},
-        {"serve", addServe(app)},
-        {"nginx-config", addNginxConfig(app)},
+        {"keygen", addKeygen(app)},        {"issue", addIssue(app)},
+        {"check", addCheck(app)},          {"publish", addPublish(app)},
+        {"prune", addPrune(app)},          {"inspect", addInspect(app)},
+        {"verify", addVerify(app)},        {"diff", addDiff(app)},
+        {"serve", addServe(app)},          {"nginx-config", addNginxConfig(app)},
         {"couch-push", addCouchPush(app)},
     };
     try {

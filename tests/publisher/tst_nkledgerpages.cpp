@@ -56,7 +56,7 @@ void tst_NkledgerPages::initTestCase()
         "^  ([a-z][a-z-]+)  +[A-Z]", QRegularExpression::MultilineOption);
     for (auto it = command.globalMatch(help); it.hasNext();)
         m_commands.append(it.next().captured(1));
-    QCOMPARE(m_commands.size(), 10);
+    QCOMPARE(m_commands.size(), 11);
     for (const QString &name : qAsConst(m_commands)) {
         const CallResult result = callNkledger(QDir::tempPath(), {name, "--help"});
         QCOMPARE(result.exitCode, 0);
