@@ -4,12 +4,13 @@
 #include "norvakcrypto/jsonsignature.h"
 
 #include <QJsonArray>
-#include <QVector>
+#include <QVarLengthArray>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <string>
 
 namespace nk::crypto {
 
@@ -61,41 +62,61 @@ QByteArray ecmaScriptNumber(double positive)
     return number.digits + QByteArray(number.point - count, '0');
 }
 
+struct Member
+{
+    QString name;
+    QJsonValue value;
+};
+
+// Members are taken by walking the object: looking a name up can miss one that is there.
+QVarLengthArray<Member, 16> sortedMembers(const QJsonObject &object)
+{
+    QVarLengthArray<Member, 16> members;
+    for (auto member = object.begin(); member != object.end(); ++member)
+        members.append({member.key(), member.value()});
+    const auto before = [](const Member &a, const Member &b) { return a.name < b.name; };
+    if (!std::is_sorted(members.cbegin(), members.cend(), before))
+        std::stable_sort(members.begin(), members.end(), before);
+    return members;
+}
+
+bool needsNoEscape(QChar character)
+{
+    return character >= QLatin1Char(' ') && character != QLatin1Char('"')
+           && character != QLatin1Char('\\') && character < QLatin1Char('\x7f');
+}
+
 class CanonicalWriter
 {
 public:
+    CanonicalWriter() { m_out.reserve(1024); }
     bool writeObject(const QJsonObject &object, int depth);
-    QByteArray result() const { return m_out; }
+    QByteArray result() const { return QByteArray(m_out.data(), int(m_out.size())); }
 
 private:
     bool writeValue(const QJsonValue &value, int depth);
     bool writeArray(const QJsonArray &array, int depth);
     bool writeNumber(double number);
     bool writeString(const QString &string);
+    void writePlain(const QString &ascii);
+    void writeEscaped(const QByteArray &utf8);
 
-    QByteArray m_out;
+    std::string m_out; // its appending is inline
 };
 
 bool CanonicalWriter::writeObject(const QJsonObject &object, int depth)
 {
     if (depth > maximumDepth)
         return false;
-    // Members are taken by walking the object: looking a name up can miss one that is there.
-    QVector<QJsonObject::const_iterator> members;
-    members.reserve(object.size());
-    for (auto member = object.begin(); member != object.end(); ++member)
-        members.append(member);
-    const auto before = [](const auto &a, const auto &b) { return a.key() < b.key(); };
-    std::stable_sort(members.begin(), members.end(), before);
-
+    const auto members = sortedMembers(object);
     char separator = '{';
-    for (const auto &member : std::as_const(members)) {
+    for (const Member &member : members) {
         m_out += separator;
         separator = ',';
-        if (!writeString(member.key()))
+        if (!writeString(member.name))
             return false;
         m_out += ':';
-        if (!writeValue(member.value(), depth + 1))
+        if (!writeValue(member.value, depth + 1))
             return false;
     }
     m_out += members.isEmpty() ? "{}" : "}";
@@ -145,23 +166,42 @@ bool CanonicalWriter::writeNumber(double number)
     if (!std::isfinite(number))
         return false;
     if (std::abs(number) < exactIntegers && number == std::trunc(number)) {
-        m_out += QByteArray::number(qint64(number)); // also what makes 0 of -0
+        m_out += std::to_string(qint64(number)); // also what makes 0 of -0
         return true;
     }
     if (std::signbit(number))
         m_out += '-';
-    m_out += ecmaScriptNumber(std::abs(number));
+    m_out += ecmaScriptNumber(std::abs(number)).toStdString();
     return true;
 }
 
 bool CanonicalWriter::writeString(const QString &string)
 {
-    if (!string.isValidUtf16())
+    m_out += '"';
+    if (std::all_of(string.cbegin(), string.cend(), needsNoEscape))
+        writePlain(string);
+    else if (string.isValidUtf16())
+        writeEscaped(string.toUtf8());
+    else
         return false;
+    m_out += '"';
+    return true;
+}
+
+// Most names and strings are like that.
+void CanonicalWriter::writePlain(const QString &ascii)
+{
+    const size_t size = m_out.size();
+    m_out.resize(size + size_t(ascii.size()));
+    std::transform(
+        ascii.cbegin(), ascii.cend(), m_out.begin() + qptrdiff(size),
+        [](QChar character) { return char(character.unicode()); });
+}
+
+void CanonicalWriter::writeEscaped(const QByteArray &utf8)
+{
     static constexpr char hexDigits[] = "0123456789abcdef";
     static constexpr char shortForms[] = "btn\0fr"; // from U+0008 on; U+000B has none
-    const QByteArray utf8 = string.toUtf8();
-    m_out += '"';
     for (const char byte : utf8) {
         if (byte == '"' || byte == '\\') {
             m_out += '\\';
@@ -177,8 +217,6 @@ bool CanonicalWriter::writeString(const QString &string)
             m_out += hexDigits[byte & 0xf];
         }
     }
-    m_out += '"';
-    return true;
 }
 
 } // namespace

@@ -11,13 +11,14 @@
 #include <QCryptographicHash>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QMap>
 #include <QThreadPool>
 #include <QtConcurrent>
 
 #include <algorithm>
 #include <atomic>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace nk::pm {
 
@@ -46,16 +47,18 @@ QJsonObject withoutType(QJsonObject manifest)
 std::optional<QJsonObject> fileHashes(const QHash<QByteArray, const char *> &files)
 {
     // In order, as an object takes a member in the middle only by moving those behind it.
-    QMap<QString, QString> sorted;
-    for (auto file = files.cbegin(); file != files.cend(); ++file) {
-        const auto hash = QByteArray::fromRawData(file.value(), ledger::hashSize);
-        sorted.insert(QString::fromUtf8(file.key()), QString::fromLatin1(hash.toHex()));
-    }
-    if (sorted.size() != files.size())
-        return std::nullopt;
+    std::vector<std::pair<QString, const char *>> sorted;
+    sorted.reserve(size_t(files.size()));
+    for (auto file = files.cbegin(); file != files.cend(); ++file)
+        sorted.emplace_back(QString::fromUtf8(file.key()), file.value());
+    std::sort(sorted.begin(), sorted.end());
     QJsonObject object;
-    for (auto file = sorted.cbegin(); file != sorted.cend(); ++file)
-        object.insert(file.key(), file.value());
+    for (const auto &[name, hash] : sorted) {
+        const auto bytes = QByteArray::fromRawData(hash, ledger::hashSize);
+        object.insert(name, QString::fromLatin1(bytes.toHex()));
+    }
+    if (object.size() != files.size())
+        return std::nullopt;
     return object;
 }
 

@@ -38,13 +38,13 @@ void LogRecorder::handle(QtMsgType type, const QMessageLogContext &context, cons
         {QtInfoMsg, "info"},
         {QtWarningMsg, "warning"},
         {QtCriticalMsg, "critical"}};
-    const QMutexLocker locker(&self->m_mutex);
+    const std::lock_guard<std::mutex> locker(self->m_mutex);
     self->m_lines.append(levels.value(type) + ": " + text);
 }
 
 QStringList LogRecorder::lines() const
 {
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> locker(m_mutex);
     return m_lines;
 }
 
@@ -61,7 +61,7 @@ QStringList LogRecorder::lines(const QString &level) const
 
 void LogRecorder::clear()
 {
-    const QMutexLocker locker(&m_mutex);
+    const std::lock_guard<std::mutex> locker(m_mutex);
     m_lines.clear();
 }
 

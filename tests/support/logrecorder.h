@@ -3,8 +3,9 @@
 
 #pragma once
 
-#include <QMutex>
 #include <QStringList>
+
+#include <mutex>
 
 namespace nk::pm::test {
 
@@ -30,7 +31,7 @@ private:
     static LogRecorder *s_current;
     const QByteArray m_category;
     QtMessageHandler m_previous;
-    mutable QMutex m_mutex;
+    mutable std::mutex m_mutex;
     QStringList m_lines;
 };
 

@@ -1,0 +1,227 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+// What reading a ledger costs beyond its signatures: loads a ledger of 50,000 packages beside as
+// many bare verifications on the same cores, round by round in one run, so that other load meets
+// all alike.
+
+#include "sources/ledgerloader.h"
+#include "sources/ledgerverification.h"
+#include "sources/verifiedsignatures.h"
+#include "support/ledgerbuilder.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTextStream>
+#include <QThread>
+
+#include <sodium.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+using namespace nk::pm;
+using namespace nk::pm::test;
+
+namespace {
+
+using Milliseconds = std::chrono::duration<double, std::milli>;
+
+[[noreturn]] void fail(const char *what)
+{
+    QTextStream(stderr) << what << Qt::endl;
+    std::exit(1);
+}
+
+LedgerBuilder catalogue(int packages)
+{
+    LedgerBuilder builder;
+    builder.addIssuer("bench", "issuer").addLanguage("en").addLanguage("de");
+    for (int i = 0; i < packages / 10; ++i)
+        builder.addKeyword(0, "keyword-" + QByteArray::number(i), {{0, {"word"}}, {1, {"Wort"}}});
+    for (int i = 0; i < packages; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        builder.addPackage(
+            "package-" + number, "model:kind" + QByteArray::number(i % 50),
+            "{\"type\":\"model\",\"name\":\"Package number " + number
+                + "\",\"description\":\"id:package." + number + ".description\",\"size\":[" + number
+                + ",240.5],\"thumbnail\":\"images/thumbnail.png\",\"public\":true,"
+                  "\"materials\":{\"front\":\"oak\",\"back\":\"steel\"}}",
+            {{"images/thumbnail.png", number}, {"model/geometry.bin", "g" + number}});
+        builder.addLink(4, 0x01, quint32(i), quint32(i % (packages / 10)));
+    }
+    return builder;
+}
+
+struct BareSignature
+{
+    QByteArray signature;
+    QByteArray message;
+    QByteArray point;
+};
+
+std::vector<BareSignature> signaturesOf(const LedgerTables &tables)
+{
+    std::vector<BareSignature> signatures;
+    for (const PackageEntry &package : tables.packages)
+        signatures.push_back(
+            {QByteArray(package.signature, 64),
+             signedContent(package, tables.types.at(package.typeIndex)),
+             tables.issuers.at(package.issuerIndex).publicKey.bytes().mid(12)});
+    return signatures;
+}
+
+bool verify(const BareSignature &bare)
+{
+    const auto bytes = [](const QByteArray &array) {
+        return reinterpret_cast<const unsigned char *>(array.constData());
+    };
+    return crypto_sign_ed25519_verify_detached(
+               bytes(bare.signature), bytes(bare.message), quint64(bare.message.size()),
+               bytes(bare.point))
+           == 0;
+}
+
+// All of them on as many threads as there are cores, each taking the next hundred.
+int verifyAll(const std::vector<BareSignature> &signatures)
+{
+    constexpr size_t batch = 100;
+    std::atomic<size_t> next{0};
+    std::atomic_int good{0};
+    const auto work = [&] {
+        for (size_t begin = next.fetch_add(batch); begin < signatures.size();
+             begin = next.fetch_add(batch)) {
+            for (size_t i = begin; i < std::min(begin + batch, signatures.size()); ++i)
+                good += verify(signatures.at(i)) ? 1 : 0;
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < QThread::idealThreadCount(); ++i)
+        threads.emplace_back(work);
+    for (std::thread &thread : threads)
+        thread.join();
+    return good;
+}
+
+template<typename Function>
+double measure(const Function &function)
+{
+    const auto start = std::chrono::steady_clock::now();
+    function();
+    return Milliseconds(std::chrono::steady_clock::now() - start).count();
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.at(values.size() / 2);
+}
+
+// In kB, of this process; -1 where the system doesn't tell.
+double processMemory(const QByteArray &field)
+{
+    QFile status("/proc/self/status");
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith(field))
+            return line.mid(field.size()).simplified().split(' ').first().toDouble();
+    }
+    return -1;
+}
+
+void resetPeak()
+{
+    QFile file("/proc/self/clear_refs");
+    if (file.open(QIODevice::WriteOnly))
+        file.write("5");
+}
+
+class Run
+{
+public:
+    explicit Run(int packages);
+
+    void round();
+    void report() const;
+
+private:
+    void load(VerifiedSignatures &known) const;
+
+    int m_packages;
+    QByteArray m_ledger;
+    nk::crypto::ed25519::PublicKey m_trustKey;
+    std::vector<BareSignature> m_signatures;
+    double m_peak = 0;
+    std::vector<double> m_bare;
+    std::vector<double> m_cold;
+    std::vector<double> m_warm;
+    std::vector<double> m_coldRatio;
+    std::vector<double> m_warmRatio;
+};
+
+Run::Run(int packages)
+    : m_packages(packages)
+{
+    {
+        const LedgerBuilder builder = catalogue(packages);
+        m_ledger = builder.build();
+        m_trustKey = builder.trustKey();
+    }
+    VerifiedSignatures known;
+    resetPeak();
+    const double before = processMemory("VmRSS:");
+    const LedgerTables tables = loadLedger(m_ledger, m_trustKey, known);
+    m_peak = processMemory("VmHWM:") - before;
+    if (tables.packages.size() != packages)
+        fail("The ledger is refused");
+    m_signatures = signaturesOf(tables);
+    if (verifyAll(m_signatures) != packages)
+        fail("A bare signature is refused");
+}
+
+void Run::load(VerifiedSignatures &known) const
+{
+    if (loadLedger(m_ledger, m_trustKey, known).packages.size() != m_packages)
+        fail("The ledger is refused");
+}
+
+void Run::round()
+{
+    VerifiedSignatures known;
+    m_bare.push_back(measure([this] { verifyAll(m_signatures); }));
+    m_cold.push_back(measure([&] { load(known); }));
+    m_warm.push_back(measure([&] { load(known); }));
+    m_coldRatio.push_back(m_cold.back() / m_bare.back());
+    m_warmRatio.push_back(m_cold.back() / m_warm.back());
+}
+
+void Run::report() const
+{
+    QTextStream out(stdout);
+    out.setRealNumberNotation(QTextStream::FixedNotation);
+    out.setRealNumberPrecision(2);
+    out << "packages              " << m_packages << "\nledger                "
+        << double(m_ledger.size()) / (1024 * 1024) << " MiB\ncores                 "
+        << QThread::idealThreadCount() << "\nbare verifications    " << median(m_bare)
+        << " ms\nfirst load            " << median(m_cold) << " ms\nunchanged second load "
+        << median(m_warm) << " ms\nfirst load / bare     " << median(m_coldRatio)
+        << "   (at most 1.15)\nfirst / second load   " << median(m_warmRatio)
+        << "   (at least 10)\npeak beyond ledger    " << m_peak / 1024 << " MiB" << Qt::endl;
+}
+
+} // namespace
+
+// bench_ledger [packages [rounds]]
+int main(int argc, char **argv)
+{
+    const QCoreApplication app(argc, argv);
+    const QStringList arguments = app.arguments();
+    Run run(std::max(10, arguments.value(1, "50000").toInt()));
+    for (int i = 0; i < std::max(1, arguments.value(2, "7").toInt()); ++i)
+        run.round();
+    run.report();
+    return 0;
+}

@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "sources/ledgerfileproxy.h"
+
+#include "install/filestore.h"
+#include "proxy/fileproxyserver.h"
+#include "sources/ledgerformat.h"
+
+#include <norvak/request.h>
+#include <norvakaccount/service.h>
+
+#include <QThread>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace nk::pm {
+
+namespace {
+
+enum ProxyStatus { Ok = 200, NotFound = 404, InternalError = 500, BadGateway = 502 };
+
+// The first package with this id, the first file of it with this name; null if there is none.
+const char *findFile(const QVector<PackageEntry> &packages, const QByteArray &id,
+                     const QByteArray &fileName)
+{
+    const auto package = std::find_if(packages.cbegin(), packages.cend(), [&](const auto &entry) {
+        return entry.id.bytes() == id;
+    });
+    return package == packages.cend() ? nullptr : package->files.value(fileName);
+}
+
+} // namespace
+
+QString fileDigest(const char *hash)
+{
+    return QString::fromLatin1(QByteArray::fromRawData(hash, ledger::hashSize).toHex());
+}
+
+LedgerFileProxy::LedgerFileProxy(const QByteArray &ledger, const QVector<PackageEntry> &packages,
+                                 nk::account::Service *service,
+                                 const QSharedPointer<FileStore> &store)
+    : m_ledger(ledger)
+    , m_packages(packages)
+    , m_service(service)
+    , m_store(store)
+    , m_server(FileProxyServer::instance())
+    , m_token(m_server->addProxy(this))
+{
+}
+
+LedgerFileProxy::~LedgerFileProxy()
+{
+    m_server->removeProxy(m_token);
+}
+
+void LedgerFileProxy::release(std::unique_ptr<LedgerFileProxy> proxy)
+{
+    if (!proxy || proxy->m_server->thread() == QThread::currentThread())
+        return;
+    // The server lives on until this event is handled, or deletes it with its own end.
+    FileProxyServer *server = proxy->m_server.data();
+    std::shared_ptr<LedgerFileProxy> there(std::move(proxy));
+    QMetaObject::invokeMethod(server, [there] {}, Qt::QueuedConnection);
+}
+
+QUrl LedgerFileProxy::url(const QString &package, const QString &fileName) const
+{
+    const QUrl relative(QStringLiteral("%1/%2").arg(package, fileName));
+    const bool leadsElsewhere = !relative.scheme().isEmpty() || !relative.authority().isEmpty();
+    return leadsElsewhere ? QUrl() : m_server->proxyUrl(m_token, relative);
+}
+
+void LedgerFileProxy::requestFile(const QUrl &url)
+{
+    if (!m_service)
+        return respond(url, BadGateway);
+    QStringList parts = url.path(QUrl::FullyDecoded).split(QLatin1Char('/'));
+    if (parts.size() < 2)
+        return respond(url, NotFound);
+    const QByteArray id = parts.takeFirst().toLatin1();
+    const char *hash = findFile(m_packages, id, parts.join(QLatin1Char('/')).toUtf8());
+    if (!hash)
+        return respond(url, NotFound);
+    const QString digest = fileDigest(hash);
+    if (m_store->contains(digest))
+        respond(url, Ok, m_store->filePath(digest));
+    else
+        download(url, digest);
+}
+
+void LedgerFileProxy::download(const QUrl &url, const QString &digest)
+{
+    FileStoreTarget *target = m_store->createTarget(digest, QCryptographicHash::Sha224);
+    if (!target)
+        return respond(url, InternalError);
+    nk::GetRequest *request
+        = m_service->getRequest(QUrl(QStringLiteral("./api/v1/ledger/%1").arg(digest)));
+    target->setParent(request);
+    request->setDataSink(target);
+    // All by value: the answer is given also when this proxy is gone.
+    const auto answer = [server = m_server, store = m_store, token = m_token, url, digest, request,
+                         target] {
+        int code = request->responseCode();
+        if (code == Ok && target->commit() != FileStoreTarget::CommitOk)
+            code = InternalError;
+        if (code == 0) // there was no answer to pass on
+            code = BadGateway;
+        server->respond(token, url, code, code == Ok ? store->filePath(digest) : QString());
+    };
+    QObject::connect(request, &nk::Request::finished, request, answer);
+}
+
+void LedgerFileProxy::respond(const QUrl &url, int code, const QString &filePath) const
+{
+    m_server->respond(m_token, url, code, filePath);
+}
+
+} // namespace nk::pm

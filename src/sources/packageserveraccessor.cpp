@@ -1,0 +1,190 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "sources/packageserveraccessor.h"
+
+#include "install/filestore.h"
+#include "install/packageserverinstaller.h"
+#include "sources/ledgerfileproxy.h"
+#include "sources/ledgerformat.h"
+#include "sources/ledgerloader.h"
+#include "sources/trustkey.h"
+#include "sources/verifiedsignatures.h"
+
+#include <norvakaccount/service.h>
+
+#include <QJsonDocument>
+#include <QPointer>
+
+#include <algorithm>
+
+namespace nk::pm {
+
+using nk::crypto::ed25519::PublicKey;
+
+struct PackageServerAccessorPrivate
+{
+    PackageServerAccessor *q;
+    QPointer<nk::account::Service> service;
+    QByteArray ledger; // never changed: the tables are views of it
+    PublicKey trustKey;
+    QSharedPointer<FileStore> fileStore;
+    LedgerTables tables;
+    std::unique_ptr<LedgerFileProxy> fileProxy; // null until a file isn't in the store
+
+    LedgerFileProxy &proxy();
+    QString idOf(int index, bool ofPackage) const;
+};
+
+LedgerFileProxy &PackageServerAccessorPrivate::proxy()
+{
+    if (!fileProxy)
+        fileProxy = std::make_unique<LedgerFileProxy>(ledger, tables.packages, service, fileStore);
+    return *fileProxy;
+}
+
+// Nothing for an index that the ledger doesn't have: nobody has checked it so far.
+QString PackageServerAccessorPrivate::idOf(int index, bool ofPackage) const
+{
+    const int count = ofPackage ? tables.packages.size() : tables.keywords.size();
+    if (index < 0 || index >= count)
+        return {};
+    return (ofPackage ? tables.packages.at(index).id : tables.keywords.at(index).id).text();
+}
+
+static KeywordString keywordString(const QString &language, const LedgerString &forms)
+{
+    const QList<QByteArray> parts = forms.bytes().split(ledger::formSeparator);
+    KeywordString string;
+    string.language = language;
+    string.string = QString::fromUtf8(parts.first());
+    string.plural = QString::fromUtf8(parts.value(1));
+    return string;
+}
+
+PackageServerAccessor::PackageServerAccessor(nk::account::Service *service,
+                                             const QByteArray &ledger)
+    : PackageServerAccessor(service, ledger, PublicKey::fromPEM(ledger::trustKeyPem()))
+{
+}
+
+PackageServerAccessor::PackageServerAccessor(nk::account::Service *service,
+                                             const QByteArray &ledger, const PublicKey &trustKey)
+    : d(new PackageServerAccessorPrivate{
+        this, service, ledger, trustKey, FileStore::instance(), {}, nullptr})
+{
+}
+
+PackageServerAccessor::~PackageServerAccessor()
+{
+    LedgerFileProxy::release(std::move(d->fileProxy));
+}
+
+void PackageServerAccessor::load()
+{
+    d->tables = loadLedger(d->ledger, d->trustKey, VerifiedSignatures::instance());
+}
+
+int PackageServerAccessor::packageCount() const
+{
+    return d->tables.packages.size();
+}
+
+PackageInfo PackageServerAccessor::packageInfo(int index) const
+{
+    const PackageEntry &package = d->tables.packages.at(index);
+    const auto revision
+        = QByteArray::fromRawData(package.signature, ledger::revisionSignatureSize);
+    PackageInfo info;
+    info.id = package.id.text();
+    info.type = d->tables.types.at(package.typeIndex).text();
+    info.revision = QString::fromLatin1(revision.toBase64());
+    return info;
+}
+
+QJsonObject PackageServerAccessor::manifest(int index) const
+{
+    QJsonParseError error;
+    const QByteArray text = d->tables.packages.at(index).manifest.bytes();
+    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
+    if (error.error != QJsonParseError::NoError)
+        qCCritical(ledgerLog) << "Package manifest parsing failed:" << error.errorString();
+    return document.object();
+}
+
+QUrl PackageServerAccessor::fileUrl(int index, const QString &fileName) const
+{
+    const PackageEntry &package = d->tables.packages.at(index);
+    const char *hash = package.files.value(fileName.toUtf8());
+    if (!hash)
+        return {};
+    const QString digest = fileDigest(hash);
+    if (d->fileStore->contains(digest))
+        return QUrl::fromLocalFile(d->fileStore->filePath(digest));
+    return d->proxy().url(package.id.text(), fileName);
+}
+
+std::unique_ptr<PackageInstaller> PackageServerAccessor::createInstaller(
+    int index, const InstallLocation &location) const
+{
+    const auto &files = d->tables.packages.at(index).files;
+    QList<QByteArray> names = files.keys();
+    std::sort(names.begin(), names.end()); // of equal files, always the same one is installed
+    QHash<QByteArray, QString> namesByHash;
+    for (const QByteArray &name : std::as_const(names)) {
+        const QByteArray hash(files.value(name), ledger::hashSize);
+        if (!namesByHash.contains(hash))
+            namesByHash.insert(hash, QString::fromUtf8(name));
+    }
+    return std::make_unique<PackageServerInstaller>(namesByHash, d->service, d->fileStore,
+                                                    location);
+}
+
+int PackageServerAccessor::keywordCount() const
+{
+    return d->tables.keywords.size();
+}
+
+KeywordInfo PackageServerAccessor::keywordInfo(int index) const
+{
+    const LedgerKeyword &keyword = d->tables.keywords.at(index);
+    KeywordInfo info;
+    info.id = keyword.id.text();
+    info.type = keyword.type;
+    for (auto group = keyword.strings.cbegin(); group != keyword.strings.cend(); ++group) {
+        const QString language = d->tables.languages.at(group.key()).text();
+        for (const LedgerString &forms : group.value())
+            info.strings.append(keywordString(language, forms));
+    }
+    return info;
+}
+
+QStringList PackageServerAccessor::languages() const
+{
+    QStringList languages;
+    for (const LedgerString &language : d->tables.languages)
+        languages.append(language.text());
+    return languages;
+}
+
+int PackageServerAccessor::linkCount() const
+{
+    return d->tables.links.size();
+}
+
+LinkInfo PackageServerAccessor::linkInfo(int index) const
+{
+    const LedgerLink &link = d->tables.links.at(index);
+    LinkInfo info;
+    info.type = link.type;
+    info.from = d->idOf(link.from, link.isFromPackage());
+    info.to = d->idOf(link.to, link.isToPackage());
+    return info;
+}
+
+void PackageServerAccessor::requestFile(const QUrl &url)
+{
+    d->proxy().requestFile(url);
+}
+
+} // namespace nk::pm
