@@ -1,4 +1,14 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
-#include <QObject>
+#include "norvakdataabstraction/context.h"
+
+namespace nk::data {
+
+Context::Context(QObject *parent)
+    : QObject(parent)
+{}
+
+Context::~Context() = default;
+
+} // namespace nk::data

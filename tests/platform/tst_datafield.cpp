@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include <norvakdataabstraction/datafield.h>
+
+#include <QJsonArray>
+#include <QSignalSpy>
+#include <QtTest>
+
+using namespace nk::data;
+
+class TestDataField : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void name();
+    void values_data();
+    void values();
+    void fieldsShareAStruct();
+    void withoutDocument();
+};
+
+void TestDataField::name()
+{
+    DataField field;
+    QSignalSpy spy(&field, &DataField::nameChanged);
+    QVERIFY(field.setProperty("name", "title"));
+    field.setName("title");
+    QCOMPARE(field.name(), QString("title"));
+    QCOMPARE(spy.count(), 1);
+}
+
+void TestDataField::values_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QJsonValue>("stored");
+    QTest::addColumn<QVariant>("read");
+    QTest::newRow("text") << QVariant("x") << QJsonValue("x") << QVariant("x");
+    QTest::newRow("number") << QVariant(2.5) << QJsonValue(2.5) << QVariant(2.5);
+    QTest::newRow("list") << QVariant(QStringList{"a", "b"}) << QJsonValue(QJsonArray{"a", "b"})
+                          << QVariant(QVariantList{"a", "b"});
+    QTest::newRow("none removes") << QVariant() << QJsonValue(QJsonValue::Undefined) << QVariant();
+}
+
+void TestDataField::values()
+{
+    QFETCH(QVariant, value);
+    QFETCH(QVariant, read);
+    LinkedDocument document;
+    DataField field;
+    field.setName("title");
+    document.setStructValue("key", "title", "before");
+    field.write(&document, "key", value);
+    QTEST(document.getStructValue("key", "title"), "stored");
+    QCOMPARE(field.read(&document, "key"), read);
+    QCOMPARE(field.convert(value), read);
+    QVERIFY(field.compare(value, read));
+    QVERIFY(!field.compare(value, QVariant("something else")));
+}
+
+void TestDataField::fieldsShareAStruct()
+{
+    LinkedDocument document;
+    DataField title, size;
+    title.setName("title");
+    size.setName("size");
+    title.write(&document, "a", "lamp");
+    size.write(&document, "a", 3);
+    title.write(&document, "b", "desk");
+    QCOMPARE(title.read(&document, "a").toString(), QString("lamp"));
+    QCOMPARE(size.read(&document, "a").toInt(), 3);
+    QCOMPARE(title.read(&document, "b").toString(), QString("desk"));
+    QVERIFY(!size.read(&document, "b").isValid());
+}
+
+void TestDataField::withoutDocument()
+{
+    DataField field;
+    field.write(nullptr, "a", 1);
+    QVERIFY(!field.read(nullptr, "a").isValid());
+}
+
+QTEST_GUILESS_MAIN(TestDataField)
+#include "tst_datafield.moc"

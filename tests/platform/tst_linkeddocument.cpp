@@ -1,0 +1,347 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include <norvakdataabstraction/linkeddocument.h>
+
+#include "support/filesizelimit.h"
+#include "support/testfiles.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace nk::data;
+using nk::pm::test::FileSizeLimit;
+using nk::pm::test::readFile;
+using nk::pm::test::writeFile;
+
+namespace {
+
+class Lamp : public QObject
+{
+    Q_OBJECT
+
+public:
+    Lamp(const QByteArray &id, QObject *parent)
+        : QObject(parent)
+    {
+        setObjectName(QString::fromLatin1(id));
+    }
+};
+
+class BrightLamp : public Lamp
+{
+    Q_OBJECT
+
+public:
+    using Lamp::Lamp;
+};
+
+/// Lamps are the children of the document's context; attaching makes a missing one.
+struct LampReferences
+{
+    static int typeId() { return 7; }
+    static QByteArray identifier(Lamp *lamp) { return lamp->objectName().toLatin1(); }
+    static Lamp *getReference(const LinkedDocument *document, const QByteArray &identifier)
+    {
+        return document->context()
+                   ? document->context()->findChild<Lamp *>(QString::fromLatin1(identifier))
+                   : nullptr;
+    }
+    static void attachReference(LinkedDocument *document, const QByteArray &identifier)
+    {
+        if (!getReference(document, identifier))
+            new Lamp(identifier, document->context());
+    }
+};
+
+} // namespace
+
+class TestLinkedDocument : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void structs();
+    void contextIsNotOwned();
+    void roundTripThroughAFile();
+    void whatIsUnknownIsKept();
+    void mixedEscapesAreFound();
+    void filesThatAreNoDocuments_data();
+    void filesThatAreNoDocuments();
+    void saveThatFailsLeavesTheFile_data();
+    void saveThatFailsLeavesTheFile();
+    void saveIntoNowhere();
+    void references_data();
+    void references();
+    void strangeReferences_data();
+    void strangeReferences();
+    void objectsWithoutReference();
+    void attachReferences();
+
+private:
+    QTemporaryDir m_directory;
+};
+
+void TestLinkedDocument::initTestCase()
+{
+    LinkedDocument::registerReferenceType<LampReferences, Lamp>();
+}
+
+void TestLinkedDocument::structs()
+{
+    LinkedDocument document;
+    QVERIFY(document.getStructValue("a", "x").isUndefined());
+    document.setStructValue("a", "x", QJsonValue::Undefined);
+    QCOMPARE(document.structKeys(), QStringList());
+
+    document.setStructValue("b", "x", 1);
+    document.setStructValue("a", "x", "one");
+    document.setStructValue("a", "y", QJsonValue::Null);
+    QCOMPARE(document.structKeys(), (QStringList{"a", "b"}));
+    QCOMPARE(document.getStructValue("a", "x"), QJsonValue("one"));
+    QCOMPARE(document.getStructValue("a", "y"), QJsonValue(QJsonValue::Null));
+    QCOMPARE(document.getStructValue("b", "x"), QJsonValue(1));
+    QVERIFY(document.getStructValue("b", "y").isUndefined());
+
+    document.setStructValue("a", "x", QJsonValue::Undefined);
+    QVERIFY(document.getStructValue("a", "x").isUndefined());
+    QVERIFY(document.getStructValue("a", "y").isNull());
+    document.removeStruct("a");
+    QCOMPARE(document.structKeys(), QStringList{"b"});
+}
+
+void TestLinkedDocument::contextIsNotOwned()
+{
+    QScopedPointer<Context> context(new Context);
+    LinkedDocument document(context.data());
+    QCOMPARE(document.context(), context.data());
+    context.reset();
+    QCOMPARE(document.context(), nullptr);
+    Context other;
+    document.setContext(&other);
+    QCOMPARE(document.context(), &other);
+}
+
+void TestLinkedDocument::roundTripThroughAFile()
+{
+    const QString path = m_directory.filePath("round.json");
+    const QJsonValue values[] = {
+        "text",
+        QString::fromUtf8("\u00e4\u6f22\U0001F600\n"),
+        QString(QChar(0)),
+        0.1,
+        9007199254740991LL,
+        true,
+        QJsonValue::Null,
+        QJsonArray{1, QJsonArray{"deep"}},
+        ""};
+    LinkedDocument document;
+    int count = 0;
+    for (const QJsonValue &value : values)
+        document.setStructValue(QString::fromUtf8("key \u00e4"), QString::number(count++), value);
+    QString error;
+    QVERIFY2(document.save(path, &error), qPrintable(error));
+
+    LinkedDocument loaded;
+    loaded.setStructValue("gone", "x", 1);
+    QVERIFY2(loaded.load(path, &error), qPrintable(error));
+    QCOMPARE(loaded.structKeys(), QStringList{QString::fromUtf8("key \u00e4")});
+    for (int i = 0; i < count; ++i)
+        QCOMPARE(
+            loaded.getStructValue(QString::fromUtf8("key \u00e4"), QString::number(i)), values[i]);
+
+    const QByteArray bytes = readFile(path);
+    QVERIFY(loaded.save(path));
+    QCOMPARE(readFile(path), bytes);
+}
+
+void TestLinkedDocument::whatIsUnknownIsKept()
+{
+    const QString path = m_directory.filePath("newer.json");
+    const QByteArray newer =
+        R"({"version": 9, "window": {"x": [1, {"structs": null}]},)"
+        R"( "structs": {"a": {"known": 1, "novel": {"deep": [true]}}, "later": {}}})";
+    writeFile(path, newer);
+    LinkedDocument document;
+    QVERIFY(document.load(path));
+    document.setStructValue("a", "known", 2);
+    QVERIFY(document.save(path));
+
+    QByteArray expected = newer;
+    expected.replace("\"known\": 1", "\"known\": 2");
+    QCOMPARE(QJsonDocument::fromJson(readFile(path)), QJsonDocument::fromJson(expected));
+}
+
+void TestLinkedDocument::mixedEscapesAreFound()
+{
+    const QString path = m_directory.filePath("mixed.json");
+    QByteArray names;
+    for (int i = 0; i < 20; ++i)
+        names += (i % 2 ? "\"\u00e4" : "\"\\u00e4") + QByteArray::number(i)
+                 + "\": " + QByteArray::number(i) + ",";
+    writeFile(path, "{" + names + "\"structs\": {\"s\": {" + names + "\"end\": 0}}}");
+    LinkedDocument document;
+    QVERIFY(document.load(path));
+    for (int i = 0; i < 20; ++i)
+        QCOMPARE(document.getStructValue("s", QString::fromUtf8("\u00e4%1").arg(i)), QJsonValue(i));
+}
+
+void TestLinkedDocument::filesThatAreNoDocuments_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("reason");
+    const auto row = [](const char *name, const QByteArray &content, const char *reason) {
+        QTest::newRow(name) << content << reason;
+    };
+    row("empty", "", "illegal value, at byte 0");
+    row("cut", "{\"structs\": {\"a\"", "at byte 16");
+    row("not json", "collection", "illegal value, at byte");
+    row("array", "[{\"structs\": {}}]", "not a JSON object");
+    row("other json", "{\"name\": \"x\"}", "not a document: it has no object \"structs\"");
+    row("structs no object", "{\"structs\": []}", "not a document: it has no object \"structs\"");
+    row("struct no object", "{\"structs\": {\"a\": {}, \"b\": 1}}",
+        "struct \"b\" is not an object");
+    row("too deep", "{\"structs\": {\"a\": " + QByteArray(5000, '['), "too deeply nested");
+}
+
+void TestLinkedDocument::filesThatAreNoDocuments()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, reason);
+    const QString path = m_directory.filePath("strange.json");
+    writeFile(path, content);
+    LinkedDocument document;
+    document.setStructValue("mine", "x", 1);
+    QString error;
+    QVERIFY(!document.load(path, &error));
+    QVERIFY2(error.startsWith(path + ": ") && error.contains(reason), qPrintable(error));
+    QVERIFY(!document.load(m_directory.path(), &error));
+    QVERIFY(!document.load(m_directory.filePath("missing.json"), &error));
+    QVERIFY2(error.contains("missing.json: No such file"), qPrintable(error));
+    QCOMPARE(document.structKeys(), QStringList{"mine"});
+}
+
+void TestLinkedDocument::saveThatFailsLeavesTheFile_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::newRow("in the last buffer") << 200;
+    QTest::newRow("before") << 100000;
+}
+
+void TestLinkedDocument::saveThatFailsLeavesTheFile()
+{
+    QFETCH(int, size);
+    QDir directory(m_directory.path());
+    QVERIFY(directory.mkpath("full"));
+    const QString path = directory.filePath("full/collection.json");
+    LinkedDocument document;
+    QVERIFY(document.save(path));
+    const QByteArray before = readFile(path);
+
+    document.setStructValue("a", "x", QString(size, 'x'));
+    QString error;
+    {
+        const FileSizeLimit disk(size / 2);
+        QVERIFY(!document.save(path, &error));
+    }
+    QCOMPARE(error, path + ": can't be written whole");
+    QCOMPARE(readFile(path), before);
+    QCOMPARE(
+        QDir(m_directory.filePath("full"))
+            .entryList(QDir::AllEntries | QDir::NoDotAndDotDot)
+            .size(),
+        1);
+}
+
+void TestLinkedDocument::saveIntoNowhere()
+{
+    LinkedDocument document;
+    QString error;
+    QVERIFY(!document.save(m_directory.filePath("no/such/directory.json"), &error));
+    QVERIFY2(error.contains("directory.json: "), qPrintable(error));
+    QVERIFY(!document.save(m_directory.path()));
+}
+
+void TestLinkedDocument::references_data()
+{
+    QTest::addColumn<QByteArray>("identifier");
+    QTest::addColumn<QString>("reference");
+    QTest::newRow("plain") << QByteArray("desk") << "ref:7:desk";
+    QTest::newRow("separators") << QByteArray("a:b:") << "ref:7:a:b:";
+    QTest::newRow("a reference") << QByteArray("ref:1:x") << "ref:7:ref:1:x";
+    QTest::newRow("blank") << QByteArray(" ") << "ref:7: ";
+    QTest::newRow("latin") << QByteArray("\xe4") << QString::fromUtf8("ref:7:\u00e4");
+}
+
+void TestLinkedDocument::references()
+{
+    QFETCH(QByteArray, identifier);
+    QFETCH(QString, reference);
+    const QString path = m_directory.filePath("references.json");
+    Context context;
+    Lamp other("other", &context);
+    BrightLamp lamp(identifier, &context);
+    LinkedDocument document(&context);
+    QCOMPARE(document.encodeReference(&lamp), reference);
+    document.setStructValue("room", "light", reference);
+    QVERIFY(document.save(path));
+
+    LinkedDocument loaded(&context);
+    QVERIFY(loaded.load(path));
+    QCOMPARE(loaded.decodeReference(loaded.getStructValue("room", "light").toString()), &lamp);
+    loaded.setContext(nullptr);
+    QCOMPARE(loaded.decodeReference(reference), nullptr);
+}
+
+void TestLinkedDocument::strangeReferences_data()
+{
+    QTest::addColumn<QString>("reference");
+    for (const char *reference :
+         {"", "desk", "7:desk", "ref", "ref:", "ref:7", "ref::desk", "ref:x:desk", "ref:8:desk",
+          "ref:-7:desk", "ref:99999999999:desk", "REF:7:desk", " ref:7:desk", "ref:7:lost",
+          "ref:7:"})
+        QTest::newRow(*reference ? reference : "empty") << reference;
+}
+
+void TestLinkedDocument::strangeReferences()
+{
+    QFETCH(QString, reference);
+    Context context;
+    Lamp lamp("desk", &context);
+    LinkedDocument document(&context);
+    QCOMPARE(document.decodeReference(reference), nullptr);
+}
+
+void TestLinkedDocument::objectsWithoutReference()
+{
+    LinkedDocument document;
+    QObject other;
+    Lamp nameless(QByteArray(), &other);
+    QCOMPARE(document.encodeReference(nullptr), QString());
+    QCOMPARE(document.encodeReference(&other), QString());
+    QCOMPARE(document.encodeReference(&nameless), QString());
+}
+
+void TestLinkedDocument::attachReferences()
+{
+    Context context;
+    Lamp desk("desk", &context);
+    LinkedDocument document(&context);
+    document.setStructValue("a", "light", "ref:7:desk");
+    document.setStructValue("a", "second", "ref:7:bed");
+    document.setStructValue("b", "light", "ref:7:bed");
+    document.setStructValue("b", "text", "desk");
+    document.setStructValue("b", "number", 7);
+    document.attachReferences();
+    QStringList names;
+    for (const Lamp *lamp : context.findChildren<Lamp *>())
+        names += lamp->objectName();
+    QCOMPARE(names, (QStringList{"desk", "bed"}));
+}
+
+QTEST_GUILESS_MAIN(TestLinkedDocument)
+#include "tst_linkeddocument.moc"
