@@ -200,6 +200,17 @@ void NginxServer::writeConfiguration() const
     writeFile(m_directory.filePath(QStringLiteral("nginx.conf")), text);
 }
 
+void NginxServer::restart()
+{
+    m_process.kill();
+    m_process.waitForFinished();
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        if (start())
+            return;
+    }
+    qFatal("nginx doesn't start again");
+}
+
 bool NginxServer::start()
 {
     m_process.setProgram(findProgram(QStringLiteral("nginx")));

@@ -49,6 +49,8 @@ public:
     int connectionsOfLast(int count) const;
     /// Kills the server at once, as a crash would.
     void kill() { m_process.kill(); }
+    /// Starts it again on the same ports.
+    void restart();
 
 private:
     /// Ends the child when this process dies without a chance to do so itself.
