@@ -7,17 +7,20 @@
 #include "index/packageindexnode.h"
 #include "references/packagereference.h"
 #include "sources/localpackagesource.h"
+#include "terminal/sourceurls.h"
 
 #include <QDir>
 #include <QEventLoop>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 
 namespace nk::pm::cli {
 namespace {
 
 constexpr std::chrono::seconds translationPatience{10};
+constexpr std::chrono::seconds answerPatience{20};
 
 /// What keeps \a path from being read as a catalogue; empty if nothing does.
 QString faultOf(const QString &path)
@@ -56,26 +59,99 @@ Catalogue::~Catalogue()
 
 QString Catalogue::open()
 {
-    for (const auto &path : m_options.localDirectories) {
+    for (const auto make : {&Catalogue::makeLocalSources, &Catalogue::makeNetworkSources}) {
+        const QString fault = (this->*make)();
+        if (!fault.isEmpty())
+            return fault;
+    }
+    waitForAnswers();
+    for (const auto &source : m_sources)
+        m_repository.addSource(source.get());
+    waitForIndex();
+    return faultOfNetwork();
+}
+
+QString Catalogue::makeLocalSources()
+{
+    for (const QString &path : m_options.localDirectories) {
         QString fault = faultOf(path);
         if (!fault.isEmpty())
             return fault;
         const QString absolute = QDir(path).absolutePath();
-        add(std::make_unique<LocalPackageSource>(absolute, nullptr), QStringLiteral("local"),
-            absolute);
+        m_sources.push_back(std::make_unique<TrackedSource>(
+            std::make_unique<LocalPackageSource>(absolute, nullptr), QStringLiteral("local"),
+            absolute, m_owners));
     }
-    QEventLoop loop;
-    connect(&m_repository, &PackageRepository::packageIndexChanged, &loop, &QEventLoop::quit);
-    loop.exec();
     return {};
 }
 
-void Catalogue::add(
-    std::unique_ptr<PackageSource> source, const QString &kind, const QString &location)
+QString Catalogue::makeNetworkSources()
 {
-    m_sources.push_back(
-        std::make_unique<TrackedSource>(std::move(source), kind, location, m_owners));
-    m_repository.addSource(m_sources.back().get());
+    for (const QString &text : m_options.servers) {
+        const QUrl url = terminal::serverUrl(text);
+        if (url.isEmpty())
+            return QStringLiteral("%1 is no address of a package server, such as "
+                                  "https://catalogue.example.org/")
+                .arg(terminal::withoutCredentials(text));
+        m_sources.push_back(std::make_unique<TrackedSource>(
+            app::makeServerSource(url), QStringLiteral("server"), m_owners));
+    }
+    for (const QString &text : m_options.databases) {
+        const QUrl url = terminal::databaseUrl(text);
+        if (url.isEmpty())
+            return QStringLiteral("%1 is no URL of a database, such as "
+                                  "http://127.0.0.1:5984/catalogue")
+                .arg(terminal::withoutCredentials(text));
+        m_sources.push_back(std::make_unique<TrackedSource>(
+            app::makeCouchDBSource(url), QStringLiteral("couchdb"), m_owners));
+    }
+    return {};
+}
+
+void Catalogue::waitForAnswers()
+{
+    QEventLoop loop;
+    const auto haveAllPolled = [this] {
+        return std::all_of(m_sources.begin(), m_sources.end(), [](const auto &source) {
+            return !source->network() || source->network()->hasPolled();
+        });
+    };
+    for (const auto &source : m_sources) {
+        if (source->network())
+            connect(source->network(), &app::SourceNetwork::polled, &loop, [&] {
+                if (haveAllPolled())
+                    loop.quit();
+            });
+    }
+    QTimer::singleShot(answerPatience, &loop, &QEventLoop::quit);
+    if (!haveAllPolled())
+        loop.exec();
+}
+
+void Catalogue::waitForIndex()
+{
+    QEventLoop loop;
+    connect(&m_repository, &PackageRepository::packageIndexChanged, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+/// A source that failed but has something from an earlier time is worth a warning only.
+QString Catalogue::faultOfNetwork()
+{
+    for (const auto &source : m_sources) {
+        const app::SourceNetwork *network = source->network();
+        if (!network || (network->hasPolled() && network->fault().isEmpty()))
+            continue;
+        const QString fault = QStringLiteral("%1: %2").arg(
+            source->location(), network->hasPolled()
+                                    ? network->fault()
+                                    : QStringLiteral("the server didn't answer in time"));
+        const PackageAccessor *snapshot = snapshotOf(*source);
+        if (snapshot->packageCount() == 0 && snapshot->keywordCount() == 0)
+            return fault;
+        m_warnings.append(fault + QStringLiteral("; showing what it had before"));
+    }
+    return {};
 }
 
 const TrackedSource *Catalogue::sourceOf(const PackageNode *node) const

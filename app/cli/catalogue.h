@@ -31,9 +31,12 @@ public:
     explicit Catalogue(const SourceOptions &options, QObject *parent = nullptr);
     ~Catalogue() override;
 
-    /// Opens the sources and waits for the first index. Gives what is wrong with a source, or an
-    /// empty text.
+    /// Opens the sources, gives those on the network some seconds to answer, and waits for the
+    /// first index. Gives what is wrong with a source, or an empty text.
     QString open();
+
+    /// What the user should know of sources that are used all the same.
+    QStringList warnings() const { return m_warnings; }
 
     PackageRepository *repository() { return &m_repository; }
     /// The current index; never null after open() went well.
@@ -50,13 +53,19 @@ public:
     void waitForTranslations();
 
 private:
-    void add(std::unique_ptr<PackageSource> source, const QString &kind, const QString &location);
+    /// Makes the sources of one kind; gives what is wrong with one of them, or an empty text.
+    QString makeLocalSources();
+    QString makeNetworkSources();
+    void waitForAnswers();
+    void waitForIndex();
+    QString faultOfNetwork();
     bool translationsAreSettled();
 
     const SourceOptions m_options;
     SnapshotOwners m_owners;
     std::vector<std::unique_ptr<TrackedSource>> m_sources; // outlive the repository
     PackageRepository m_repository;
+    QStringList m_warnings;
 };
 
 } // namespace nk::pm::cli

@@ -17,7 +17,7 @@ namespace {
 /// Options of the whole program, as CLI11 fills them in.
 struct Global
 {
-    std::vector<std::string> local;
+    std::vector<std::string> local, servers, databases;
     std::string data;
     bool json = false;
     bool verbose = false;
@@ -173,6 +173,15 @@ void addGlobalOptions(CLI::App &app, Global &global)
     app.add_option("--local", global.local, "A directory of packages; repeatable")
         ->type_name("DIR")
         ->allow_extra_args(false);
+    app.add_option("--server", global.servers, "The address of a package server; repeatable")
+        ->type_name("URL")
+        ->allow_extra_args(false);
+    app.add_option(
+           "--couchdb", global.databases,
+           "A CouchDB database; user and password stand in the URL or in NKPM_COUCHDB_USER and "
+           "NKPM_COUCHDB_PASSWORD; repeatable")
+        ->type_name("URL")
+        ->allow_extra_args(false);
     app.add_option(
            "--data", global.data,
            "Where nkpm keeps its own files, instead of your data "
@@ -232,10 +241,10 @@ std::variant<Invocation, int> parseCommandLine(int argc, const char *const *argv
     } catch (const CLI::ParseError &error) {
         return explain(app, error);
     }
-    if (global.local.empty())
-        return refuse(app, "a source is missing: --local DIR");
+    if (global.local.empty() && global.servers.empty() && global.databases.empty())
+        return refuse(app, "a source is missing: --local DIR, --server URL or --couchdb URL");
     Invocation invocation;
-    invocation.sources.localDirectories = texts(global.local);
+    invocation.sources = {texts(global.local), texts(global.servers), texts(global.databases)};
     invocation.dataDirectory = text(global.data);
     invocation.json = global.json;
     invocation.verbose = global.verbose;

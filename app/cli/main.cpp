@@ -25,6 +25,8 @@ int carryOut(const Invocation &invocation)
         output.error(fault);
         return NotMet;
     }
+    for (const QString &warning : catalogue.warnings())
+        output.error(warning);
     const int code = std::visit(
         [&](const auto &options) { return run(options, catalogue, output); }, invocation.command);
     return output.flush() ? code : int(NotMet);

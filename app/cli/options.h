@@ -10,10 +10,12 @@
 
 namespace nk::pm::cli {
 
-/// Where packages come from, in the order of the command line.
+/// Where packages come from; each kind in the order of the command line.
 struct SourceOptions
 {
     QStringList localDirectories;
+    QStringList servers;   ///< URLs
+    QStringList databases; ///< URLs, perhaps with user and password
 };
 
 struct ListOptions

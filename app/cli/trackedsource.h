@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "network/networksource.h"
+
 #include "repository/packageaccessor.h"
 #include "repository/packagesource.h"
 
@@ -25,22 +27,25 @@ class TrackedSource : public PackageSource
     Q_OBJECT
 
 public:
-    /// \a kind ("local") and \a location (a path, a URL without credentials) are for the user.
-    /// \a owners has to outlive the source.
+    /// \a kind ("local") and \a location (a path) are for the user. \a owners has to outlive the
+    /// source.
     TrackedSource(
         std::unique_ptr<PackageSource> source, const QString &kind, const QString &location,
         SnapshotOwners &owners);
+    TrackedSource(app::NetworkSource source, const QString &kind, SnapshotOwners &owners);
 
     QString kind() const { return m_kind; }
     QString location() const { return m_location; }
+    /// How its polls went; null for a source that doesn't poll.
+    const app::SourceNetwork *network() const { return m_made.network.get(); }
 
-    int priority() const override { return m_source->priority(); }
+    int priority() const override { return m_made.source->priority(); }
     std::unique_ptr<PackageAccessor> getAccessor() override;
-    void persist() override { m_source->persist(); }
-    void update() override { m_source->update(); }
+    void persist() override { m_made.source->persist(); }
+    void update() override { m_made.source->update(); }
 
 private:
-    const std::unique_ptr<PackageSource> m_source;
+    const app::NetworkSource m_made;
     const QString m_kind;
     const QString m_location;
     SnapshotOwners &m_owners;

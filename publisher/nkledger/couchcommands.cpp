@@ -3,7 +3,7 @@
 
 #include "commands.h"
 #include "couchdb/couchpush.h"
-#include "terminal/databaseurl.h"
+#include "terminal/sourceurls.h"
 
 #include <QJsonArray>
 
@@ -59,7 +59,7 @@ ExitCode run(const CouchPushOptions &options, Output &output)
         return Fine;
     output.error(QStringLiteral("%1 doesn't hold the catalogue because of %2")
                      .arg(
-                         terminal::shown(database),
+                         terminal::withoutCredentials(options.database),
                          counted(report.problems.errorCount(), QStringLiteral("error"))));
     return Failed;
 }
