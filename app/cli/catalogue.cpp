@@ -7,7 +7,6 @@
 #include "index/packageindexnode.h"
 #include "references/packagereference.h"
 #include "sources/localpackagesource.h"
-#include "terminal/sourceurls.h"
 
 #include <QDir>
 #include <QEventLoop>
@@ -59,11 +58,10 @@ Catalogue::~Catalogue()
 
 QString Catalogue::open()
 {
-    for (const auto make : {&Catalogue::makeLocalSources, &Catalogue::makeNetworkSources}) {
-        const QString fault = (this->*make)();
-        if (!fault.isEmpty())
-            return fault;
-    }
+    const QString fault = makeLocalSources();
+    if (!fault.isEmpty())
+        return fault;
+    makeNetworkSources();
     waitForAnswers();
     for (const auto &source : m_sources)
         m_repository.addSource(source.get());
@@ -85,27 +83,14 @@ QString Catalogue::makeLocalSources()
     return {};
 }
 
-QString Catalogue::makeNetworkSources()
+void Catalogue::makeNetworkSources()
 {
-    for (const QString &text : m_options.servers) {
-        const QUrl url = terminal::serverUrl(text);
-        if (url.isEmpty())
-            return QStringLiteral("%1 is no address of a package server, such as "
-                                  "https://catalogue.example.org/")
-                .arg(terminal::withoutCredentials(text));
+    for (const QUrl &url : m_options.servers)
         m_sources.push_back(std::make_unique<TrackedSource>(
             app::makeServerSource(url), QStringLiteral("server"), m_owners));
-    }
-    for (const QString &text : m_options.databases) {
-        const QUrl url = terminal::databaseUrl(text);
-        if (url.isEmpty())
-            return QStringLiteral("%1 is no URL of a database, such as "
-                                  "http://127.0.0.1:5984/catalogue")
-                .arg(terminal::withoutCredentials(text));
+    for (const QUrl &url : m_options.databases)
         m_sources.push_back(std::make_unique<TrackedSource>(
             app::makeCouchDBSource(url), QStringLiteral("couchdb"), m_owners));
-    }
-    return {};
 }
 
 void Catalogue::waitForAnswers()
@@ -135,23 +120,22 @@ void Catalogue::waitForIndex()
     loop.exec();
 }
 
-/// A source that failed but has something from an earlier time is worth a warning only.
+/// A source that doesn't answer is worth no more than a warning, unless nothing is left to show.
 QString Catalogue::faultOfNetwork()
 {
     for (const auto &source : m_sources) {
         const app::SourceNetwork *network = source->network();
         if (!network || (network->hasPolled() && network->fault().isEmpty()))
             continue;
-        const QString fault = QStringLiteral("%1: %2").arg(
-            source->location(), network->hasPolled()
-                                    ? network->fault()
-                                    : QStringLiteral("the server didn't answer in time"));
-        const PackageAccessor *snapshot = snapshotOf(*source);
-        if (snapshot->packageCount() == 0 && snapshot->keywordCount() == 0)
-            return fault;
-        m_warnings.append(fault + QStringLiteral("; showing what it had before"));
+        const QString reason = network->hasPolled()
+                                   ? network->fault()
+                                   : QStringLiteral("the server didn't answer in time");
+        m_warnings.append(QStringLiteral("%1: %2").arg(source->location(), reason));
+        if (snapshotOf(*source)->packageCount() > 0)
+            m_warnings.last() += QStringLiteral("; showing what it had before");
     }
-    return {};
+    const bool isEmpty = PackageIndex::selectPackages(index(), {}, {}, {}).size() == 0;
+    return isEmpty && !m_warnings.isEmpty() ? m_warnings.first() : QString();
 }
 
 const TrackedSource *Catalogue::sourceOf(const PackageNode *node) const

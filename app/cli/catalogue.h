@@ -53,9 +53,9 @@ public:
     void waitForTranslations();
 
 private:
-    /// Makes the sources of one kind; gives what is wrong with one of them, or an empty text.
+    /// Gives what is wrong with one of them, or an empty text.
     QString makeLocalSources();
-    QString makeNetworkSources();
+    void makeNetworkSources();
     void waitForAnswers();
     void waitForIndex();
     QString faultOfNetwork();

@@ -4,6 +4,7 @@
 #include "commandline.h"
 
 #include "exitcodes.h"
+#include "terminal/sourceurls.h"
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
@@ -244,7 +245,18 @@ std::variant<Invocation, int> parseCommandLine(int argc, const char *const *argv
     if (global.local.empty() && global.servers.empty() && global.databases.empty())
         return refuse(app, "a source is missing: --local DIR, --server URL or --couchdb URL");
     Invocation invocation;
-    invocation.sources = {texts(global.local), texts(global.servers), texts(global.databases)};
+    invocation.sources.localDirectories = texts(global.local);
+    for (const QString &server : texts(global.servers)) {
+        invocation.sources.servers.append(terminal::serverUrl(server));
+        if (invocation.sources.servers.last().isEmpty())
+            return refuse(
+                app, "a package server has an address such as https://catalogue.example.org/");
+    }
+    for (const QString &database : texts(global.databases)) {
+        invocation.sources.databases.append(terminal::databaseUrl(database));
+        if (invocation.sources.databases.last().isEmpty())
+            return refuse(app, "a database has a URL such as http://127.0.0.1:5984/catalogue");
+    }
     invocation.dataDirectory = text(global.data);
     invocation.json = global.json;
     invocation.verbose = global.verbose;

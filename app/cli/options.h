@@ -5,6 +5,8 @@
 
 #include <QString>
 #include <QStringList>
+#include <QUrl>
+#include <QVector>
 
 #include <variant>
 
@@ -14,8 +16,8 @@ namespace nk::pm::cli {
 struct SourceOptions
 {
     QStringList localDirectories;
-    QStringList servers;   ///< URLs
-    QStringList databases; ///< URLs, perhaps with user and password
+    QVector<QUrl> servers;
+    QVector<QUrl> databases; ///< perhaps with user and password
 };
 
 struct ListOptions

@@ -38,8 +38,29 @@ QVector<Contribution> gather(const Catalogue &catalogue)
         contributions.append(
             {source.get(), accessor->packageCount(), used.value(source.get()),
              accessor->keywordCount(), accessor->linkCount(), accessor->languages()});
+        contributions.last().languages.removeAll(QString()); // a literal's
     }
     return contributions;
+}
+
+/// When a source on the network last answered; "no" if it didn't this time.
+QString answerText(const TrackedSource &source)
+{
+    const app::SourceNetwork *network = source.network();
+    if (!network)
+        return QStringLiteral("-");
+    const QDateTime time = network->lastAnswer();
+    return time.isValid() && network->fault().isEmpty() ? time.time().toString(Qt::ISODate)
+                                                        : QStringLiteral("no");
+}
+
+QJsonObject asJson(const app::SourceNetwork *network)
+{
+    if (!network)
+        return {};
+    return {
+        {QStringLiteral("lastAnswer"), network->lastAnswer().toString(Qt::ISODate)},
+        {QStringLiteral("fault"), network->fault()}};
 }
 
 Table asTable(const QVector<Contribution> &contributions)
@@ -47,14 +68,14 @@ Table asTable(const QVector<Contribution> &contributions)
     Table table{
         {QStringLiteral("KIND"), QStringLiteral("PRIORITY"), QStringLiteral("PACKAGES"),
          QStringLiteral("USED"), QStringLiteral("KEYWORDS"), QStringLiteral("LINKS"),
-         QStringLiteral("LANGUAGES"), QStringLiteral("LOCATION")},
+         QStringLiteral("LANGUAGES"), QStringLiteral("ANSWERED"), QStringLiteral("LOCATION")},
         {},
         {1, 2, 3, 4, 5}};
     for (const auto &c : contributions) {
         table.rows.append(
             {c.source->kind(), QString::number(c.source->priority()), QString::number(c.packages),
              QString::number(c.used), QString::number(c.keywords), QString::number(c.links),
-             c.languages.join(QLatin1Char(',')), c.source->location()});
+             c.languages.join(QLatin1Char(',')), answerText(*c.source), c.source->location()});
     }
     return table;
 }
@@ -66,6 +87,7 @@ QJsonObject asJson(const QVector<Contribution> &contributions)
         array.append(QJsonObject{
             {QStringLiteral("kind"), c.source->kind()},
             {QStringLiteral("location"), c.source->location()},
+            {QStringLiteral("network"), asJson(c.source->network())},
             {QStringLiteral("priority"), c.source->priority()},
             {QStringLiteral("packages"), c.packages},
             {QStringLiteral("used"), c.used},
