@@ -7,8 +7,8 @@ namespace nk::data {
 
 namespace {
 
-constexpr QLatin1String structsMember("structs");
-constexpr QLatin1String referencePrefix("ref");
+const QLatin1String structsMember("structs");
+const QLatin1String referencePrefix("ref");
 
 // Objects are read and written by iteration: a look-up in a parsed object can miss a member that is
 // there, where the file has the same letters now as they are and now escaped.

@@ -73,7 +73,7 @@ void FileProxyServer::release(FileProxyServer *server)
 
 QString FileProxyServer::addProxy(IFileProxy *proxy)
 {
-    const QString token = newToken();
+    QString token = newToken();
     d->proxies.insert(token, proxy);
     return token;
 }

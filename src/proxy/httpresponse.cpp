@@ -38,10 +38,9 @@ QByteArray contentType(const QByteArray &start)
     static QCache<QByteArray, QByteArray> known(1000);
     if (const QByteArray *name = known.object(start))
         return *name;
-    auto *name = new QByteArray(database.mimeTypeForData(start).name().toLatin1());
-    const QByteArray result = *name;
-    known.insert(start, name);
-    return result;
+    QByteArray name = database.mimeTypeForData(start).name().toLatin1();
+    known.insert(start, new QByteArray(name));
+    return name;
 }
 
 } // namespace nk::pm
