@@ -3,6 +3,7 @@
 
 #include "publish/publication.h"
 
+#include "catalogue/parallel.h"
 #include "publish/filehasher.h"
 
 #include <norvakutil/fileutils.h>
@@ -12,6 +13,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <atomic>
 #include <filesystem>
 
 #ifdef Q_OS_LINUX
@@ -68,6 +70,36 @@ QByteArray contentOf(const QString &path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
+
+/// Up to here files are synchronised one by one: cheap, and it doesn't wait for what other programs
+/// have written. Beyond, everything on the file system at once is cheaper.
+constexpr int fewFiles = 100;
+
+#ifdef Q_OS_LINUX
+
+constexpr bool canSyncAll = true;
+
+bool syncAll(const QString &directory)
+{
+    const int descriptor =
+        ::open(QFile::encodeName(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool synced = ::syncfs(descriptor) == 0;
+    ::close(descriptor);
+    return synced;
+}
+
+#else
+
+constexpr bool canSyncAll = false;
+
+bool syncAll(const QString &)
+{
+    return false;
+}
+
+#endif
 
 bool hasContentTime(const QFileInfo &info, const QByteArray &digest)
 {
@@ -132,27 +164,31 @@ bool Publication::has(const QByteArray &digest, qint64 size) const
     return info.isFile() && info.size() == size && hasContentTime(info, digest);
 }
 
-QString Publication::addFile(const QByteArray &digest, QIODevice &source) const
+QString Publication::stageFile(const QByteArray &digest, QIODevice &source) const
 {
-    const QString fault = stage(m_layout.stagedFile(digest), digest, source);
-    return fault.isEmpty() ? replace(m_layout.contentFile(digest), m_layout.stagedFile(digest))
-                           : fault;
+    return stage(m_layout.stagedFile(digest), digest, source);
 }
 
-QString Publication::sync() const
+QString Publication::syncStaged(const QVector<QByteArray> &digests) const
 {
-    const QString path = m_layout.filesDirectory();
-#ifdef Q_OS_LINUX
-    // One call for any number of files.
-    const int directory = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY);
-    const bool synced = directory >= 0 && ::syncfs(directory) == 0;
-    ::close(directory);
-#else
-    bool synced = true;
-    for (const QFileInfo &file : QDir(path).entryInfoList(QDir::Files, QDir::NoSort))
-        synced = util::FileUtils::syncFile(file.filePath()) && synced;
-#endif
-    return synced ? QString() : QStringLiteral("can't force \"%1\" to the disk").arg(path);
+    std::atomic_bool synced{true};
+    if (digests.size() > fewFiles && canSyncAll) {
+        synced = syncAll(m_layout.stagingDirectory());
+    } else {
+        QVector<QByteArray> jobs = digests;
+        forEachOnAllCores(jobs, [&](const QByteArray &digest) {
+            if (!util::FileUtils::syncFile(m_layout.stagedFile(digest)))
+                synced = false;
+        });
+    }
+    return synced ? QString()
+                  : QStringLiteral("can't force the files in \"%1\" to the disk")
+                        .arg(m_layout.stagingDirectory());
+}
+
+QString Publication::placeFile(const QByteArray &digest) const
+{
+    return replace(m_layout.contentFile(digest), m_layout.stagedFile(digest));
 }
 
 QString Publication::publishLedger(const QByteArray &ledger) const

@@ -39,11 +39,14 @@ public:
 
     /// True if the content file is there, whole and with its time.
     bool has(const QByteArray &digest, qint64 size) const;
-    /// Copies \a source, which must have the content of \a digest, into place. Any thread, for
-    /// different digests.
-    QString addFile(const QByteArray &digest, QIODevice &source) const;
-    /// Forces all that addFile() wrote to stable storage. Must come before publishLedger().
-    QString sync() const;
+    /// Copies \a source, which must have the content of \a digest. Any thread, for different
+    /// digests.
+    QString stageFile(const QByteArray &digest, QIODevice &source) const;
+    /// Forces the staged files of \a digests to stable storage, so that none is ever in place
+    /// without its content.
+    QString syncStaged(const QVector<QByteArray> &digests) const;
+    /// Gives the staged file of \a digest its name.
+    QString placeFile(const QByteArray &digest) const;
     /// Replaces the published ledger in one step.
     QString publishLedger(const QByteArray &ledger) const;
 

@@ -84,31 +84,55 @@ QVector<AddJob> missingFiles(
     return jobs;
 }
 
-void addFiles(
-    const Catalogue &catalogue, const Publication &publication, PublishReport &report,
+void addError(Problems &problems, const QString &fault)
+{
+    if (!fault.isEmpty())
+        problems.error({}, fault);
+}
+
+void stageFiles(
+    const Catalogue &catalogue, const Publication &publication, QVector<AddJob> &jobs,
     Progress &progress)
 {
-    QVector<AddJob> jobs = missingFiles(catalogue, publication, report);
     progress.begin(QStringLiteral("Copying files"), jobs.size());
     forEachOnAllCores(jobs, [&](AddJob &job) {
         QFile source(catalogue.absolutePath(job.path));
         if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             job.fault = QStringLiteral("can't be read: ") + source.errorString();
         else
-            job.fault = publication.addFile(job.digest, source);
+            job.fault = publication.stageFile(job.digest, source);
         progress.advance();
     });
     progress.end();
-    for (const AddJob &job : qAsConst(jobs)) {
+}
+
+void addErrors(Problems &problems, const QVector<AddJob> &jobs)
+{
+    for (const AddJob &job : jobs) {
         if (!job.fault.isEmpty())
-            report.problems.error(job.path, job.fault);
+            problems.error(job.path, job.fault);
     }
 }
 
-void addError(Problems &problems, const QString &fault)
+/// All files are complete and on the disk before the first gets its name.
+void addFiles(
+    const Catalogue &catalogue, const Publication &publication, PublishReport &report,
+    Progress &progress)
 {
-    if (!fault.isEmpty())
-        problems.error({}, fault);
+    QVector<AddJob> jobs = missingFiles(catalogue, publication, report);
+    stageFiles(catalogue, publication, jobs, progress);
+    addErrors(report.problems, jobs);
+    if (report.problems.hasErrors())
+        return;
+    QVector<QByteArray> digests;
+    for (const AddJob &job : qAsConst(jobs))
+        digests.append(job.digest);
+    addError(report.problems, publication.syncStaged(digests));
+    if (report.problems.hasErrors())
+        return;
+    for (AddJob &job : jobs)
+        job.fault = publication.placeFile(job.digest);
+    addErrors(report.problems, jobs);
 }
 
 /// Files first, then what names them.
@@ -117,8 +141,6 @@ void bringIntoPlace(
     PublishReport &report, Progress &progress)
 {
     addFiles(catalogue, publication, report, progress);
-    if (report.newFiles > 0 && !report.problems.hasErrors())
-        addError(report.problems, publication.sync());
     if (report.problems.hasErrors())
         return;
     report.ledgerDigest = digestOf(ledger);
