@@ -127,13 +127,32 @@ Finish addKeywords(CLI::App &app)
     };
 }
 
+/// The options that say how packages are laid down.
+struct LayDownValues
+{
+    std::string into;
+    bool link = false, replace = false;
+};
+
+void addLayDownOptions(CLI::App &command, LayDownValues &values)
+{
+    command.add_option("--into", values.into, "The directory; made if it is missing")
+        ->required()
+        ->type_name("DIR");
+    command.add_flag(
+        "--link", values.link,
+        "Hard links instead of copies, where possible: saves space, but who changes "
+        "such a file changes the catalogue's too");
+    command.add_flag(
+        "--replace", values.replace,
+        "Replace the files of packages that stand there with other content");
+}
+
 Finish addInstall(CLI::App &app)
 {
-    struct Values
+    struct Values : LayDownValues
     {
         std::vector<std::string> ids;
-        std::string into;
-        bool link = false, replace = false;
     };
     auto values = std::make_shared<Values>();
     auto &command = addCommand(
@@ -144,19 +163,50 @@ Finish addInstall(CLI::App &app)
         "Example:\n"
         "  nkpm --local catalogue install scene-reading-corner --into project");
     command.add_option("ID", values->ids, "Identifiers of packages")->required();
-    command.add_option("--into", values->into, "The directory; made if it is missing")
-        ->required()
-        ->type_name("DIR");
-    command.add_flag(
-        "--link", values->link,
-        "Hard links instead of copies, where possible: saves space, but who changes "
-        "such a file changes the catalogue's too");
-    command.add_flag(
-        "--replace", values->replace,
-        "Replace the files of packages that stand there with other content");
+    addLayDownOptions(command, *values);
     return [values] {
         return InstallOptions{
             texts(values->ids), text(values->into), values->link, values->replace};
+    };
+}
+
+Finish addCollection(CLI::App &app)
+{
+    struct Values : LayDownValues
+    {
+        std::string file;
+        std::vector<std::string> ids;
+        CollectionOptions::Action action = CollectionOptions::List;
+    };
+    auto values = std::make_shared<Values>();
+    auto &command = addCommand(
+        app, "collection", "Keep a list of packages in a file",
+        "Examples:\n"
+        "  nkpm --local catalogue collection room.json add armchair-nora table-disc\n"
+        "  nkpm --local catalogue collection room.json list\n"
+        "  nkpm --local catalogue collection room.json install --into project");
+    command.add_option("FILE", values->file, "The collection; add makes it")->required();
+    command.require_subcommand(1);
+    const auto addAction = [&](const char *name, const char *summary,
+                               CollectionOptions::Action action) -> CLI::App & {
+        auto &actionCommand = *command.add_subcommand(name, summary);
+        actionCommand.fallthrough();
+        actionCommand.callback([values, action] { values->action = action; });
+        return actionCommand;
+    };
+    for (auto *changing :
+         {&addAction("add", "Put packages in", CollectionOptions::Add),
+          &addAction("remove", "Take packages out", CollectionOptions::Remove)})
+        changing->add_option("ID", values->ids, "Identifiers of packages")->required();
+    addAction("list", "Show the packages", CollectionOptions::List);
+    addLayDownOptions(
+        addAction(
+            "install", "Install the packages and all that they require",
+            CollectionOptions::Install),
+        *values);
+    return [values] {
+        return CollectionOptions{text(values->file), values->action, texts(values->ids),
+                                 text(values->into), values->link,   values->replace};
     };
 }
 
@@ -234,8 +284,12 @@ std::variant<Invocation, int> parseCommandLine(int argc, const char *const *argv
     addGlobalOptions(app, global);
     app.require_subcommand(1);
     const std::vector<std::pair<const char *, Finish>> commands{
-        {"list", addList(app)},       {"show", addShow(app)},       {"keywords", addKeywords(app)},
-        {"install", addInstall(app)}, {"sources", addSources(app)},
+        {"list", addList(app)},
+        {"show", addShow(app)},
+        {"keywords", addKeywords(app)},
+        {"install", addInstall(app)},
+        {"collection", addCollection(app)},
+        {"sources", addSources(app)},
     };
     try {
         app.parse(argc, argv);

@@ -16,6 +16,7 @@ int run(const ListOptions &options, Catalogue &catalogue, Output &output);
 int run(const ShowOptions &options, Catalogue &catalogue, Output &output);
 int run(const KeywordsOptions &options, Catalogue &catalogue, Output &output);
 int run(const InstallOptions &options, Catalogue &catalogue, Output &output);
+int run(const CollectionOptions &options, Catalogue &catalogue, Output &output);
 int run(const SourcesOptions &options, Catalogue &catalogue, Output &output);
 
 /// "No such ..." with the remedy, for an identifier or a type that the catalogue doesn't have.

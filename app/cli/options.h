@@ -50,6 +50,18 @@ struct InstallOptions
     bool replace = false;
 };
 
+struct CollectionOptions
+{
+    enum Action { Add, Remove, List, Install };
+
+    QString file;
+    Action action = List;
+    QStringList ids;   ///< to add or remove
+    QString directory; ///< to install into, as in InstallOptions
+    bool link = false;
+    bool replace = false;
+};
+
 struct SourcesOptions
 {};
 
@@ -60,7 +72,10 @@ struct Invocation
     QString dataDirectory; ///< empty: the default of the platform
     bool json = false;
     bool verbose = false;
-    std::variant<ListOptions, ShowOptions, KeywordsOptions, InstallOptions, SourcesOptions> command;
+    std::variant<
+        ListOptions, ShowOptions, KeywordsOptions, InstallOptions, CollectionOptions,
+        SourcesOptions>
+        command;
 };
 
 } // namespace nk::pm::cli
