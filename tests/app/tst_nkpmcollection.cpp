@@ -1,0 +1,143 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "cataloguetree.h"
+#include "nkledgerprocess.h"
+#include "support/testfiles.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QtTest>
+
+using namespace nk::pm::test;
+
+/// nkpm collection: packages that the user keeps in a file.
+class TestNkpmCollection : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void keepsPackagesInAFile();
+    void installsWhatIsInIt();
+    void keepsWhatItDoesNotKnow();
+    void refuses_data();
+    void refuses();
+
+private:
+    CallResult nkpm(const QStringList &arguments);
+    CallResult collection(const QStringList &arguments);
+    QStringList packages();
+
+    QTemporaryDir m_directory;
+    CatalogueTree m_catalogue;
+    const QString m_file = m_directory.filePath("collection.json");
+};
+
+void TestNkpmCollection::initTestCase()
+{
+    m_catalogue.package("things/ball", R"({"name": "Ball"})");
+    m_catalogue.file("packages/things/ball/ball.txt", "round");
+    m_catalogue.package("things/box");
+    m_catalogue.package(QString::fromUtf8("things/日本"));
+    m_catalogue.link("1", "box", "requires", "ball");
+}
+
+CallResult TestNkpmCollection::nkpm(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(
+        NKPM_PROGRAM,
+        arguments
+            + QStringList{
+                "--local", m_catalogue.path(), "--data", m_directory.filePath("data"), "--json"});
+    CallResult result;
+    if (process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit)
+        result.exitCode = process.exitCode();
+    result.output = process.readAllStandardOutput();
+    result.errors = QString::fromUtf8(process.readAllStandardError());
+    return result;
+}
+
+CallResult TestNkpmCollection::collection(const QStringList &arguments)
+{
+    return nkpm(QStringList{"collection", m_file} + arguments);
+}
+
+QStringList TestNkpmCollection::packages()
+{
+    QStringList lines;
+    const QJsonArray array = collection({"list"}).json().value("packages").toArray();
+    for (const QJsonValue &package : array)
+        lines << package["id"].toString() + ' ' + package["type"].toString();
+    return lines;
+}
+
+void TestNkpmCollection::keepsPackagesInAFile()
+{
+    QCOMPARE(collection({"add", "box", "ball"}).exitCode, 0);
+    QCOMPARE(collection({"add", "ball"}).exitCode, 0); // is there already
+    QCOMPARE(packages(), (QStringList{"ball things", "box things"}));
+    QCOMPARE(collection({"remove", "ball"}).exitCode, 0);
+    QCOMPARE(packages(), QStringList{"box things"});
+}
+
+void TestNkpmCollection::installsWhatIsInIt()
+{
+    const QString into = m_directory.filePath("into");
+    QCOMPARE(collection({"install", "--into", into}).exitCode, 0);
+    QCOMPARE(readFile(into + "/things/ball/ball.txt"), QByteArray("round")); // required by the box
+}
+
+void TestNkpmCollection::keepsWhatItDoesNotKnow()
+{
+    writeFile(m_file, R"({"format": 2, "structs": {
+        "box": {"package": "ref:1:box", "note": "mine"},
+        "gone": {"package": "ref:1:gone"}, "view": {"zoom": 3}}})");
+    QCOMPARE(packages(), (QStringList{"box things", "gone "}));
+    QCOMPARE(collection({"add", "ball"}).exitCode, 0);
+    const QJsonObject saved = QJsonDocument::fromJson(readFile(m_file)).object();
+    QCOMPARE(saved["format"].toInt(), 2);
+    QCOMPARE(saved["structs"]["box"]["note"].toString(), "mine");
+    QCOMPARE(saved["structs"]["view"]["zoom"].toInt(), 3);
+    QCOMPARE(saved["structs"]["ball"]["package"].toString(), "ref:1:ball");
+
+    const CallResult install =
+        collection({"install", "--into", m_directory.filePath("incomplete")});
+    QCOMPARE(install.exitCode, 1);
+    QVERIFY2(install.errors.contains("'gone'"), qPrintable(install.errors));
+}
+
+void TestNkpmCollection::refuses_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("says");
+
+    const QByteArray fine = R"({"structs": {"box": {"package": "ref:1:box"}}})";
+    QTest::newRow("unknown package") << fine << QStringList{"add", "ghost"} << 1 << "'ghost'";
+    QTest::newRow("not in it") << fine << QStringList{"remove", "ball"} << 1 << "'ball'";
+    QTest::newRow("characters beyond Latin-1")
+        << fine << QStringList{"add", QString::fromUtf8("日本")} << 1 << "beyond Latin-1";
+    QTest::newRow("no JSON") << QByteArray("box") << QStringList{"list"} << 1 << "collection.json";
+    QTest::newRow("no action") << fine << QStringList() << 2 << "--help";
+    QTest::newRow("nothing to add") << fine << QStringList{"add"} << 2 << "ID";
+    QTest::newRow("nowhere to install") << fine << QStringList{"install"} << 2 << "--into";
+}
+
+void TestNkpmCollection::refuses()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QFETCH(QString, says);
+    writeFile(m_file, content);
+    const CallResult result = collection(arguments);
+    QCOMPARE(result.exitCode, exitCode);
+    QVERIFY2(result.errors.contains(says), qPrintable(result.errors));
+    QCOMPARE(readFile(m_file), content);
+}
+
+QTEST_GUILESS_MAIN(TestNkpmCollection)
+#include "tst_nkpmcollection.moc"
