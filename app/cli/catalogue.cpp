@@ -3,6 +3,8 @@
 
 #include "catalogue.h"
 
+#include "network/directoryfault.h"
+
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
 #include "references/packagereference.h"
@@ -20,27 +22,6 @@ namespace {
 
 constexpr std::chrono::seconds translationPatience{10};
 constexpr std::chrono::seconds answerPatience{20};
-
-/// What keeps \a path from being read as a catalogue; empty if nothing does.
-QString faultOf(const QString &path)
-{
-    const QFileInfo info(path);
-    if (!info.exists())
-        return QStringLiteral("%1: no such directory").arg(path);
-    if (!info.isDir())
-        return QStringLiteral("%1 is not a directory").arg(path);
-    if (!info.isReadable() || !info.isExecutable())
-        return QStringLiteral("%1 can't be read: permission denied").arg(path);
-    const QDir directory(path);
-    for (const char *part : {"packages", "dictionary", "links"}) {
-        if (directory.exists(QLatin1String(part)))
-            return {};
-    }
-    return QStringLiteral(
-               "%1 is no catalogue: it holds neither \"packages\" nor \"dictionary\" nor "
-               "\"links\"")
-        .arg(path);
-}
 
 } // namespace
 
@@ -72,7 +53,7 @@ QString Catalogue::open()
 QString Catalogue::makeLocalSources()
 {
     for (const QString &path : m_options.localDirectories) {
-        QString fault = faultOf(path);
+        QString fault = app::directoryFault(path);
         if (!fault.isEmpty())
             return fault;
         const QString absolute = QDir(path).absolutePath();

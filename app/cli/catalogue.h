@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "network/trackedsource.h"
 #include "options.h"
-#include "trackedsource.h"
 
 #include "repository/packagerepository.h"
 
@@ -19,6 +19,9 @@ class PackageNode;
 }
 
 namespace nk::pm::cli {
+
+using app::SnapshotOwners;
+using app::TrackedSource;
 
 /// The sources of the command line, merged. The one place that knows how a source is made.
 ///

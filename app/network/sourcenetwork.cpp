@@ -18,11 +18,11 @@ bool isRedirect(int status)
 QString faultOf(const QNetworkReply &reply, int status)
 {
     if (status == 401 || status == 403)
-        return QStringLiteral("the server wants another user (status %1)").arg(status);
+        return SourceNetwork::tr("the server wants another user (status %1)").arg(status);
     if (status >= 400)
-        return QStringLiteral("the server answered with status %1").arg(status);
+        return SourceNetwork::tr("the server answered with status %1").arg(status);
     if (reply.error() == QNetworkReply::OperationCanceledError)
-        return QStringLiteral("the server didn't answer in time");
+        return SourceNetwork::tr("the server didn't answer in time");
     return reply.error() == QNetworkReply::NoError ? QString() : reply.errorString();
 }
 

@@ -38,6 +38,7 @@ struct PackageReferencePrivate
     QSharedPointer<PackageIndex> index; // holds node
     PackageNode *node = nullptr;
     int retryCount = 0; // failed attempts since the last success
+    QDateTime nextAttempt;
     Installer installer;
     Installer pendingInstaller; // of an update to pendingIndex
     QSharedPointer<PackageIndex> pendingIndex;
@@ -93,6 +94,7 @@ PackageReference::Status PackageReferencePrivate::readStatus()
     switch (installer->status()) {
     case PackageInstaller::Succeeded:
         retryCount = 0;
+        nextAttempt = QDateTime();
         return PackageReference::Installed;
     case PackageInstaller::InProgress:
         return PackageReference::Installing;
@@ -115,7 +117,9 @@ void PackageReferencePrivate::scheduleRetry()
     // A working installation stays until its update is ready.
     const auto retry = status == PackageReference::Installed ? &PackageReference::update
                                                              : &PackageReference::retryInstall;
-    QTimer::singleShot(retryDelay(retryCount), q, retry);
+    const std::chrono::milliseconds delay = retryDelay(retryCount);
+    QTimer::singleShot(delay, q, retry);
+    nextAttempt = QDateTime::currentDateTimeUtc().addMSecs(delay.count());
     ++retryCount;
 }
 
@@ -185,6 +189,11 @@ PackageRepository *PackageReference::repository() const
 const PackageInstaller *PackageReference::installer() const
 {
     return d->installer.get();
+}
+
+QDateTime PackageReference::nextAttempt() const
+{
+    return d->nextAttempt;
 }
 
 // In the slots below a listener of an emitted signal may destroy the repository, and with it this

@@ -5,6 +5,7 @@
 
 #include <norvakpackagemanager_export.h>
 
+#include <QDateTime>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QObject>
@@ -66,6 +67,10 @@ public:
     /// first. For the errors behind Incomplete and for how far an install has come. A retry and a
     /// new index replace the tree: read it and let it go.
     const PackageInstaller *installer() const;
+
+    /// When the attempt that follows a failure is due; null unless one is waited for. Already past
+    /// while that attempt is at work.
+    QDateTime nextAttempt() const;
 
 Q_SIGNALS:
     void typeChanged();

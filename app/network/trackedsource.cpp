@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
-#include "trackedsource.h"
+#include "network/trackedsource.h"
 
-namespace nk::pm::cli {
+namespace nk::pm::app {
 
 TrackedSource::TrackedSource(
     std::unique_ptr<PackageSource> source, const QString &kind, const QString &location,
@@ -17,7 +17,7 @@ TrackedSource::TrackedSource(
         m_made.source.get(), &PackageSource::updateRequired, this, &PackageSource::updateRequired);
 }
 
-TrackedSource::TrackedSource(app::NetworkSource source, const QString &kind, SnapshotOwners &owners)
+TrackedSource::TrackedSource(NetworkSource source, const QString &kind, SnapshotOwners &owners)
     : m_made(std::move(source))
     , m_kind(kind)
     , m_location(m_made.network->url().toString())
@@ -27,6 +27,12 @@ TrackedSource::TrackedSource(app::NetworkSource source, const QString &kind, Sna
         m_made.source.get(), &PackageSource::updateRequired, this, &PackageSource::updateRequired);
 }
 
+TrackedSource::~TrackedSource()
+{
+    for (auto it = m_owners.begin(); it != m_owners.end();)
+        it = it.value() == this ? m_owners.erase(it) : std::next(it);
+}
+
 std::unique_ptr<PackageAccessor> TrackedSource::getAccessor()
 {
     auto accessor = m_made.source->getAccessor();
@@ -34,4 +40,4 @@ std::unique_ptr<PackageAccessor> TrackedSource::getAccessor()
     return accessor;
 }
 
-} // namespace nk::pm::cli
+} // namespace nk::pm::app

@@ -12,7 +12,7 @@
 
 #include <memory>
 
-namespace nk::pm::cli {
+namespace nk::pm::app {
 
 class TrackedSource;
 
@@ -32,12 +32,13 @@ public:
     TrackedSource(
         std::unique_ptr<PackageSource> source, const QString &kind, const QString &location,
         SnapshotOwners &owners);
-    TrackedSource(app::NetworkSource source, const QString &kind, SnapshotOwners &owners);
+    TrackedSource(NetworkSource source, const QString &kind, SnapshotOwners &owners);
+    ~TrackedSource() override;
 
     QString kind() const { return m_kind; }
     QString location() const { return m_location; }
     /// How its polls went; null for a source that doesn't poll.
-    const app::SourceNetwork *network() const { return m_made.network.get(); }
+    const SourceNetwork *network() const { return m_made.network.get(); }
 
     int priority() const override { return m_made.source->priority(); }
     std::unique_ptr<PackageAccessor> getAccessor() override;
@@ -45,10 +46,10 @@ public:
     void update() override { m_made.source->update(); }
 
 private:
-    const app::NetworkSource m_made;
+    const NetworkSource m_made;
     const QString m_kind;
     const QString m_location;
     SnapshotOwners &m_owners;
 };
 
-} // namespace nk::pm::cli
+} // namespace nk::pm::app

@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "catalogueengine.h"
+#include "options.h"
+#include "screenshot.h"
+
+#include <norvak/locations.h>
+
+#include <QGuiApplication>
+#include <QQuickWindow>
+
+#include <cstdio>
+#include <memory>
+
+using namespace nk::pm::app;
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QGuiApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("norvak-catalogue"));
+    QCoreApplication::setOrganizationName(QStringLiteral("norvak"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(NKPM_VERSION));
+    // There is nothing to draw with but the processor.
+    if (QGuiApplication::platformName() == QLatin1String("offscreen"))
+        QQuickWindow::setSceneGraphBackend(QSGRendererInterface::Software);
+    setUpCatalogueModule();
+
+    const Options options = parseOptions(QCoreApplication::arguments());
+    if (!options.dataDirectory.isEmpty())
+        nk::Locations::setDataLocation(options.dataDirectory);
+    CatalogueEngine engine(options);
+    const QString fault = engine.open();
+    if (!fault.isEmpty()) {
+        std::fprintf(stderr, "norvak-catalogue: %s\n", qUtf8Printable(fault));
+        return 1;
+    }
+    std::unique_ptr<Screenshot> screenshot;
+    if (!options.screenshot.isEmpty())
+        screenshot = std::make_unique<Screenshot>(engine, options.view, options.screenshot);
+    return QGuiApplication::exec();
+}

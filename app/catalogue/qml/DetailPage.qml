@@ -1,0 +1,187 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+import QtQuick.Layouts 1.15
+import Norvak.Packages 1.0
+import Norvak.Catalogue 1.0
+
+// Everything about one package.
+FocusScope {
+    id: page
+
+    property string packageId
+    readonly property alias title: details.title
+
+    signal packageChosen(string id)
+    signal keywordChosen(string text)
+    signal closed()
+
+    Accessible.role: Accessible.Pane
+    Accessible.name: live.$.name || page.packageId
+
+    // What can be known without installing the package.
+    PackageDetails {
+        id: details
+        catalogue: Catalogue
+        packageId: page.packageId
+    }
+
+    // The manifest as a live map. Its reference, which would install the package, comes with the
+    // user's wish; until then each field shows its default.
+    readonly property InstallState install: Installs.generation >= 0 ? Installs.find(packageId) : null
+    PackageData {
+        id: live
+        packageReference: page.install ? page.install.reference : null
+        ManifestStringField { name: "name"; defaultValue: details.title }
+        ManifestStringField { name: "description"; defaultValue: details.description }
+        ManifestFileField { name: "preview" } // there as soon as it is installed
+    }
+    Connections {
+        target: page.install
+        function onChanged() { details.reload() }
+    }
+
+    Keys.onEscapePressed: closed()
+    Keys.onBackPressed: closed()
+
+    Flickable {
+        id: scroller
+        anchors.fill: parent
+        contentHeight: columns.height + 2 * Style.huge
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+        ScrollBar.vertical: ScrollBar {}
+
+        RowLayout {
+            id: columns
+            y: Style.huge
+            x: Style.huge
+            width: Math.min(scroller.width - 2 * Style.huge, Style.reading)
+            spacing: Style.huge
+
+            ColumnLayout {
+                spacing: Style.large
+                Layout.alignment: Qt.AlignTop
+                Layout.preferredWidth: Style.picture
+                Layout.maximumWidth: Style.picture
+
+                PushButton {
+                    objectName: "back"
+                    focus: true
+                    symbol: "back"
+                    text: qsTr("Back")
+                    onClicked: page.closed()
+                }
+                Preview {
+                    source: live.$.preview && live.$.preview.toString() ? live.$.preview : details.preview
+                    Layout.preferredWidth: Style.picture
+                    Layout.preferredHeight: Style.picture
+                }
+                InstallPanel {
+                    packageId: page.packageId
+                    Layout.fillWidth: true
+                }
+            }
+
+            ColumnLayout {
+                spacing: Style.small
+                Layout.alignment: Qt.AlignTop
+                Layout.fillWidth: true
+
+                AppText {
+                    objectName: "detailTitle"
+                    text: live.$.name || page.packageId
+                    font.pixelSize: Style.headlineFont
+                    font.bold: true
+                    wrapMode: Text.Wrap
+                    Layout.fillWidth: true
+                    Accessible.role: Accessible.Heading
+                    Accessible.name: text
+                }
+                AppText {
+                    text: details.type.split(":").join(" › ")
+                    color: Style.mutedText
+                    Layout.fillWidth: true
+                }
+                AppText {
+                    visible: text
+                    text: live.$.description || ""
+                    wrapMode: Text.Wrap
+                    lineHeight: 1.25
+                    Layout.fillWidth: true
+                    Layout.topMargin: Style.small
+                }
+
+                SectionTitle {
+                    visible: keywordFlow.visible
+                    text: qsTr("Keywords")
+                    Layout.topMargin: Style.large
+                }
+                Flow {
+                    id: keywordFlow
+                    spacing: Style.tiny
+                    visible: details.keywords.length > 0
+                    Layout.fillWidth: true
+                    Repeater {
+                        model: details.keywords
+                        PushButton {
+                            text: modelData.text
+                            hint: qsTr("Search for %1").arg(modelData.text)
+                            font.pixelSize: Style.smallFont
+                            implicitHeight: Style.row - Style.tiny
+                            onClicked: page.keywordChosen(modelData.text)
+                        }
+                    }
+                }
+
+                SectionTitle {
+                    text: qsTr("Fields")
+                    Layout.topMargin: Style.large
+                }
+                FieldTable {
+                    fields: details.fields
+                    Layout.fillWidth: true
+                }
+
+                SectionTitle {
+                    visible: details.requirements.length > 0
+                    text: qsTr("Requires")
+                    Layout.topMargin: Style.large
+                }
+                Repeater {
+                    model: details.requirements
+                    PushButton {
+                        symbol: "package"
+                        flat: true
+                        text: modelData.title
+                        onClicked: page.packageChosen(modelData.id)
+                    }
+                }
+
+                SectionTitle {
+                    text: qsTr("Files")
+                    Layout.topMargin: Style.large
+                }
+                FieldTable {
+                    fields: details.files.map(file => ({ "name": file.size, "value": file.name }))
+                    Layout.fillWidth: true
+                }
+
+                SectionTitle {
+                    text: qsTr("Origin")
+                    Layout.topMargin: Style.large
+                }
+                FieldTable {
+                    fields: [
+                        { "name": qsTr("Identifier"), "value": page.packageId },
+                        { "name": qsTr("Source"), "value": details.source },
+                        { "name": qsTr("Revision"), "value": details.revision || "–" }
+                    ]
+                    Layout.fillWidth: true
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+import QtQuick.Layouts 1.15
+import Norvak.Catalogue 1.0
+
+// The packages as rows, the names of the numbers above them.
+ListView {
+    id: list
+
+    signal packageChosen(string id)
+
+    clip: true
+    activeFocusOnTab: true
+    boundsBehavior: Flickable.StopAtBounds
+    highlightMoveDuration: 0
+    currentIndex: 0
+    headerPositioning: ListView.OverlayHeader
+    Accessible.role: Accessible.List
+    Accessible.name: qsTr("Packages")
+    ScrollBar.vertical: ScrollBar {}
+
+    Keys.onReturnPressed: if (currentItem) currentItem.clicked()
+    Keys.onEnterPressed: if (currentItem) currentItem.clicked()
+
+    header: Rectangle {
+        width: list.width
+        height: Style.row
+        color: Style.window
+        z: 2
+        RowLayout {
+            anchors { fill: parent; leftMargin: Style.small; rightMargin: Style.large }
+            spacing: Style.medium
+            SectionTitle {
+                text: qsTr("Package")
+                Layout.fillWidth: true
+            }
+            Repeater {
+                model: [qsTr("Year"), qsTr("Rating"), qsTr("Price")]
+                SectionTitle {
+                    text: modelData
+                    horizontalAlignment: Text.AlignRight
+                    Layout.preferredWidth: Style.numberColumn
+                }
+            }
+        }
+    }
+
+    delegate: PackageRow {
+        objectName: "package " + model.id
+        onClicked: {
+            list.currentIndex = index
+            list.packageChosen(model.id)
+        }
+    }
+}

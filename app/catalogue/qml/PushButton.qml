@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+import Norvak.Catalogue 1.0
+
+// A button with a text, an icon or both; `primary` is the one thing to do on a page.
+Button {
+    id: button
+
+    property bool primary: false
+    property string symbol
+    property string hint: text
+
+    readonly property color foreground: primary ? Style.accentText
+        : !enabled ? Style.mutedText : checked ? Style.accent : Style.text
+
+    implicitHeight: Style.control
+    implicitWidth: Math.max(Style.control, implicitContentWidth + leftPadding + rightPadding)
+    leftPadding: text ? Style.medium : Style.small
+    rightPadding: leftPadding
+    spacing: Style.small
+    font.pixelSize: Style.font
+    font.bold: primary
+    icon.source: symbol ? Style.iconUrl(symbol) : ""
+    icon.width: Style.icon
+    icon.height: Style.icon
+    icon.color: foreground
+    palette.buttonText: foreground
+    palette.brightText: foreground
+    palette.windowText: foreground
+    Accessible.name: hint
+    ToolTip.text: hint
+    ToolTip.visible: !text && hovered
+    ToolTip.delay: 600
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    background: Rectangle {
+        radius: Style.radius
+        color: button.primary ? (button.hovered ? Qt.lighter(Style.accent, 1.1) : Style.accent)
+             : button.checked ? Style.selection
+             : button.hovered || button.down ? Style.hover : "transparent"
+        border.width: button.visualFocus ? Style.focusLine : button.flat || button.primary ? 0 : Style.line
+        border.color: button.visualFocus ? (button.primary ? Style.text : Style.accent) : Style.border
+    }
+}
