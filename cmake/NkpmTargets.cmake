@@ -24,8 +24,10 @@ function(nkpm_add_platform_library name alias macro)
     set_target_properties(${name} PROPERTIES
         EXPORT_NAME ${alias} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     nkpm_install_library(${name})
-    install(FILES ${arg_HEADERS} ${exportHeader}
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/norvakplatform/${lower} COMPONENT development)
+    if(NKPM_INSTALL)
+        install(FILES ${arg_HEADERS} ${exportHeader}
+            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/norvakplatform/${lower} COMPONENT development)
+    endif()
 endfunction()
 
 # nkpm_static_define(TARGET): a static build must not import symbols.
@@ -38,6 +40,9 @@ endfunction()
 
 # nkpm_install_library(TARGET): installs TARGET as part of the exported set.
 function(nkpm_install_library target)
+    if(NOT NKPM_INSTALL)
+        return()
+    endif()
     install(TARGETS ${target} EXPORT NorvakPackageManagerTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
