@@ -105,6 +105,28 @@ Finish addShow(CLI::App &app)
     return [id] { return ShowOptions{text(*id)}; };
 }
 
+Finish addFile(CLI::App &app)
+{
+    struct Values
+    {
+        std::string id, name, output;
+    };
+    auto values = std::make_shared<Values>();
+    auto &command = addCommand(
+        app, "file", "Write one file of a package, without installing the package",
+        "A file of a package server is kept in the store, so it is fetched once.\n"
+        "\n"
+        "Example:\n"
+        "  nkpm --local examples/catalogue file armchair-nora armchair-nora.svg > preview.svg");
+    command.add_option("ID", values->id, "The package's identifier")->required();
+    command.add_option("NAME", values->name, "The file's name")->required();
+    command.add_option("--output", values->output, "Write it there instead of to stdout")
+        ->type_name("FILE");
+    return [values] {
+        return FileOptions{text(values->id), text(values->name), text(values->output)};
+    };
+}
+
 Finish addKeywords(CLI::App &app)
 {
     struct Values
@@ -284,11 +306,9 @@ std::variant<Invocation, int> parseCommandLine(int argc, const char *const *argv
     addGlobalOptions(app, global);
     app.require_subcommand(1);
     const std::vector<std::pair<const char *, Finish>> commands{
-        {"list", addList(app)},
-        {"show", addShow(app)},
-        {"keywords", addKeywords(app)},
-        {"install", addInstall(app)},
-        {"collection", addCollection(app)},
+        {"list", addList(app)},       {"show", addShow(app)},
+        {"file", addFile(app)},       {"keywords", addKeywords(app)},
+        {"install", addInstall(app)}, {"collection", addCollection(app)},
         {"sources", addSources(app)},
     };
     try {

@@ -14,6 +14,7 @@ class Catalogue;
 /// result, or says on stderr why it can't, and gives the exit code.
 int run(const ListOptions &options, Catalogue &catalogue, Output &output);
 int run(const ShowOptions &options, Catalogue &catalogue, Output &output);
+int run(const FileOptions &options, Catalogue &catalogue, Output &output);
 int run(const KeywordsOptions &options, Catalogue &catalogue, Output &output);
 int run(const InstallOptions &options, Catalogue &catalogue, Output &output);
 int run(const CollectionOptions &options, Catalogue &catalogue, Output &output);

@@ -35,6 +35,13 @@ struct ShowOptions
     QString id;
 };
 
+struct FileOptions
+{
+    QString id;
+    QString name;
+    QString output; ///< empty: stdout
+};
+
 struct KeywordsOptions
 {
     QString type;
@@ -73,7 +80,7 @@ struct Invocation
     bool json = false;
     bool verbose = false;
     std::variant<
-        ListOptions, ShowOptions, KeywordsOptions, InstallOptions, CollectionOptions,
+        ListOptions, ShowOptions, FileOptions, KeywordsOptions, InstallOptions, CollectionOptions,
         SourcesOptions>
         command;
 };

@@ -39,6 +39,8 @@ public:
     QString location() const { return m_location; }
     /// How its polls went; null for a source that doesn't poll.
     const SourceNetwork *network() const { return m_made.network.get(); }
+    /// What reaches its files; null for a source that isn't on the network.
+    QNetworkAccessManager *accessManager() const { return m_made.network.get(); }
 
     int priority() const override { return m_made.source->priority(); }
     std::unique_ptr<PackageAccessor> getAccessor() override;

@@ -4,6 +4,7 @@
 #include "cataloguetree.h"
 #include "nkledgerprocess.h"
 #include "support/couchdbserver.h"
+#include "support/testfiles.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -30,6 +31,8 @@ class TestNkpmSources : public QObject
 private Q_SLOTS:
     void initTestCase();
     void mergesByPriority();
+    void writesFilesBeforeTheyAreInstalled_data();
+    void writesFilesBeforeTheyAreInstalled();
     void installsFromTheServer();
     void installsFromTheDatabase();
     void showsWhatItHadBefore();
@@ -130,6 +133,48 @@ void TestNkpmSources::mergesByPriority()
     QCOMPARE(offeredAndUsed.value("local"), qMakePair(1, 1));
     QCOMPARE(offeredAndUsed.value("couchdb"), qMakePair(2, 1));
     QCOMPARE(offeredAndUsed.value("server"), qMakePair(3, 1));
+}
+
+void TestNkpmSources::writesFilesBeforeTheyAreInstalled_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("output");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("of the server, through the proxy")
+        << QStringList{"lowest", "lowest.txt"} << 0 << QByteArray("from the server") << "";
+    QTest::newRow("of the database")
+        << QStringList{"middle", "middle.txt"} << 0 << QByteArray("from the database") << "";
+    QTest::newRow("of the directory")
+        << QStringList{"shared", "manifest.json"} << 0 << nameManifest("of the directory") << "";
+    QTest::newRow("file that the server hasn't got")
+        << QStringList{"lowest", "other.txt"} << 1 << QByteArray() << "has no file \"other.txt\"";
+    QTest::newRow("file that the directory hasn't got")
+        << QStringList{"shared", "other.txt"} << 1 << QByteArray() << "No such file";
+    QTest::newRow("unknown package")
+        << QStringList{"nowhere", "a.txt"} << 1 << QByteArray() << "nowhere";
+    QTest::newRow("place that can't be written")
+        << QStringList{"lowest", "lowest.txt", "--output", "/nowhere/a"} << 1 << QByteArray()
+        << "can't write \"/nowhere/a\"";
+}
+
+void TestNkpmSources::writesFilesBeforeTheyAreInstalled()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QFETCH(QByteArray, output);
+    QFETCH(QString, error);
+    const CallResult result = nkpm(QStringList{"file"} + arguments + m_sources);
+    QVERIFY2(result.errors.contains(error), qPrintable(result.errors));
+    QCOMPARE(result.exitCode, exitCode);
+    QCOMPARE(result.output, output);
+
+    if (exitCode == 0) {
+        const QString target = m_directory.filePath("fetched");
+        arguments += {"--output", target};
+        QCOMPARE(nkpm(QStringList{"file"} + arguments + m_sources).exitCode, 0);
+        QCOMPARE(readFile(target), output);
+    }
 }
 
 void TestNkpmSources::installsFromTheServer()

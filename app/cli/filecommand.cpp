@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "commands.h"
+
+#include "catalogue.h"
+#include "exitcodes.h"
+#include "output.h"
+#include "texts.h"
+
+#include "index/packageindex.h"
+#include "index/packageindexnode.h"
+
+#include <QEventLoop>
+#include <QNetworkReply>
+#include <QSaveFile>
+
+#include <memory>
+
+namespace nk::pm::cli {
+namespace {
+
+constexpr int silenceMilliseconds = 30000; // without a byte; then a download is given up
+
+/// Passes on what \a source has got; false if \a sink takes less.
+bool pass(QIODevice &source, QIODevice &sink)
+{
+    while (source.bytesAvailable() > 0) {
+        const QByteArray bytes = source.read(0x20000);
+        if (bytes.isEmpty() || sink.write(bytes) != bytes.size())
+            return false;
+    }
+    return true;
+}
+
+QString cannotWrite(const QIODevice &sink)
+{
+    return QStringLiteral("can't write the file: %1").arg(sink.errorString());
+}
+
+/// Gives what went wrong, or an empty text.
+QString copyLocal(const QString &path, QIODevice &sink)
+{
+    QFile source(path);
+    if (!source.open(QIODevice::ReadOnly))
+        return QStringLiteral("can't read \"%1\": %2").arg(path, source.errorString());
+    return pass(source, sink) ? QString() : cannotWrite(sink);
+}
+
+/// The same for an address of a source or of the loopback proxy, which fetches the file meanwhile.
+QString download(const QUrl &url, QNetworkAccessManager &network, QIODevice &sink)
+{
+    QNetworkRequest request(url);
+    request.setTransferTimeout(silenceMilliseconds);
+    request.setAttribute(
+        QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
+    const std::unique_ptr<QNetworkReply> reply(network.get(request));
+    QEventLoop loop;
+    QString fault;
+    QObject::connect(reply.get(), &QIODevice::readyRead, &loop, [&] {
+        if (fault.isEmpty() && !pass(*reply, sink)) {
+            fault = cannotWrite(sink);
+            loop.quit();
+        }
+    });
+    QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    loop.exec();
+    if (!fault.isEmpty() || reply->error() == QNetworkReply::NoError)
+        return fault;
+    // The address of a reply that failed is often that of the proxy, which tells the user nothing.
+    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    return QStringLiteral("the source doesn't give the file: %1")
+        .arg(status > 0 ? QStringLiteral("status %1").arg(status) : reply->errorString());
+}
+
+/// Standard output, or a file that appears whole or not at all.
+std::unique_ptr<QFileDevice> openSink(const QString &path, QString *fault)
+{
+    if (path.isEmpty()) {
+        auto out = std::make_unique<QFile>();
+        out->open(stdout, QIODevice::WriteOnly);
+        return out;
+    }
+    auto file = std::make_unique<QSaveFile>(path);
+    if (!file->open(QIODevice::WriteOnly))
+        *fault = QStringLiteral("can't write \"%1\": %2").arg(path, file->errorString());
+    return file;
+}
+
+QString fetch(
+    const PackageNode &package, const QString &name, QNetworkAccessManager &network,
+    QIODevice &sink)
+{
+    const QUrl url = package.fileUrl(name);
+    if (url.isLocalFile())
+        return copyLocal(url.toLocalFile(), sink);
+    if (url.isValid())
+        return download(url, network, sink);
+    return QStringLiteral("\"%1\" has no file \"%2\"").arg(package.id().toString(), name);
+}
+
+} // namespace
+
+int run(const FileOptions &options, Catalogue &catalogue, Output &output)
+{
+    const auto index = catalogue.index();
+    const PackageNode *package = index->getPackage(QStringRef(&options.id));
+    if (!package) {
+        output.error(noPackage(catalogue, options.id));
+        return NotMet;
+    }
+    QNetworkAccessManager plainNetwork;
+    QNetworkAccessManager *const own = catalogue.sourceOf(package)->accessManager();
+    QString fault;
+    const auto sink = openSink(options.output, &fault);
+    if (fault.isEmpty())
+        fault = fetch(*package, options.name, own ? *own : plainNetwork, *sink);
+    auto *const file = qobject_cast<QSaveFile *>(sink.get());
+    if (fault.isEmpty() && !(file ? file->commit() : sink->flush()))
+        fault = cannotWrite(*sink);
+    if (fault.isEmpty())
+        return Fine;
+    output.error(fault);
+    return NotMet;
+}
+
+} // namespace nk::pm::cli
