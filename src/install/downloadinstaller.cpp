@@ -3,9 +3,10 @@
 
 #include "install/downloadinstaller.h"
 
+#include "install/closingdown.h"
 #include "install/filestore.h"
+#include "install/installdirectory.h"
 
-#include <QCoreApplication>
 #include <QFutureWatcher>
 #include <QHash>
 #include <QMap>
@@ -34,10 +35,11 @@ struct CopyJob
 QList<InstallError> CopyJob::run() const
 {
     QList<InstallError> errors;
+    const InstallDirectory directory(location);
     for (auto file = fileNames.begin(); file != fileNames.end(); ++file) {
-        if (QCoreApplication::closingDown())
+        if (isClosingDown())
             break;
-        if (!location.installFile(store->filePath(file.key()), file.value())) {
+        if (!directory.installFile(store->filePath(file.key()), file.value())) {
             const auto text = QStringLiteral("Failed to install file %1 (%2)");
             errors.append(InstallError{errorCode, text.arg(file.value(), file.key())});
         }
@@ -155,6 +157,8 @@ void DownloadInstaller::downloadFinished()
     DownloadEntry &entry = d->downloads[request->property("id").toInt()];
     entry.responseCode = request->responseCode();
     entry.request = nullptr;
+    if (entry.responseCode == httpOk)
+        entry.target->prepareCommit();
     if (--d->pendingCount < 1)
         d->endDownloads();
 }

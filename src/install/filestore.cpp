@@ -5,6 +5,7 @@
 
 #include "install/logging.h"
 #include "install/openfilelimit.h"
+#include "install/writeback.h"
 
 #include <QDir>
 #include <QThread>
@@ -21,6 +22,8 @@ namespace {
 constexpr int minDigestLength = 8;
 constexpr int maxDigestLength = 128;
 constexpr int hashBlockSize = 64 * 1024; // bytes
+// bytes that a target leaves in the cache at most before it has the system write them to the disk
+constexpr qint64 writebackStep = 8 * 1024 * 1024;
 
 bool isHexDigit(QChar c)
 {
@@ -63,8 +66,15 @@ void dispose(FileStore *store)
 
 struct FileStorePrivate
 {
+    explicit FileStorePrivate(FileStore *store)
+        : q(store)
+        , root(Locations::dataLocation().absoluteFilePath(QStringLiteral("packages")))
+        , files(root.absoluteFilePath(QStringLiteral("files")))
+    {}
+
     FileStore *q;
-    QDir root;
+    const QDir root;
+    const QDir files;
 };
 
 QSharedPointer<FileStore> FileStore::instance()
@@ -79,10 +89,9 @@ QSharedPointer<FileStore> FileStore::instance()
 }
 
 FileStore::FileStore()
-    : d(new FileStorePrivate{
-        this, QDir(Locations::dataLocation().absoluteFilePath(QStringLiteral("packages")))})
+    : d(new FileStorePrivate(this))
 {
-    ensureDirectories(QDir(d->root.filePath(QStringLiteral("files"))));
+    ensureDirectories(d->files);
 }
 
 FileStore::~FileStore() = default;
@@ -98,8 +107,7 @@ QString FileStore::filePath(const QString &digest) const
     if (!isValidDigest(digest))
         return QString();
     const QString name = digest.toLower();
-    return d->root.absoluteFilePath(
-        QStringLiteral("files/") + name.leftRef(2) + QLatin1Char('/') + name.midRef(2));
+    return d->files.path() + QLatin1Char('/') + name.leftRef(2) + QLatin1Char('/') + name.midRef(2);
 }
 
 bool FileStore::contains(const QString &digest) const
@@ -196,7 +204,19 @@ qint64 FileStoreTarget::writeData(const char *data, qint64 size)
     const qint64 written = m_saveFile.write(data, size);
     if (written != size)
         m_saveFile.cancelWriting(); // a writer that doesn't look must not commit a file with a gap
+    m_dirty += qMax(written, qint64(0));
+    if (m_dirty >= writebackStep) {
+        startWriteback(m_saveFile);
+        m_dirty = 0;
+    }
     return written;
+}
+
+void FileStoreTarget::prepareCommit()
+{
+    startWriteback(m_saveFile);
+    m_hash.addData(m_lag);
+    m_lag.clear();
 }
 
 // QSaveFile::commit() of Qt 5.15 puts a file in place whose last block didn't fit on the disk: it
@@ -212,6 +232,7 @@ FileStoreTarget::CommitResult FileStoreTarget::commit()
 {
     const QByteArray expected = QByteArray::fromHex(m_digest.toLatin1());
     m_hash.addData(m_lag);
+    m_lag.clear();
     if (m_hash.result() != expected)
         return commitUnproven(expected);
     const bool committed = commitFile();

@@ -84,6 +84,10 @@ public:
     bool seek(qint64 position) override;
     bool reset() override;
 
+    /// Does now what commit() would else spend its time on: digests what is left and lets the system
+    /// begin to write the content to the disk. Optional; once all content is written.
+    void prepareCommit();
+
     /// Puts the file in place and forces it to the disk, replacing one that is there already.
     /// Blocks until the device has answered. Call once.
     CommitResult commit();
@@ -100,7 +104,8 @@ private:
     const QString m_digest;
     QCryptographicHash m_hash;
     QSaveFile m_saveFile;
-    QByteArray m_lag; // written, but not hashed yet
+    QByteArray m_lag;   // written, but not hashed yet
+    qint64 m_dirty = 0; // bytes since the last writeback was begun
 };
 
 } // namespace nk::pm

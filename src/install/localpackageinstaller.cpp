@@ -4,6 +4,7 @@
 #include "install/localpackageinstaller.h"
 
 #include "install/closingdown.h"
+#include "install/installdirectory.h"
 
 #include <QDirIterator>
 #include <QFutureWatcher>
@@ -18,12 +19,13 @@ using ErrorWatcher = QFutureWatcher<QList<InstallError>>;
 QList<InstallError> installFiles(const QDir &source, const InstallLocation &location)
 {
     QList<InstallError> errors;
+    const InstallDirectory directory(location);
     QDirIterator files(source);
     while (files.hasNext() && !isClosingDown()) {
         const QString path = files.next();
         if (files.fileName() == QLatin1String("manifest.json"))
             continue;
-        if (!location.installFile(path, files.fileName())) {
+        if (!directory.installFile(path, files.fileName())) {
             const QString message = QStringLiteral("Failed to install file %1").arg(path);
             errors.append(InstallError{LocalPackageInstaller::InstallFailed, message});
         }

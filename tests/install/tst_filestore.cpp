@@ -152,9 +152,11 @@ void FileStoreTest::committedFileIsThere_data()
     QTest::addColumn<int>("size");
     QTest::addColumn<int>("piece");
     QTest::addColumn<int>("algorithm");
+    QTest::addColumn<bool>("isPrepared");
     const auto add = [](const char *name, int size, int piece,
                         QCryptographicHash::Algorithm algorithm) {
-        QTest::newRow(name) << size << piece << int(algorithm);
+        QTest::newRow(name) << size << piece << int(algorithm) << false;
+        QTest::addRow("%s, prepared", name) << size << piece << int(algorithm) << true;
     };
     add("empty", 0, 1, QCryptographicHash::Sha224);
     add("byte by byte", 1000, 1, QCryptographicHash::Sha224);
@@ -171,6 +173,7 @@ void FileStoreTest::committedFileIsThere()
     QFETCH(int, size);
     QFETCH(int, piece);
     QFETCH(int, algorithm);
+    QFETCH(bool, isPrepared);
     const QByteArray content = numberedContent(1, size);
     const QString digest = digestOf(content, QCryptographicHash::Algorithm(algorithm));
     std::unique_ptr<FileStoreTarget> target(
@@ -180,6 +183,9 @@ void FileStoreTest::committedFileIsThere()
     for (int i = 0; i < size; i += piece)
         QCOMPARE(target->write(content.mid(i, piece)), qint64(content.mid(i, piece).size()));
     QCOMPARE(target->pos(), qint64(size));
+    QVERIFY(!m_store->contains(digest));
+    if (isPrepared)
+        target->prepareCommit();
     QVERIFY(!m_store->contains(digest));
     QCOMPARE(target->commit(), FileStoreTarget::CommitOk);
     QVERIFY(m_store->contains(digest));
