@@ -78,21 +78,42 @@ void readLink(const QString &root, Job<CatalogueLink> &job)
         job.record.info = linkFromJson(json.object, job.file, job.problems);
 }
 
-/// Runs \a read over \a jobs on all cores and gives the records in the jobs' order.
-template<typename Record>
-QVector<Record> readAll(
-    QVector<Job<Record>> jobs, void (*read)(const QString &, Job<Record> &), const QString &root,
-    Problems &problems)
+/// One run over a catalogue.
+class Reader
 {
-    forEachOnAllCores(jobs, [&root, read](Job<Record> &job) { read(root, job); });
-    QVector<Record> records;
-    records.reserve(jobs.size());
-    for (const Job<Record> &job : qAsConst(jobs)) {
-        records.append(job.record);
-        problems.append(job.problems);
+public:
+    Reader(const QString &root, Problems &problems, Progress &progress)
+        : m_root(root)
+        , m_problems(problems)
+        , m_progress(progress)
+    {}
+
+    /// Runs \a read over \a jobs on all cores and gives the records in the jobs' order.
+    template<typename Record>
+    QVector<Record> readAll(
+        const QString &what, QVector<Job<Record>> jobs,
+        void (*read)(const QString &, Job<Record> &))
+    {
+        m_progress.begin(QStringLiteral("Reading ") + what, jobs.size());
+        forEachOnAllCores(jobs, [&](Job<Record> &job) {
+            read(m_root, job);
+            m_progress.advance();
+        });
+        m_progress.end();
+        QVector<Record> records;
+        records.reserve(jobs.size());
+        for (const Job<Record> &job : qAsConst(jobs)) {
+            records.append(job.record);
+            m_problems.append(job.problems);
+        }
+        return records;
     }
-    return records;
-}
+
+private:
+    const QString &m_root;
+    Problems &m_problems;
+    Progress &m_progress;
+};
 
 QVector<Job<CataloguePackage>> packageJobs(const QString &root, Problems &problems)
 {
@@ -122,7 +143,7 @@ bool isCatalogue(const QString &root)
 
 } // namespace
 
-Catalogue readCatalogue(const QString &root, Problems &problems)
+Catalogue readCatalogue(const QString &root, Problems &problems, Progress &progress)
 {
     Catalogue catalogue;
     catalogue.root = QFileInfo(root).absoluteFilePath();
@@ -135,13 +156,15 @@ Catalogue readCatalogue(const QString &root, Problems &problems)
         return catalogue;
     }
     const QString &path = catalogue.root;
-    catalogue.packages = readAll(packageJobs(path, problems), readPackage, path, problems);
-    catalogue.keywords = readAll(
-        recordJobs<CatalogueKeyword>(path, QStringLiteral("dictionary"), problems), readKeyword,
-        path, problems);
-    catalogue.links = readAll(
-        recordJobs<CatalogueLink>(path, QStringLiteral("links"), problems), readLink, path,
-        problems);
+    Reader reader(path, problems, progress);
+    catalogue.packages =
+        reader.readAll(QStringLiteral("packages"), packageJobs(path, problems), readPackage);
+    catalogue.keywords = reader.readAll(
+        QStringLiteral("keywords"),
+        recordJobs<CatalogueKeyword>(path, QStringLiteral("dictionary"), problems), readKeyword);
+    catalogue.links = reader.readAll(
+        QStringLiteral("links"), recordJobs<CatalogueLink>(path, QStringLiteral("links"), problems),
+        readLink);
     std::sort(
         catalogue.packages.begin(), catalogue.packages.end(),
         [](const CataloguePackage &a, const CataloguePackage &b) {

@@ -5,6 +5,7 @@
 
 #include "catalogue/catalogue.h"
 #include "catalogue/problems.h"
+#include "catalogue/progress.h"
 
 namespace nk::pm::publisher {
 
@@ -15,6 +16,6 @@ namespace nk::pm::publisher {
 /// looks the same once published. What can't be read, isn't JSON or has the wrong shape is an
 /// error of its file; reading goes on behind it, and what is returned then has gaps. Works on all
 /// cores and blocks until done.
-Catalogue readCatalogue(const QString &root, Problems &problems);
+Catalogue readCatalogue(const QString &root, Problems &problems, Progress &progress);
 
 } // namespace nk::pm::publisher

@@ -21,7 +21,7 @@ namespace {
 
 Catalogue readAndCheck(const QString &directory, Problems &problems, Progress &progress)
 {
-    Catalogue catalogue = readCatalogue(directory, problems);
+    Catalogue catalogue = readCatalogue(directory, problems, progress);
     checkCatalogue(catalogue, problems);
     hashFiles(catalogue, problems, progress);
     checkContents(catalogue, problems);

@@ -40,7 +40,8 @@ private Q_SLOTS:
 static Problems problemsOf(const CatalogueTree &tree)
 {
     Problems problems;
-    checkCatalogue(readCatalogue(tree.path(), problems), problems);
+    Progress progress;
+    checkCatalogue(readCatalogue(tree.path(), problems, progress), problems);
     return problems;
 }
 
@@ -59,7 +60,8 @@ void tst_Catalogue::readsSoundTree()
     CatalogueTree tree;
     tree.fillWithGoods();
     Problems problems;
-    const Catalogue catalogue = readCatalogue(tree.path(), problems);
+    Progress progress;
+    const Catalogue catalogue = readCatalogue(tree.path(), problems, progress);
     checkCatalogue(catalogue, problems);
     QCOMPARE(lines(problems), QStringList());
 

@@ -79,6 +79,7 @@ private Q_SLOTS:
     void diffNamesTheChanges();
     void prunesWhatNothingNames();
     void inspectsAClientsLedger();
+    void showsProgressAndColoursOnATerminal();
     void sameNamesInEveryLocale();
     void killedPublisherLeavesAWholePublication();
 };
@@ -367,6 +368,28 @@ void tst_Nkledger::inspectsAClientsLedger()
     const QByteArray direct = workshop.call({"inspect", "public"}).output;
     QVERIFY(direct.contains("packages"));
     QCOMPARE(workshop.call({"inspect", "wrapped"}).output, direct);
+}
+
+void tst_Nkledger::showsProgressAndColoursOnATerminal()
+{
+    Workshop workshop;
+    workshop.tree.link("x", "stool", "is", "nothing");
+    const QString call = QString(NKLEDGER) + " check '" + workshop.tree.path() + "'";
+    const auto onTerminal = [&](const QString &environment) {
+        QProcess terminal;
+        terminal.start(
+            "script",
+            {"-q", "-e", "-c", "env " + environment + " TERM=xterm" + ' ' + call, "/dev/null"});
+        terminal.waitForFinished(60000);
+        return QString::fromUtf8(terminal.readAllStandardOutput());
+    };
+    const QString coloured = onTerminal("-u NO_COLOR");
+    QVERIFY2(coloured.contains("Reading packages: 1 of 3"), qPrintable(coloured));
+    QVERIFY2(
+        coloured.contains("links/x.json: \x1b[1;31merror\x1b[0m: links to"), qPrintable(coloured));
+    const QString plain = onTerminal("NO_COLOR=1");
+    QVERIFY2(plain.contains("Hashing files: 1 of 3"), qPrintable(plain));
+    QVERIFY2(plain.contains("links/x.json: error: links to"), qPrintable(plain));
 }
 
 void tst_Nkledger::sameNamesInEveryLocale()
