@@ -12,6 +12,8 @@
 #include <QLocale>
 #include <QSet>
 
+#include <atomic>
+
 namespace nk::pm {
 
 namespace {
@@ -25,10 +27,13 @@ QString bestLanguage(const QString &localeName, const QSet<QString> &available)
     return available.contains(language) ? language : QStringLiteral("en");
 }
 
+std::atomic<quint64> lastSerial{0};
+
 } // namespace
 
 PackageIndexPrivate::PackageIndexPrivate(PackageIndex *index)
     : q(index)
+    , serial(++lastSerial)
 {}
 
 /// Runs before the accessors have read anything: one that learns its languages from its data has

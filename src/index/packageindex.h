@@ -75,6 +75,7 @@ public:
 private:
     Q_DISABLE_COPY(PackageIndex)
     friend class PackageNode;
+    friend class KeywordReach;
 
     void buildIndex(unsigned int accessorIndex);
     void buildGraph(unsigned int accessorIndex);

@@ -25,6 +25,7 @@ class PackageIndex;
 struct PackageIndexPrivate
 {
     PackageIndex *q;
+    const quint64 serial; // another one for each index of the process
     StringPool pool; // outlives everything below, which refers to its text
     std::vector<std::unique_ptr<PackageIndexNode>> arena; // every node ever made, replaced ones too
     QHash<QStringRef, PackageIndexNode *> nodes;          // the nodes that count, by identifier

@@ -99,6 +99,8 @@ void PackageIndexPrivate::finishTables()
             keywords.append(static_cast<KeywordNode *>(node));
     }
     sortKeywords(keywords);
+    for (int i = 0; i < keywords.size(); ++i)
+        keywords.at(i)->m_number = i;
     sortPackages(packages);
     typeRanges = typeRangesOf(packages);
 }

@@ -22,10 +22,12 @@
 namespace nk::pm {
 
 class KeywordNode;
+class KeywordReach;
 class PackageAccessor;
 class PackageIndex;
 class PackageIndexNode;
 class PackageInstaller;
+struct PackageIndexPrivate;
 struct PackageInfo;
 
 /// One end of a link: its LinkType and the node at the far end, which the index owns.
@@ -141,6 +143,12 @@ protected:
     KeywordNode(PackageIndex *index, const QString &id);
 
     QStringRef m_canonicalString;
+
+private:
+    friend struct PackageIndexPrivate;
+    friend class KeywordReach;
+
+    int m_number = -1; // position among the index's keywords, once it is built
 };
 
 } // namespace nk::pm

@@ -3,6 +3,7 @@
 
 #include "index/packagekeywords.h"
 
+#include "index/keywordfollow.h"
 #include "index/packageindexnode.h"
 
 #include <QHash>
@@ -12,43 +13,6 @@
 namespace nk::pm {
 
 namespace {
-
-bool isKeyword(const PackageIndexNode *node)
-{
-    return node->kind() == PackageIndexNode::Keyword;
-}
-
-/// Which links of a keyword the walk of keywordsOf() follows; one bit each, so that a set of them
-/// can be kept per keyword.
-enum Follow : quint8 {
-    FollowNone = 0,
-    FollowRelated = 1,
-    FollowContainedAndRelated = 2,
-    FollowAll = 4,
-};
-
-bool follows(Follow allowed, int linkType)
-{
-    if (allowed == FollowContainedAndRelated)
-        return linkType == Contains || linkType == RelatesTo;
-    return allowed == FollowAll || linkType == RelatesTo;
-}
-
-/// What a keyword passes on when a link of this type led to it.
-Follow passedOnBy(int linkType)
-{
-    switch (linkType) {
-    case IsA:
-        return FollowAll;
-    case Contains:
-        return FollowContainedAndRelated;
-    case Is:
-    case RelatesTo:
-        return FollowRelated;
-    default:
-        return FollowNone;
-    }
-}
 
 /// The state of one keywordsOf(): each keyword is gone through at most once for each Follow.
 class KeywordCollector

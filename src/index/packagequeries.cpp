@@ -2,14 +2,35 @@
 // SPDX-License-Identifier: MIT
 
 #include "index/keywordlist.h"
+#include "index/numberorder.h"
 #include "index/packageindex.h"
 #include "index/packageindex_p.h"
 #include "index/packagelist.h"
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
+#include <vector>
 
 namespace nk::pm {
+
+namespace {
+
+void sortByNumber(QVector<PackageNode *> &packages, const NumberOrder &order)
+{
+    std::vector<std::pair<int, PackageNode *>> numbered;
+    numbered.reserve(std::size_t(packages.size()));
+    for (PackageNode *package : qAsConst(packages))
+        numbered.emplace_back(order.numberOf(*package), package);
+    std::stable_sort(numbered.begin(), numbered.end(), [](const auto &a, const auto &b) {
+        return a.first < b.first;
+    });
+    std::transform(numbered.begin(), numbered.end(), packages.begin(), [](const auto &entry) {
+        return entry.second;
+    });
+}
+
+} // namespace
 
 PackageList PackageIndex::selectPackages(
     QSharedPointer<PackageIndex> index, const QString &type,
@@ -38,7 +59,9 @@ PackageList PackageIndex::selectPackages(
     } else {
         hits = d.packages.mid(range.first, range.second - range.first + 1);
     }
-    if (sorter) {
+    if (const auto *order = sorter.target<NumberOrder>()) {
+        sortByNumber(hits, *order);
+    } else if (sorter) {
         std::stable_sort(hits.begin(), hits.end(), [&sorter](PackageNode *a, PackageNode *b) {
             return sorter(a, b);
         });

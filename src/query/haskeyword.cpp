@@ -4,8 +4,7 @@
 #include "query/haskeyword.h"
 
 #include "index/packageindexnode.h"
-
-#include <algorithm>
+#include "query/keywordmatch.h"
 
 namespace nk::pm {
 
@@ -40,12 +39,8 @@ std::function<bool(PackageNode *)> HasKeyword::matchFunction()
 {
     if (d->keywordId.isEmpty())
         return {};
-    return [id = d->keywordId](PackageNode *node) {
-        const auto keywords = node->keywords();
-        return std::any_of(keywords.begin(), keywords.end(), [&id](const KeywordNode *keyword) {
-            return keyword->id() == id;
-        });
-    };
+    return KeywordMatch(
+        [id = d->keywordId](const KeywordNode &keyword) { return keyword.id() == id; });
 }
 
 } // namespace nk::pm

@@ -4,8 +4,7 @@
 #include "query/matcheskeywordsearch.h"
 
 #include "index/packageindexnode.h"
-
-#include <algorithm>
+#include "query/keywordmatch.h"
 
 namespace nk::pm {
 
@@ -58,14 +57,10 @@ std::function<bool(PackageNode *)> MatchesKeywordSearch::matchFunction()
 {
     if (d->searchString.isEmpty())
         return {};
-    return [search = d->searchString, level = d->requiredLevel()](PackageNode *node) {
-        const auto keywords = node->keywords();
-        const QStringRef needle(&search);
-        return std::any_of(
-            keywords.begin(), keywords.end(), [&needle, level](const KeywordNode *keyword) {
-                return keyword->matchLevel(needle) >= level;
-            });
-    };
+    return KeywordMatch(
+        [search = d->searchString, level = d->requiredLevel()](const KeywordNode &keyword) {
+            return keyword.matchLevel(QStringRef(&search)) >= level;
+        });
 }
 
 } // namespace nk::pm

@@ -3,6 +3,7 @@
 
 #include "query/sortbyintegerfield.h"
 
+#include "index/numberorder.h"
 #include "index/packageindexnode.h"
 
 namespace nk::pm {
@@ -17,9 +18,8 @@ std::function<bool(PackageNode *, PackageNode *)> SortByIntegerField::sortFuncti
 {
     if (name().isEmpty())
         return {};
-    return [field = name()](PackageNode *a, PackageNode *b) {
-        return a->manifestValue(field).toInt(0) < b->manifestValue(field).toInt(0);
-    };
+    return NumberOrder{
+        [field = name()](const PackageNode &node) { return node.manifestValue(field).toInt(0); }};
 }
 
 } // namespace nk::pm
