@@ -68,13 +68,15 @@ QString KeywordSuggestionModelPrivate::highlighted(const QString &suggestion) co
 
 namespace {
 
-KeywordList selectKeywords(const QSharedPointer<PackageIndex> &index, const QString &packageType)
+/// The keywords with a text that holds \a needle, and that packages of \a type reach unless it is
+/// empty. The text is looked at first: to search the links takes far longer.
+KeywordList selectKeywords(
+    const QSharedPointer<PackageIndex> &index, const QStringRef &type, const QStringRef &needle)
 {
-    if (packageType.isEmpty())
-        return PackageIndex::selectKeywords(index, {});
-    const QStringRef type(&packageType);
-    return PackageIndex::selectKeywords(
-        index, [&type](KeywordNode *keyword) { return keyword->isUsedByType(type); });
+    return PackageIndex::selectKeywords(index, [&type, &needle](KeywordNode *keyword) {
+        return !keyword->matchingStrings(needle).isEmpty()
+               && (type.isEmpty() || keyword->isUsedByType(type));
+    });
 }
 
 QStringList findSuggestions(
@@ -82,7 +84,7 @@ QStringList findSuggestions(
 {
     QSet<QString> found;
     const QStringRef needle(&search);
-    for (const KeywordNode *keyword : selectKeywords(index, packageType)) {
+    for (const KeywordNode *keyword : selectKeywords(index, QStringRef(&packageType), needle)) {
         const auto strings = keyword->matchingStrings(needle);
         for (const QStringRef &string : strings)
             found.insert(string.toString());
