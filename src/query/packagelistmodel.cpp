@@ -35,6 +35,7 @@ struct Query
     std::function<bool(PackageNode *, PackageNode *)> sorter;
     PackageList shown;
     bool resetWhenStuck;
+    int maximumEdits;
 };
 
 } // namespace
@@ -53,6 +54,7 @@ struct PackageListModelPrivate
     WatchedPointer<PackageMatcher> matcher;
     WatchedPointer<PackageSorter> sorter;
     bool resetWhenStuck = false;
+    int maximumEdits = 0;
 
     explicit PackageListModelPrivate(PackageListModel *model);
 
@@ -169,8 +171,11 @@ Edits PackageListModelPrivate::findEdits(PackageListModelPrivate *d, const Query
     const auto changes = rowChanges(query.shown.packages(), wanted.packages());
     if (!changes)
         return query.resetWhenStuck ? Edits{reset} : Edits();
+    const int count = static_cast<int>(changes->size());
+    if (query.maximumEdits > 0 && count > query.maximumEdits)
+        return {reset};
     Edits edits;
-    edits.reserve(static_cast<int>(changes->size()));
+    edits.reserve(count);
     for (const RowChange &change : *changes) {
         // Rows of an index that the model has let go of meanwhile would dangle.
         edits.append([d, index = wanted.index(), change] {
@@ -276,6 +281,19 @@ void PackageListModel::setResetWhenStuck(bool reset)
     scheduleUpdate();
 }
 
+int PackageListModel::maximumEdits() const
+{
+    return d->maximumEdits;
+}
+
+void PackageListModel::setMaximumEdits(int maximum)
+{
+    if (d->maximumEdits == maximum)
+        return;
+    d->maximumEdits = maximum;
+    Q_EMIT maximumEditsChanged();
+}
+
 QString PackageListModel::packageAt(int index) const
 {
     return d->list.id(index);
@@ -338,7 +356,7 @@ void PackageListModel::updateList()
         d->clearList();
         return;
     }
-    Query query{index, d->packageType, {}, {}, d->list, d->resetWhenStuck};
+    Query query{index, d->packageType, {}, {}, d->list, d->resetWhenStuck, d->maximumEdits};
     if (PackageMatcher *matcher = d->matcher.get())
         query.matcher = matcher->matchFunction();
     if (PackageSorter *sorter = d->sorter.get())

@@ -42,6 +42,7 @@ class NK_PM_EXPORT PackageListModel : public QAbstractListModel, public QQmlPars
     Q_PROPERTY(int count READ count NOTIFY countChanged)
     Q_PROPERTY(bool resetWhenStuck READ resetWhenStuck WRITE setResetWhenStuck NOTIFY
                    resetWhenStuckChanged)
+    Q_PROPERTY(int maximumEdits READ maximumEdits WRITE setMaximumEdits NOTIFY maximumEditsChanged)
 
 public:
     enum Role {
@@ -79,6 +80,11 @@ public:
     bool resetWhenStuck() const;
     void setResetWhenStuck(bool reset);
 
+    /// An update that takes more row changes than this is told as one reset instead: views need
+    /// some microseconds for each change, on the GUI thread. 0, the default, is no limit.
+    int maximumEdits() const;
+    void setMaximumEdits(int maximum);
+
     /// Identifier of the package at row \a index; empty outside the list.
     Q_INVOKABLE QString packageAt(int index) const;
     /// First row of the package \a id, -1 if it isn't there; 0 for an empty \a id.
@@ -101,6 +107,7 @@ Q_SIGNALS:
     void sorterChanged();
     void countChanged();
     void resetWhenStuckChanged();
+    void maximumEditsChanged();
 
 private Q_SLOTS:
     void scheduleUpdate();

@@ -83,6 +83,7 @@ private Q_SLOTS:
     void sortGivesMoves();
     void stuckRowsStay();
     void stuckRowsReset();
+    void manyEditsReset();
     void invokables();
     void rolesAndData();
     void fieldsRebuildRolesOnce();
@@ -343,6 +344,24 @@ void TestPackageListModel::stuckRowsReset()
     settle(f.model);
     QCOMPARE(f.log.take(), Log{"reset"});
     QCOMPARE(ids(f.model), QString("a b c d e f"));
+}
+
+void TestPackageListModel::manyEditsReset()
+{
+    Fixture f;
+    IdMatcher matcher;
+    matcher.accepted = QStringList{"a", "b", "c", "d", "e", "f"};
+    f.show(&matcher);
+    f.model.setMaximumEdits(2);
+    matcher.accepted = QStringList{"a", "c", "e", "f"};
+    matcher.change();
+    settle(f.model);
+    QCOMPARE(f.log.take(), (Log{"remove 3 3", "remove 1 1", "count"}));
+    matcher.accepted = QStringList{"b", "c", "d"};
+    matcher.change();
+    settle(f.model);
+    QCOMPARE(f.log.take(), (Log{"reset", "count"})); // would be four
+    QCOMPARE(ids(f.model), QString("b c d"));
 }
 
 void TestPackageListModel::invokables()
