@@ -8,6 +8,8 @@
 #include "repository/packagerepository_p.h"
 #include "repository/packagesource.h"
 
+#include <QCoreApplication>
+#include <QThread>
 #include <QtConcurrent>
 
 #include <algorithm>
@@ -18,6 +20,17 @@ namespace nk::pm {
 namespace {
 
 constexpr std::chrono::nanoseconds sourceUpdateInterval = std::chrono::seconds(120);
+
+/// An index of 50,000 packages takes some frames' time to free: whoever lets go of it last, the GUI
+/// thread doesn't do that.
+void freeIndex(PackageIndex *index)
+{
+    const QCoreApplication *application = QCoreApplication::instance();
+    if (application && application->thread() == QThread::currentThread() && !isClosingDown())
+        QtConcurrent::run([index] { delete index; });
+    else
+        delete index;
+}
 
 } // namespace
 
@@ -114,7 +127,7 @@ void PackageRepository::scheduleUpdate()
 void PackageRepository::update()
 {
     d->updateScheduled = false;
-    const auto index = QSharedPointer<PackageIndex>::create();
+    const QSharedPointer<PackageIndex> index(new PackageIndex, freeIndex);
     const QList<PackageSource *> sources = d->sources;
     for (PackageSource *source : sources)
         index->addSource(source);
