@@ -59,9 +59,9 @@ void TestKeywordReach::agreesWithKeywords_data()
     QTest::addColumn<int>("links");
     QTest::addColumn<int>("rounds");
 
-    QTest::newRow("few keywords, many links") << 5 << 40 << 300;
-    QTest::newRow("trees, more or less") << 30 << 40 << 300;
-    QTest::newRow("dense") << 30 << 150 << 200;
+    QTest::newRow("few keywords, many links") << 5 << 40 << 100;
+    QTest::newRow("trees, more or less") << 30 << 40 << 100;
+    QTest::newRow("dense") << 30 << 150 << 60;
 }
 
 void TestKeywordReach::agreesWithKeywords()
