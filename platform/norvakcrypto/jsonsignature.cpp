@@ -80,6 +80,14 @@ QVarLengthArray<Member, 16> sortedMembers(const QJsonObject &object)
     return members;
 }
 
+// Qt's parser may leave a name that came more than once in an object more than once; which of the
+// values a reader gets is chance then.
+bool areUnique(const QVarLengthArray<Member, 16> &sorted)
+{
+    const auto same = [](const Member &a, const Member &b) { return a.name == b.name; };
+    return std::adjacent_find(sorted.cbegin(), sorted.cend(), same) == sorted.cend();
+}
+
 bool needsNoEscape(QChar character)
 {
     return character >= QLatin1Char(' ') && character != QLatin1Char('"')
@@ -109,6 +117,8 @@ bool CanonicalWriter::writeObject(const QJsonObject &object, int depth)
     if (depth > maximumDepth)
         return false;
     const auto members = sortedMembers(object);
+    if (!areUnique(members))
+        return false;
     char separator = '{';
     for (const Member &member : members) {
         m_out += separator;
