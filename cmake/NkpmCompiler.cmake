@@ -34,7 +34,9 @@ endif()
 
 add_library(nkpm_compiler INTERFACE)
 target_compile_options(nkpm_compiler INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow $<$<BOOL:${NKPM_WERROR}>:-Werror>)
+    -Wall -Wextra -Wpedantic -Wshadow $<$<BOOL:${NKPM_WERROR}>:-Werror>
+    # clang finds fault with the expansion of Qt's logging macros and with a property of ours named $.
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments -Wno-dollar-in-identifier-extension>)
 target_compile_definitions(nkpm_compiler INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH
     QT_DEPRECATED_WARNINGS QT_DISABLE_DEPRECATED_BEFORE=0x050f00)

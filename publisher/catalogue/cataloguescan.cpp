@@ -14,7 +14,7 @@ namespace nk::pm::publisher {
 
 namespace {
 
-constexpr QLatin1String manifestName("manifest.json");
+const QLatin1String manifestName("manifest.json");
 
 enum class EntryKind { File, Directory, DeadLink, Special };
 

@@ -16,10 +16,10 @@ namespace {
 /// Records by identifier, in the form in which they are compared.
 using Records = QMap<QString, QJsonObject>;
 
-constexpr QLatin1String issuerKey("issuer");
-constexpr QLatin1String filesKey("files");
-constexpr QLatin1String manifestKey("manifest");
-constexpr QLatin1String revisionKey("revision");
+const QLatin1String issuerKey("issuer");
+const QLatin1String filesKey("files");
+const QLatin1String manifestKey("manifest");
+const QLatin1String revisionKey("revision");
 
 Records issuers(const LedgerTables &tables)
 {

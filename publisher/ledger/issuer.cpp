@@ -16,11 +16,11 @@ using nk::crypto::ed25519::PublicKey;
 
 namespace {
 
-constexpr QLatin1String formatKey("format");
-constexpr QLatin1String formatName("norvak-issuer-1");
-constexpr QLatin1String labelsKey("labels");
-constexpr QLatin1String publicKeyKey("publicKey");
-constexpr QLatin1String signatureKey("signature");
+const QLatin1String formatKey("format");
+const QLatin1String formatName("norvak-issuer-1");
+const QLatin1String labelsKey("labels");
+const QLatin1String publicKeyKey("publicKey");
+const QLatin1String signatureKey("signature");
 
 QByteArray fromBase64(const QJsonValue &value)
 {

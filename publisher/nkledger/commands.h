@@ -74,7 +74,7 @@ QString publicKeyFile(const QString &name);
 QString issuerRecordFile(const QString &name);
 /// What a file's name is made from, if it ends in \a end; else empty.
 QString keyName(const QString &file, QLatin1String end);
-constexpr QLatin1String privateKeyEnd("-private.pem");
-constexpr QLatin1String publicKeyEnd(".pem");
+const QLatin1String privateKeyEnd("-private.pem");
+const QLatin1String publicKeyEnd(".pem");
 
 } // namespace nk::pm::publisher
