@@ -50,6 +50,24 @@ function(nkpm_install_library target)
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 endfunction()
 
+# nkpm_install_tool(TARGET): installs a program with its man page and, where they are, completions.
+function(nkpm_install_tool target)
+    if(NOT NKPM_INSTALL)
+        return()
+    endif()
+    set(packaging ${PROJECT_SOURCE_DIR}/packaging)
+    install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+    install(FILES ${packaging}/man/${target}.1
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
+    if(EXISTS ${packaging}/completions/${target}.bash)
+        install(FILES ${packaging}/completions/${target}.bash
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${target}
+            COMPONENT runtime)
+        install(FILES ${packaging}/completions/_${target}
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT runtime)
+    endif()
+endfunction()
+
 # nkpm_follow_sources(TARGET): has moc look again when files were added to the target, from whatever
 # folder. Otherwise moc looks again only when a file that it knows has changed, and a build in an
 # existing tree lacks the new classes: so here is a file that names them all.

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
-#include "nkledgerprocess.h"
 #include "support/testfiles.h"
+#include "support/toolpages.h"
 
 #include <QDir>
-#include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace nk::pm::test;
@@ -16,58 +16,24 @@ class tst_NkledgerPages : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void knowAllOptions_data();
-    void knowAllOptions();
-    void knowNoOtherOptions_data();
-    void knowNoOtherOptions();
+    void helpIsThere();
+    void pagesFollowTheHelp_data();
+    void pagesFollowTheHelp();
     void bashCompletes_data();
     void bashCompletes();
 
 private:
-    static QStringList longOptions(const QString &text);
-    static QString page(const QString &name);
-
-    QStringList m_commands;
-    QStringList m_options; // of all commands, each once
+    const ToolPages m_pages{NKLEDGER, true};
 };
 
-QStringList tst_NkledgerPages::longOptions(const QString &text)
+void tst_NkledgerPages::helpIsThere()
 {
-    static const QRegularExpression option("(?<![\\w-])--[a-z][a-z-]*[a-z]");
-    QStringList found;
-    for (auto it = option.globalMatch(text); it.hasNext();)
-        found.append(it.next().captured());
-    found.removeDuplicates();
-    return found;
+    QCOMPARE(m_pages.commands().size(), 11);
+    QCOMPARE(m_pages.badHelp(), QStringList());
+    QVERIFY(m_pages.options().contains("--server-name"));
 }
 
-QString tst_NkledgerPages::page(const QString &name)
-{
-    QString text = readFile(NKPM_PACKAGING "/" + name);
-    return text.replace("\\-", "-");
-}
-
-void tst_NkledgerPages::initTestCase()
-{
-    const QString help = callNkledger(QDir::tempPath(), {"--help"}).output;
-    m_options = longOptions(help);
-    static const QRegularExpression command(
-        "^  ([a-z][a-z-]+)  +[A-Z]", QRegularExpression::MultilineOption);
-    for (auto it = command.globalMatch(help); it.hasNext();)
-        m_commands.append(it.next().captured(1));
-    QCOMPARE(m_commands.size(), 11);
-    for (const QString &name : qAsConst(m_commands)) {
-        const CallResult result = callNkledger(QDir::tempPath(), {name, "--help"});
-        QCOMPARE(result.exitCode, 0);
-        QVERIFY2(result.output.contains("Example"), qPrintable(name));
-        m_options += longOptions(result.output);
-    }
-    m_options.removeDuplicates();
-    QVERIFY(m_options.contains("--server-name"));
-}
-
-void tst_NkledgerPages::knowAllOptions_data()
+void tst_NkledgerPages::pagesFollowTheHelp_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("man page") << "man/nkledger.1";
@@ -75,27 +41,11 @@ void tst_NkledgerPages::knowAllOptions_data()
     QTest::newRow("zsh") << "completions/_nkledger";
 }
 
-void tst_NkledgerPages::knowAllOptions()
+void tst_NkledgerPages::pagesFollowTheHelp()
 {
     QFETCH(QString, name);
-    const QString text = page(name);
-    for (const QString &command : qAsConst(m_commands))
-        QVERIFY2(text.contains(QRegularExpression("\\b" + command + "\\b")), qPrintable(command));
-    const QStringList known = longOptions(text);
-    for (const QString &option : qAsConst(m_options))
-        QVERIFY2(known.contains(option), qPrintable(option));
-}
-
-void tst_NkledgerPages::knowNoOtherOptions_data()
-{
-    knowAllOptions_data();
-}
-
-void tst_NkledgerPages::knowNoOtherOptions()
-{
-    QFETCH(QString, name);
-    for (const QString &option : longOptions(page(name)))
-        QVERIFY2(m_options.contains(option), qPrintable(option));
+    QCOMPARE(m_pages.missingIn(name), QStringList());
+    QCOMPARE(m_pages.unknownIn(name), QStringList());
 }
 
 void tst_NkledgerPages::bashCompletes_data()
@@ -116,24 +66,11 @@ void tst_NkledgerPages::bashCompletes_data()
 void tst_NkledgerPages::bashCompletes()
 {
     QFETCH(QStringList, words);
-    QFETCH(QString, expected);
     QTemporaryDir directory;
     QDir(directory.path()).mkdir("catalogue");
     writeFile(directory.filePath("cards.txt"), "");
     writeFile(directory.filePath("studio-private.pem"), "");
-    QProcess bash;
-    bash.setWorkingDirectory(directory.path());
-    bash.start(
-        "bash",
-        QStringList{
-            "-c",
-            "source \"$0\"; COMP_WORDS=(nkledger \"$@\"); COMP_CWORD=$#; _nkledger; "
-            "echo \"${COMPREPLY[*]}\"",
-            NKPM_PACKAGING "/completions/nkledger.bash"}
-            + words);
-    QVERIFY(bash.waitForFinished());
-    QCOMPARE(QString(bash.readAllStandardError()), QString());
-    QCOMPARE(QString(bash.readAllStandardOutput()).trimmed(), expected);
+    QTEST(bashCompletions("nkledger", words, directory.path()), "expected");
 }
 
 QTEST_GUILESS_MAIN(tst_NkledgerPages)
