@@ -68,6 +68,21 @@ function(nkpm_install_tool target)
     endif()
 endfunction()
 
+# nkpm_install_desktop_entry(TARGET ID): makes and installs what a desktop knows of a program.
+function(nkpm_install_desktop_entry target id)
+    set(desktop ${PROJECT_SOURCE_DIR}/packaging/desktop)
+    configure_file(${desktop}/${id}.metainfo.xml.in ${PROJECT_BINARY_DIR}/${id}.metainfo.xml @ONLY)
+    if(NOT NKPM_INSTALL)
+        return()
+    endif()
+    install(FILES ${desktop}/${id}.desktop
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT runtime)
+    install(FILES ${PROJECT_BINARY_DIR}/${id}.metainfo.xml
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT runtime)
+    install(FILES ${desktop}/${target}.svg
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT runtime)
+endfunction()
+
 # nkpm_follow_sources(TARGET): has moc look again when files were added to the target, from whatever
 # folder. Otherwise moc looks again only when a file that it knows has changed, and a build in an
 # existing tree lacks the new classes: so here is a file that names them all.

@@ -10,7 +10,7 @@
 
 using namespace nk::pm::test;
 
-/// The man page and the completions say what the program's own help says.
+/// The man pages and completions of nkpm and norvak-catalogue say what the programs' own help says.
 class tst_NkpmPages : public QObject
 {
     Q_OBJECT
@@ -21,14 +21,18 @@ private Q_SLOTS:
     void pagesFollowTheHelp();
     void bashCompletes_data();
     void bashCompletes();
+    void cataloguePageFollowsTheHelp();
 
 private:
     const ToolPages m_pages{NKPM_PROGRAM, true};
+    const ToolPages m_cataloguePages{NKPM_CATALOGUE, false};
 };
 
 void tst_NkpmPages::helpIsThere()
 {
-    QCOMPARE(m_pages.commands(), QStringList({"list", "show", "keywords", "install", "sources"}));
+    QCOMPARE(
+        m_pages.commands(),
+        QStringList({"list", "show", "file", "keywords", "install", "collection", "sources"}));
     QCOMPARE(m_pages.badHelp(), QStringList());
     QVERIFY(m_pages.options().contains("--into"));
 }
@@ -59,6 +63,11 @@ void tst_NkpmPages::bashCompletes_data()
     QTest::newRow("source called like a command")
         << QStringList{"--local", "list", "key"} << "keywords";
     QTest::newRow("options of a command") << QStringList{"keywords", "--ca"} << "--categories";
+    QTest::newRow("what to do with a collection")
+        << QStringList{"--json", "collection", "room.json", "re"} << "remove";
+    QTest::newRow("collection") << QStringList{"collection", "card"} << "cards.txt";
+    QTest::newRow("options of an action")
+        << QStringList{"collection", "room.json", "install", "--i"} << "--into";
     QTest::newRow("directory") << QStringList{"install", "chair", "--into", "ca"} << "catalogue";
     QTest::newRow("nothing for a package") << QStringList{"show", "ca"} << "";
 }
@@ -70,6 +79,13 @@ void tst_NkpmPages::bashCompletes()
     QDir(directory.path()).mkdir("catalogue");
     writeFile(directory.filePath("cards.txt"), "");
     QTEST(bashCompletions("nkpm", words, directory.path()), "expected");
+}
+
+void tst_NkpmPages::cataloguePageFollowsTheHelp()
+{
+    QVERIFY(m_cataloguePages.options().contains("--screenshot"));
+    QCOMPARE(m_cataloguePages.missingIn("man/norvak-catalogue.1"), QStringList());
+    QCOMPARE(m_cataloguePages.unknownIn("man/norvak-catalogue.1"), QStringList());
 }
 
 QTEST_GUILESS_MAIN(tst_NkpmPages)
