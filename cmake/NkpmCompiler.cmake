@@ -46,3 +46,8 @@ if(NKPM_SANITIZE)
         -fno-sanitize-recover=all -Og -g1)
     add_link_options(-fsanitize=${NKPM_SANITIZE})
 endif()
+
+if(NKPM_COVERAGE)
+    add_compile_options(--coverage -O0 -g1)
+    add_link_options(--coverage)
+endif()
