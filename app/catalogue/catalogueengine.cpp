@@ -43,8 +43,10 @@ void registerMember(const char *name)
 void installTranslation()
 {
     auto *translator = new QTranslator(QCoreApplication::instance());
-    if (translator->load(
-            QLocale(), QStringLiteral("catalogue"), QStringLiteral("_"), QStringLiteral(":/i18n")))
+    const QString directory = QStringLiteral(":/i18n");
+    // English is more than the texts as they stand: it has plural forms.
+    if (translator->load(QLocale(), QStringLiteral("catalogue"), QStringLiteral("_"), directory)
+        || translator->load(QStringLiteral("catalogue_en"), directory))
         QCoreApplication::installTranslator(translator);
 }
 
@@ -71,7 +73,7 @@ void setUpCatalogueModule()
 CatalogueEngine::CatalogueEngine(const Options &options)
     : m_options(options)
     , m_preferences(
-          options.isPassing() ? Preferences::Lifetime::Passing : Preferences::Lifetime::Persistent)
+          options.passing ? Preferences::Lifetime::Passing : Preferences::Lifetime::Persistent)
     , m_installs(m_provider, m_preferences)
     , m_sources(m_provider, m_preferences)
     , m_types(m_provider)

@@ -128,6 +128,7 @@ Options parseOptions(const QStringList &arguments)
     options.theme = p.choice(p.theme, themes);
     options.size = p.windowSize();
     options.measure = p.parser.isSet(p.measure);
+    options.passing = options.measure || !options.screenshot.isEmpty();
     return options;
 }
 

@@ -22,9 +22,7 @@ struct Options
     QString theme; ///< "light" or "dark"; empty: what is remembered, else the system's
     QSize size;    ///< of the window; invalid: what is remembered
     bool measure = false;
-
-    /// Whether this start leaves no trace in the settings and takes none from there.
-    bool isPassing() const { return measure || !screenshot.isEmpty(); }
+    bool passing = false; ///< takes nothing from the settings and leaves no trace there
 };
 
 /// Reads the command line \a arguments, the program's name first. Ends the process, with a text

@@ -153,6 +153,7 @@ FocusScope {
                 Repeater {
                     model: details.requirements
                     PushButton {
+                        objectName: "requirement " + modelData.id
                         symbol: "package"
                         flat: true
                         text: modelData.title

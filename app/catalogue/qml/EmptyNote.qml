@@ -32,6 +32,7 @@ ColumnLayout {
     }
     PushButton {
         id: button
+        objectName: "emptyAction"
         visible: text
         Layout.alignment: Qt.AlignHCenter
         onClicked: parent.acted()

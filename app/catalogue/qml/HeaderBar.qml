@@ -71,6 +71,7 @@ Rectangle {
             }
         }
         PushButton {
+            objectName: "openSources"
             symbol: "sources"
             flat: true
             hint: qsTr("Sources")

@@ -52,7 +52,7 @@ ApplicationWindow {
         else if (name === "sources")
             sources.open()
         else if (name === "search")
-            bar.searchField.showCompletions(qsTr("wood", "example of a search"))
+            bar.searchField.showCompletions(qsTr("wo", "beginning of a word that many packages have"))
         return true
     }
 

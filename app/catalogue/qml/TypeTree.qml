@@ -33,6 +33,13 @@ ListView {
     Keys.onEnterPressed: choose(currentIndex)
     Keys.onSpacePressed: choose(currentIndex)
 
+    // A new index brings new rows.
+    Connections {
+        target: Types
+        function onModelReset() { tree.currentIndex = Math.max(0, Types.rowOf(tree.chosenType)) }
+    }
+    Component.onCompleted: currentIndex = 0
+
     delegate: SidebarRow {
         objectName: "type " + type
         text: type ? name : qsTr("All packages")

@@ -221,13 +221,13 @@
     <context>
         <name>Main</name>
         <message>
-            <source>wood</source>
-            <comment>example of a search</comment>
-            <translation>holz</translation>
-        </message>
-        <message>
             <source>Catalogue</source>
             <translation>Katalog</translation>
+        </message>
+        <message>
+            <source>wo</source>
+            <comment>beginning of a word that many packages have</comment>
+            <translation>wo</translation>
         </message>
     </context>
     <context>
