@@ -19,6 +19,7 @@ PackageListModel {
 
     packageProvider: Catalogue
     resetWhenStuck: true
+    maximumEdits: 200 // beyond that a reset costs the view less
 
     matcher: PackageMatcherGroup {
         MatchesKeywordSearch {
