@@ -108,7 +108,8 @@ PackageReference::Status PackageReferencePrivate::readStatus()
 
 void PackageReferencePrivate::logErrors() const
 {
-    for (const InstallError &error : installer->errors())
+    const QList<InstallError> errors = installer->errors();
+    for (const InstallError &error : errors)
         qCCritical(lcPackages) << "Package install error" << error.code << error.message;
 }
 
