@@ -4,21 +4,15 @@
 #include "sources/ledgerverification.h"
 
 #include "sources/ledgerformat.h"
+#include "sources/signedcontent.h"
 #include "sources/verifiedsignatures.h"
 
-#include <norvakcrypto/jsonsignature.h>
-
 #include <QCryptographicHash>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QThreadPool>
 #include <QtConcurrent>
 
 #include <algorithm>
 #include <atomic>
-#include <optional>
-#include <utility>
-#include <vector>
 
 namespace nk::pm {
 
@@ -29,37 +23,6 @@ namespace {
 QByteArray signatureBytes(const char *signature)
 {
     return QByteArray::fromRawData(signature, ledger::signatureSize);
-}
-
-// Walks the members instead of asking for the name, which can miss one that is there.
-QJsonObject withoutType(QJsonObject manifest)
-{
-    for (auto member = manifest.begin(); member != manifest.end();) {
-        if (member.key() == QLatin1String("type"))
-            member = manifest.erase(member);
-        else
-            ++member;
-    }
-    return manifest;
-}
-
-// Nothing if two names are one as text: which of them was signed could not be told.
-std::optional<QJsonObject> fileHashes(const QHash<QByteArray, const char *> &files)
-{
-    // In order, as an object takes a member in the middle only by moving those behind it.
-    std::vector<std::pair<QString, const char *>> sorted;
-    sorted.reserve(size_t(files.size()));
-    for (auto file = files.cbegin(); file != files.cend(); ++file)
-        sorted.emplace_back(QString::fromUtf8(file.key()), file.value());
-    std::sort(sorted.begin(), sorted.end());
-    QJsonObject object;
-    for (const auto &[name, hash] : sorted) {
-        const auto bytes = QByteArray::fromRawData(hash, ledger::hashSize);
-        object.insert(name, QString::fromLatin1(bytes.toHex()));
-    }
-    if (object.size() != files.size())
-        return std::nullopt;
-    return object;
 }
 
 QVector<QByteArray> derOf(const QVector<PublicKey> &keys)
@@ -182,19 +145,6 @@ IssuerVerification verifyIssuers(const QVector<LedgerIssuer> &issuers, const Pub
         verification.keys.append(key);
     }
     return verification;
-}
-
-QByteArray signedContent(const PackageEntry &package, const LedgerString &type)
-{
-    const std::optional<QJsonObject> files = fileHashes(package.files);
-    if (!files)
-        return {};
-    const QJsonObject manifest = QJsonDocument::fromJson(package.manifest.bytes()).object();
-    return nk::crypto::JsonSignature::toByteArray({
-        {QStringLiteral("type"), type.text()},
-        {QStringLiteral("manifest"), withoutType(manifest)},
-        {QStringLiteral("files"), *files},
-    });
 }
 
 bool verifyPackages(

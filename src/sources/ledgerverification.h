@@ -27,11 +27,6 @@ struct IssuerVerification
 NK_PM_EXPORT IssuerVerification
 verifyIssuers(const QVector<LedgerIssuer> &issuers, const nk::crypto::ed25519::PublicKey &trustKey);
 
-/// The bytes that the issuer of \a package signs: the canonical JSON of its type, its manifest
-/// without the key "type", and its files with their hashes. Empty if the manifest has no canonical
-/// form.
-NK_PM_EXPORT QByteArray signedContent(const PackageEntry &package, const LedgerString &type);
-
 /// True if each package of \a tables carries a valid signature by its issuer's key of \a
 /// issuerKeys.
 ///

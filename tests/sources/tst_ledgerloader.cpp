@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "sources/ledgerloader.h"
-#include "sources/ledgerverification.h"
+#include "sources/signedcontent.h"
 #include "sources/verifiedsignatures.h"
 #include "support/ledgerbuilder.h"
 #include "support/logrecorder.h"
@@ -91,7 +91,6 @@ private Q_SLOTS:
     void failedPackageWritesNoLineOfItsOwn();
     void whatIsSigned_data();
     void whatIsSigned();
-    void signedContentIsCanonical();
     void namesThatAreOneAsTextAreRefused();
     void issuersCannotStandInForEachOther();
     void refusedLedgerKeepsLanguagesAndTypes();
@@ -270,22 +269,6 @@ void tst_LedgerLoader::whatIsSigned()
     QVERIFY(ledger.contains(before));
     const LedgerTables tables = load(QByteArray(ledger).replace(before, after), builder.trustKey());
     QCOMPARE(tables.packages.size(), accepted ? 2 : 0);
-}
-
-void tst_LedgerLoader::signedContentIsCanonical()
-{
-    const QByteArray manifest =
-        "{ \"type\": \"x\", \"b\": 1.0, \"\xc3\xa4\": [1E2], \"a\": {\"type\": 1} }";
-    const QByteArray hash(28, '\xab');
-    PackageEntry package;
-    package.manifest = {quint16(manifest.size()), manifest.constData()};
-    package.files = {{"z/\xc3\xb6", hash.constData()}, {"a", hash.constData()}};
-    const QByteArray hex = hash.toHex();
-    QCOMPARE(
-        signedContent(package, {5, "model"}), "{\"files\":{\"a\":\"" + hex + "\",\"z/\xc3\xb6\":\""
-                                                  + hex
-                                                  + "\"},\"manifest\":{\"a\":{\"type\":1},\"b\":1,"
-                                                    "\"\xc3\xa4\":[100]},\"type\":\"model\"}");
 }
 
 void tst_LedgerLoader::namesThatAreOneAsTextAreRefused()

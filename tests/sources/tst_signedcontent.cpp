@@ -1,0 +1,157 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "sources/signedcontent.h"
+
+#include <norvakcrypto/jsonsignature.h>
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRandomGenerator>
+#include <QtTest>
+
+using namespace nk::pm;
+
+namespace {
+
+const QByteArray hash(28, '\xab');
+
+/// A package entry over bytes of its own.
+struct Package
+{
+    QByteArray type;
+    QByteArray manifest;
+    QVector<QByteArray> names;
+
+    QByteArray signedContent() const
+    {
+        PackageEntry entry;
+        entry.manifest = {quint16(manifest.size()), manifest.constData()};
+        for (const QByteArray &name : names)
+            entry.files.insert(name, hash.constData());
+        return nk::pm::signedContent(entry, {quint16(type.size()), type.constData()});
+    }
+
+    /// The same by the definition: one object with everything.
+    QByteArray byDefinition() const
+    {
+        QJsonObject files;
+        for (const QByteArray &name : names)
+            files[QString::fromUtf8(name)] = QString(hash.toHex());
+        QJsonObject object = QJsonDocument::fromJson(manifest).object();
+        object.remove("type");
+        return nk::crypto::JsonSignature::toByteArray(
+            {{"type", QString::fromUtf8(type)}, {"manifest", object}, {"files", files}});
+    }
+};
+
+} // namespace
+
+class tst_SignedContent : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void isCanonical_data();
+    void isCanonical();
+    void isOfOneFormForAllNames();
+    void withoutForm_data();
+    void withoutForm();
+};
+
+void tst_SignedContent::isCanonical_data()
+{
+    QTest::addColumn<QByteArray>("type");
+    QTest::addColumn<QByteArray>("manifest");
+    QTest::addColumn<QVector<QByteArray>>("names");
+    QTest::addColumn<QByteArray>("content");
+    const QByteArray hex = hash.toHex();
+    const auto row = [](const char *name, const QByteArray &type, const QByteArray &manifest,
+                        const QVector<QByteArray> &names, const QByteArray &content) {
+        QTest::newRow(name) << type << manifest << names << content;
+    };
+    row("nothing", "", "{}", {}, R"({"files":{},"manifest":{},"type":""})");
+    row("the manifest's own type, on its first level only", "model",
+        R"({"type":"x","a":{"type":1}})", {},
+        R"({"files":{},"manifest":{"a":{"type":1}},"type":"model"})");
+    row("plain names", "model:part", R"({ "b": 1.0, "a": [1E2] })", {"b/a.txt", "a", "b"},
+        R"({"files":{"a":")" + hex + R"(","b":")" + hex + R"(","b/a.txt":")" + hex
+            + R"("},"manifest":{"a":[100],"b":1},"type":"model:part"})");
+    row("a name beyond ASCII", "model", "{}", {"z\xc3\xb6", "a"},
+        R"({"files":{"a":")" + hex + "\",\"z\xc3\xb6\":\"" + hex
+            + R"("},"manifest":{},"type":"model"})");
+    row("a name that needs escapes", "model", "{}", {"a\"b\n"},
+        R"({"files":{"a\"b\n":")" + hex + R"("},"manifest":{},"type":"model"})");
+    row("a type that needs escapes", "a\\b", "{}", {},
+        R"({"files":{},"manifest":{},"type":"a\\b"})");
+    row("a manifest that is none", "model", "[1,2]", {},
+        R"({"files":{},"manifest":{},"type":"model"})");
+    row("a manifest that can't be read", "model", "{\"a\":", {},
+        R"({"files":{},"manifest":{},"type":"model"})");
+}
+
+void tst_SignedContent::isCanonical()
+{
+    QFETCH(QByteArray, type);
+    QFETCH(QByteArray, manifest);
+    QFETCH(QVector<QByteArray>, names);
+    QFETCH(QByteArray, content);
+    const Package package{type, manifest, names};
+    QCOMPARE(package.signedContent(), content);
+    QCOMPARE(package.byDefinition(), content);
+}
+
+void tst_SignedContent::isOfOneFormForAllNames()
+{
+    // Names with and without characters that JSON escapes take different ways to the same form.
+    const QVector<QByteArray> pieces{"a",        "b",    "/",
+                                     ".",        "\"",   "\\",
+                                     " ",        "\x1f", "\x7f",
+                                     "\xc3\xa4", "~",    "\xef\xbf\xbf",
+                                     "Z",        "0",    "\xef\xbb\xbf",
+                                     "\n",       "{}",   "\xf0\x9f\x98\x80"};
+    QRandomGenerator random(8785);
+    const auto word = [&] {
+        QByteArray word("w");
+        // Mostly of the plain pieces, so that either way is taken often.
+        for (int i = random.bounded(6); i > 0; --i)
+            word +=
+                pieces.at(random.bounded(20) ? random.bounded(4) : random.bounded(pieces.size()));
+        return word;
+    };
+    for (int round = 0; round < 5000; ++round) {
+        QSet<QByteArray> names;
+        for (int i = random.bounded(5); i > 0; --i)
+            names.insert(word());
+        const Package package{
+            word(), R"({"type":1,"n":)" + QByteArray::number(round) + '}',
+            QVector<QByteArray>(names.begin(), names.end())};
+        QCOMPARE(package.signedContent(), package.byDefinition());
+    }
+}
+
+void tst_SignedContent::withoutForm_data()
+{
+    QTest::addColumn<QByteArray>("manifest");
+    QTest::addColumn<QVector<QByteArray>>("names");
+    QTest::newRow("a lone surrogate")
+        << QByteArray(R"({"a":"\ud800"})") << QVector<QByteArray>{"a"};
+    QTest::newRow("the same beside other names")
+        << QByteArray(R"({"a":"\ud800"})") << QVector<QByteArray>{"\xc3\xa4"};
+    QTest::newRow("names that are one as text")
+        << QByteArray("{}") << QVector<QByteArray>{"\xff", "\xfe"};
+    QTest::newRow("names that are one but for a byte order mark") << QByteArray("{}")
+                                                                  << QVector<QByteArray>{
+                                                                         "a", "\xef\xbb\xbf"
+                                                                              "a"};
+}
+
+void tst_SignedContent::withoutForm()
+{
+    QFETCH(QByteArray, manifest);
+    QFETCH(QVector<QByteArray>, names);
+    QCOMPARE((Package{"model", manifest, names}.signedContent()), QByteArray());
+}
+
+QTEST_APPLESS_MAIN(tst_SignedContent)
+#include "tst_signedcontent.moc"
