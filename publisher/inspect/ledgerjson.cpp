@@ -48,14 +48,11 @@ QJsonArray describeForms(const QVector<LedgerString> &strings)
 
 QJsonArray describeFiles(const PackageEntry &package)
 {
-    QList<QByteArray> names = package.files.keys();
-    std::sort(names.begin(), names.end());
     QJsonArray files;
-    for (const QByteArray &name : qAsConst(names)) {
-        const auto digest =
-            QByteArray::fromRawData(package.files.value(name), ledger::hashSize).toHex();
+    for (const LedgerFile &file : package.files.sorted()) {
+        const auto digest = QByteArray::fromRawData(file.hash, ledger::hashSize).toHex();
         files.append(QJsonObject{
-            {QStringLiteral("name"), QString::fromUtf8(name)},
+            {QStringLiteral("name"), file.name.text()},
             {QStringLiteral("sha224"), QString::fromLatin1(digest)},
         });
     }

@@ -10,7 +10,7 @@
 #include "publish/filehasher.h"
 #include "publish/layout.h"
 #include "sources/ledgerformat.h"
-#include "sources/ledgerverification.h"
+#include "sources/signedcontent.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -141,15 +141,15 @@ QVector<FileJob> fileJobs(const LedgerTables &tables)
     QSet<QByteArray> seen;
     for (int i = 0; i < tables.packages.size(); ++i) {
         const PackageEntry &package = tables.packages.at(i);
-        for (auto file = package.files.cbegin(); file != package.files.cend(); ++file) {
-            const QByteArray digest(file.value(), ledger::hashSize);
+        for (const LedgerFile &file : package.files.sorted()) {
+            const QByteArray digest(file.hash, ledger::hashSize);
             if (seen.contains(digest))
                 continue;
             seen.insert(digest);
             jobs.append(
                 {digest,
                  QStringLiteral("%1, file \"%2\"")
-                     .arg(recordName("package", i, package.id), QString::fromUtf8(file.key())),
+                     .arg(recordName("package", i, package.id), file.name.text()),
                  {}});
         }
     }

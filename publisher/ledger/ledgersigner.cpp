@@ -6,7 +6,7 @@
 #include "catalogue/parallel.h"
 #include "ledger/ledgerreading.h"
 #include "sources/ledgerformat.h"
-#include "sources/ledgerverification.h"
+#include "sources/signedcontent.h"
 
 #include <cstring>
 

@@ -19,9 +19,9 @@ QSet<QString> namedFiles(const LedgerTables &tables)
 {
     QSet<QString> names;
     for (const PackageEntry &package : tables.packages) {
-        for (const char *digest : package.files)
+        for (const LedgerFile &file : package.files.sorted())
             names.insert(
-                QString::fromLatin1(QByteArray::fromRawData(digest, ledger::hashSize).toHex()));
+                QString::fromLatin1(QByteArray::fromRawData(file.hash, ledger::hashSize).toHex()));
     }
     return names;
 }

@@ -8,6 +8,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <string_view>
+
 namespace nk::pm {
 
 /// A String or Blob of a ledger: a view into the ledger's bytes, valid as long as they are.
@@ -19,6 +21,7 @@ struct LedgerString
     bool isNull() const { return data == nullptr; }
     /// The bytes, not copied.
     QByteArray bytes() const { return QByteArray::fromRawData(data, length); }
+    std::string_view view() const { return {data, length}; }
     /// The bytes as UTF-8 text.
     QString text() const { return QString::fromUtf8(data, length); }
 };

@@ -28,7 +28,7 @@ const char *findFile(const QVector<PackageEntry> &packages, const QByteArray &id
     const auto package = std::find_if(packages.cbegin(), packages.cend(), [&](const auto &entry) {
         return entry.id.bytes() == id;
     });
-    return package == packages.cend() ? nullptr : package->files.value(fileName);
+    return package == packages.cend() ? nullptr : package->files.hashOf(fileName);
 }
 
 } // namespace

@@ -51,18 +51,6 @@ std::optional<LedgerKeyword> readKeyword(LedgerCursor &cursor, int languageCount
     return keyword;
 }
 
-bool readFiles(LedgerCursor &cursor, int count, PackageEntry &package)
-{
-    for (int i = 0; i < count; ++i) {
-        const char *hash = cursor.bytes(ledger::hashSize);
-        const LedgerString name = cursor.string();
-        if (!cursor.ok() || !hash)
-            return false;
-        package.files.insert(name.bytes(), hash);
-    }
-    return true;
-}
-
 std::optional<PackageEntry> readPackage(LedgerCursor &cursor, const LedgerTables &tables)
 {
     PackageEntry package;
@@ -75,8 +63,12 @@ std::optional<PackageEntry> readPackage(LedgerCursor &cursor, const LedgerTables
     package.manifest = cursor.string();
     const quint16 fileCount = cursor.u16();
     if (!cursor.ok() || !package.signature || package.typeIndex >= tables.types.size()
-        || package.issuerIndex >= tables.issuers.size() || !readFiles(cursor, fileCount, package))
+        || package.issuerIndex >= tables.issuers.size())
         return std::nullopt;
+    const std::optional<LedgerFiles> files = LedgerFiles::read(cursor, fileCount);
+    if (!files)
+        return std::nullopt;
+    package.files = *files;
     package.contentSize = int(cursor.position() - package.content);
     return package;
 }

@@ -3,11 +3,10 @@
 
 #pragma once
 
-#include "sources/ledgercursor.h"
+#include "sources/ledgerfiles.h"
 
 #include <norvakpackagemanager_export.h>
 
-#include <QHash>
 #include <QMap>
 #include <QVector>
 
@@ -38,7 +37,7 @@ struct PackageEntry
     quint16 issuerIndex = 0;
     LedgerString id;
     LedgerString manifest;
-    QHash<QByteArray, const char *> files; ///< name to the 28 bytes of the hash
+    LedgerFiles files;
     /// The record's bytes from the manifest's length to its end: with the type, all that its signed
     /// form is made from.
     const char *content = nullptr;
@@ -91,5 +90,5 @@ NK_PM_EXPORT SegmentReading readLinks(const QByteArray &segment, LedgerTables &t
 
 Q_DECLARE_TYPEINFO(nk::pm::LedgerIssuer, Q_PRIMITIVE_TYPE);
 Q_DECLARE_TYPEINFO(nk::pm::LedgerKeyword, Q_MOVABLE_TYPE);
-Q_DECLARE_TYPEINFO(nk::pm::PackageEntry, Q_MOVABLE_TYPE);
+Q_DECLARE_TYPEINFO(nk::pm::PackageEntry, Q_PRIMITIVE_TYPE);
 Q_DECLARE_TYPEINFO(nk::pm::LedgerLink, Q_PRIMITIVE_TYPE);

@@ -16,8 +16,6 @@
 #include <QJsonDocument>
 #include <QPointer>
 
-#include <algorithm>
-
 namespace nk::pm {
 
 using nk::crypto::ed25519::PublicKey;
@@ -62,18 +60,16 @@ static KeywordString keywordString(const QString &language, const LedgerString &
     return string;
 }
 
-PackageServerAccessor::PackageServerAccessor(nk::account::Service *service,
-                                             const QByteArray &ledger)
+PackageServerAccessor::PackageServerAccessor(
+    nk::account::Service *service, const QByteArray &ledger)
     : PackageServerAccessor(service, ledger, PublicKey::fromPEM(ledger::trustKeyPem()))
-{
-}
+{}
 
-PackageServerAccessor::PackageServerAccessor(nk::account::Service *service,
-                                             const QByteArray &ledger, const PublicKey &trustKey)
+PackageServerAccessor::PackageServerAccessor(
+    nk::account::Service *service, const QByteArray &ledger, const PublicKey &trustKey)
     : d(new PackageServerAccessorPrivate{
         this, service, ledger, trustKey, FileStore::instance(), {}, nullptr})
-{
-}
+{}
 
 PackageServerAccessor::~PackageServerAccessor()
 {
@@ -93,8 +89,7 @@ int PackageServerAccessor::packageCount() const
 PackageInfo PackageServerAccessor::packageInfo(int index) const
 {
     const PackageEntry &package = d->tables.packages.at(index);
-    const auto revision
-        = QByteArray::fromRawData(package.signature, ledger::revisionSignatureSize);
+    const auto revision = QByteArray::fromRawData(package.signature, ledger::revisionSignatureSize);
     PackageInfo info;
     info.id = package.id.text();
     info.type = d->tables.types.at(package.typeIndex).text();
@@ -115,7 +110,7 @@ QJsonObject PackageServerAccessor::manifest(int index) const
 QUrl PackageServerAccessor::fileUrl(int index, const QString &fileName) const
 {
     const PackageEntry &package = d->tables.packages.at(index);
-    const char *hash = package.files.value(fileName.toUtf8());
+    const char *hash = package.files.hashOf(fileName.toUtf8());
     if (!hash)
         return {};
     const QString digest = fileDigest(hash);
@@ -127,17 +122,14 @@ QUrl PackageServerAccessor::fileUrl(int index, const QString &fileName) const
 std::unique_ptr<PackageInstaller> PackageServerAccessor::createInstaller(
     int index, const InstallLocation &location) const
 {
-    const auto &files = d->tables.packages.at(index).files;
-    QList<QByteArray> names = files.keys();
-    std::sort(names.begin(), names.end()); // of equal files, always the same one is installed
     QHash<QByteArray, QString> namesByHash;
-    for (const QByteArray &name : std::as_const(names)) {
-        const QByteArray hash(files.value(name), ledger::hashSize);
-        if (!namesByHash.contains(hash))
-            namesByHash.insert(hash, QString::fromUtf8(name));
+    for (const LedgerFile &file : d->tables.packages.at(index).files.sorted()) {
+        const QByteArray hash(file.hash, ledger::hashSize);
+        if (!namesByHash.contains(hash)) // of equal files, always the same one is installed
+            namesByHash.insert(hash, file.name.text());
     }
-    return std::make_unique<PackageServerInstaller>(namesByHash, d->service, d->fileStore,
-                                                    location);
+    return std::make_unique<PackageServerInstaller>(
+        namesByHash, d->service, d->fileStore, location);
 }
 
 int PackageServerAccessor::keywordCount() const

@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <optional>
 #include <utility>
-#include <vector>
 
 namespace nk::pm {
 
@@ -45,69 +44,57 @@ QJsonObject manifestOf(const PackageEntry &package)
 }
 
 // Nothing if two names are one as text: which of them was signed could not be told.
-std::optional<QJsonObject> fileHashes(const QHash<QByteArray, const char *> &files)
+std::optional<QJsonObject> fileHashes(const QVector<LedgerFile> &files)
 {
-    // In order, as an object takes a member in the middle only by moving those behind it.
-    std::vector<std::pair<QString, const char *>> sorted;
-    sorted.reserve(size_t(files.size()));
-    for (auto file = files.cbegin(); file != files.cend(); ++file)
-        sorted.emplace_back(QString::fromUtf8(file.key()), file.value());
-    std::sort(sorted.begin(), sorted.end());
+    // The order of bytes is near that of an object, which takes a member in its middle only by
+    // moving those behind it.
     QJsonObject object;
-    for (const auto &[name, hash] : sorted)
-        object.insert(name, QString::fromLatin1(hexOf(hash)));
+    for (const LedgerFile &file : files)
+        object.insert(file.name.text(), QString::fromLatin1(hexOf(file.hash)));
     if (object.size() != files.size())
         return std::nullopt;
     return object;
 }
 
-QByteArray contentOfAnyNames(const PackageEntry &package, const LedgerString &type)
+QByteArray contentOfAnyNames(
+    const QJsonObject &manifest, const LedgerString &type, const QVector<LedgerFile> &files)
 {
-    const std::optional<QJsonObject> files = fileHashes(package.files);
-    if (!files)
+    const std::optional<QJsonObject> hashes = fileHashes(files);
+    if (!hashes)
         return {};
     return JsonSignature::toByteArray({
         {QStringLiteral("type"), type.text()},
-        {QStringLiteral("manifest"), manifestOf(package)},
-        {QStringLiteral("files"), *files},
+        {QStringLiteral("manifest"), manifest},
+        {QStringLiteral("files"), *hashes},
     });
 }
 
-// Whether the bytes stand in a JSON string as they are: printable ASCII without escapes.
-bool isPlain(const char *bytes, int size)
+// Whether the text stands in a JSON string as it is: printable ASCII without escapes.
+bool isPlain(const LedgerString &text)
 {
-    return std::all_of(bytes, bytes + size, [](char byte) {
+    return std::all_of(text.data, text.data + text.length, [](char byte) {
         return byte >= ' ' && byte < '\x7f' && byte != '"' && byte != '\\';
-    });
-}
-
-bool arePlain(const QHash<QByteArray, const char *> &files)
-{
-    return std::all_of(files.keyBegin(), files.keyEnd(), [](const QByteArray &name) {
-        return isPlain(name.constData(), name.size());
     });
 }
 
 // The same bytes as above without the detour over an object of all, for names that stand in JSON as
 // they are: a ledger has many packages, and this takes half the time.
-QByteArray contentOfPlainNames(const PackageEntry &package, const LedgerString &type)
+QByteArray contentOfPlainNames(
+    const QJsonObject &manifest, const LedgerString &type, const QVector<LedgerFile> &files)
 {
-    const QByteArray manifest = JsonSignature::toByteArray(manifestOf(package));
-    if (manifest.isEmpty())
+    const QByteArray manifestText = JsonSignature::toByteArray(manifest);
+    if (manifestText.isEmpty())
         return {};
-    std::vector<QByteArray> names(package.files.keyBegin(), package.files.keyEnd());
-    std::sort(names.begin(), names.end());
-
     QByteArray content;
-    content.reserve(manifest.size() + package.contentSize + 64 * int(names.size()) + 64);
+    content.reserve(manifestText.size() + type.length + 200 * (files.size() + 1));
     content += "{\"files\":{";
     const char *separator = "\"";
-    for (const QByteArray &name : names) {
-        content.append(separator).append(name).append("\":\"");
-        content.append(hexOf(package.files.value(name))).append('"');
+    for (const LedgerFile &file : files) {
+        content.append(separator).append(file.name.data, file.name.length).append("\":\"");
+        content.append(hexOf(file.hash)).append('"');
         separator = ",\"";
     }
-    content.append("},\"manifest\":").append(manifest).append(",\"type\":\"");
+    content.append("},\"manifest\":").append(manifestText).append(",\"type\":\"");
     return content.append(type.data, type.length).append("\"}");
 }
 
@@ -115,8 +102,14 @@ QByteArray contentOfPlainNames(const PackageEntry &package, const LedgerString &
 
 QByteArray signedContent(const PackageEntry &package, const LedgerString &type)
 {
-    const bool plain = isPlain(type.data, type.length) && arePlain(package.files);
-    return plain ? contentOfPlainNames(package, type) : contentOfAnyNames(package, type);
+    const QJsonObject manifest = manifestOf(package);
+    const QVector<LedgerFile> files = package.files.sorted();
+    const bool plain =
+        isPlain(type) && std::all_of(files.begin(), files.end(), [](const LedgerFile &file) {
+            return isPlain(file.name);
+        });
+    return plain ? contentOfPlainNames(manifest, type, files)
+                 : contentOfAnyNames(manifest, type, files);
 }
 
 } // namespace nk::pm

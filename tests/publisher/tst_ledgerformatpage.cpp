@@ -5,7 +5,7 @@
 #include "ledger/ledgerreading.h"
 #include "publish/layout.h"
 #include "publish/publish.h"
-#include "sources/ledgerverification.h"
+#include "sources/signedcontent.h"
 #include "support/testfiles.h"
 
 #include <QTest>

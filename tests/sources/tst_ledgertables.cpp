@@ -53,6 +53,7 @@ private Q_SLOTS:
     void packagesRefused_data();
     void packagesRefused();
     void laterFileReplacesEarlier();
+    void filesAreSortedByTheirBytes();
     void links();
     void linksCutShort();
     void countsReserveNothing();
@@ -176,7 +177,7 @@ void tst_LedgerTables::packages()
     QCOMPARE(int(package.issuerIndex), 2);
     QCOMPARE(package.id.text(), QString("id"));
     QCOMPARE(package.manifest.bytes(), QByteArray("{}"));
-    QCOMPARE(QByteArray(package.files.value("a/b.txt"), 28), hash);
+    QCOMPARE(QByteArray(package.files.hashOf("a/b.txt"), 28), hash);
     QCOMPARE(QByteArray(package.content, package.contentSize), content);
 }
 
@@ -220,8 +221,33 @@ void tst_LedgerTables::laterFileReplacesEarlier()
     LedgerTables tables;
     tables.issuers.resize(1);
     QVERIFY(readPackages(bytes, tables).good);
-    QCOMPARE(tables.packages.at(0).files.size(), 1);
-    QCOMPARE(QByteArray(tables.packages.at(0).files.value("a"), 28), later);
+    const LedgerFiles files = tables.packages.at(0).files;
+    QCOMPARE(files.sorted().size(), 1);
+    QCOMPARE(QByteArray(files.sorted().at(0).hash, 28), later);
+    QCOMPARE(QByteArray(files.hashOf("a"), 28), later);
+}
+
+void tst_LedgerTables::filesAreSortedByTheirBytes()
+{
+    QByteArray records;
+    for (const char *name : {"b", "", "a/b", "\xc3\xa4", "a", "b"})
+        records += QByteArray(28, name[0]) + ledgerString(name);
+    const QByteArray bytes =
+        packageSegment(1, packageHead(0, 0) + ledgerString("{}") + u16(6) + records);
+    LedgerTables tables;
+    tables.issuers.resize(1);
+    QVERIFY(readPackages(bytes, tables).good);
+    const LedgerFiles files = tables.packages.at(0).files;
+    QList<QByteArray> names;
+    for (const LedgerFile &file : files.sorted()) {
+        names.append(file.name.bytes());
+        QCOMPARE(
+            QByteArray(file.hash, 28), QByteArray(28, file.name.length ? file.name.data[0] : 0));
+    }
+    QCOMPARE(names, QList<QByteArray>({"", "a", "a/b", "b", "\xc3\xa4"}));
+    QVERIFY(!files.hashOf("c"));
+    QVERIFY(files.hashOf(""));
+    QVERIFY(LedgerFiles().sorted().isEmpty() && !LedgerFiles().hashOf(""));
 }
 
 void tst_LedgerTables::links()

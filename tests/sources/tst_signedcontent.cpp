@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "sources/ledgerformat.h"
 #include "sources/signedcontent.h"
+#include "support/ledgerbuilder.h"
 
 #include <norvakcrypto/jsonsignature.h>
 
@@ -11,6 +13,7 @@
 #include <QtTest>
 
 using namespace nk::pm;
+using namespace nk::pm::test;
 
 namespace {
 
@@ -27,8 +30,11 @@ struct Package
     {
         PackageEntry entry;
         entry.manifest = {quint16(manifest.size()), manifest.constData()};
+        QByteArray records(ledger::segmentFramingSize, ' ');
         for (const QByteArray &name : names)
-            entry.files.insert(name, hash.constData());
+            records += hash + ledgerString(name);
+        LedgerCursor cursor(records);
+        entry.files = *LedgerFiles::read(cursor, names.size());
         return nk::pm::signedContent(entry, {quint16(type.size()), type.constData()});
     }
 
