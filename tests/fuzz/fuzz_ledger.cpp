@@ -3,8 +3,8 @@
 
 #include "fuzztarget.h"
 #include "sources/ledgerstructure.h"
-#include "sources/ledgerverification.h"
 #include "sources/packageserveraccessor.h"
+#include "sources/signedcontent.h"
 #include "support/ledgerbuilder.h"
 #include "support/testfiles.h"
 
