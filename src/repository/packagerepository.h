@@ -36,8 +36,8 @@ public:
     explicit PackageRepository(SourcePersistencePolicy policy, QObject *parent = nullptr);
     ~PackageRepository() override;
 
-    /// Adds \a source (not owned; remove it before deleting it) and queues an update. Null or a
-    /// source that is there already is ignored.
+    /// Adds \a source, which isn't owned, and queues an update. A source that is deleted counts as
+    /// removed. Null or a source that is there already is ignored.
     void addSource(PackageSource *source);
     /// Removes \a source and queues an update. Null or an unknown source is ignored.
     void removeSource(PackageSource *source);

@@ -15,9 +15,8 @@ class PackageAccessor;
 
 /// One place that packages come from: a directory, a database, a server.
 ///
-/// Lives on the GUI thread and belongs to the application, which removes it from a
-/// PackageRepository before deleting it. A source that can't reach its origin keeps the data it
-/// had.
+/// Lives on the GUI thread and belongs to the application. A source that can't reach its origin
+/// keeps the data it had.
 class NK_PM_EXPORT PackageSource : public QObject
 {
     Q_OBJECT

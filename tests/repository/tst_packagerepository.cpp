@@ -60,6 +60,7 @@ public:
         QSemaphore entered;
         QSemaphore open;
         QSemaphore gone;
+        QThread *goneOn = nullptr;
     };
 
     std::unique_ptr<PackageAccessor> getAccessor() override
@@ -80,8 +81,10 @@ private:
         {}
         ~Accessor() override
         {
-            if (m_gate)
-                m_gate->gone.release();
+            if (!m_gate)
+                return;
+            m_gate->goneOn = QThread::currentThread();
+            m_gate->gone.release();
         }
         void load() override
         {
@@ -124,6 +127,7 @@ private Q_SLOTS:
     void deletedSourceIsForgotten();
     void withoutSourcesTheIndexIsEmpty();
     void heldIndexOutlivesUpdateAndSource();
+    void indexDoesNotDieOnTheGuiThread();
     void onlyTheNewestBuildIsSeen();
     void sourcesRefreshAtMostOnceInTwoMinutes();
     void sourceMayLeaveWhileItIsAsked();
@@ -280,6 +284,25 @@ void PackageRepositoryTest::heldIndexOutlivesUpdateAndSource()
     repository.reset();
     QCOMPARE(find(held, "p")->manifest(), (QJsonObject{{"key", "value"}}));
     QVERIFY(held->installLocation().directory(false).exists());
+}
+
+void PackageRepositoryTest::indexDoesNotDieOnTheGuiThread()
+{
+    PackageRepository repository(PackageRepository::DoNotPersistSources);
+    SlowSource source;
+    source.catalogue.package("p");
+    source.gate()->open.release();
+    repository.addSource(&source);
+    QTRY_VERIFY(repository.packageIndex());
+    PackageList lastHolder =
+        PackageIndex::selectPackages(repository.packageIndex(), QString(), {}, {});
+    QSignalSpy spy(&repository, &PackageRepository::packageIndexChanged);
+    source.publish();
+    QTRY_COMPARE(spy.count(), 1);
+    QCOMPARE(source.gate()->gone.available(), 0);
+    lastHolder = PackageList();
+    QVERIFY(source.gate()->gone.tryAcquire(1, 60000));
+    QVERIFY(source.gate()->goneOn != QThread::currentThread());
 }
 
 void PackageRepositoryTest::onlyTheNewestBuildIsSeen()
