@@ -4,19 +4,17 @@
 #include "norvakcrypto/jsonsignature.h"
 
 #include <QJsonArray>
-#include <QVarLengthArray>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <string>
+#include <vector>
 
 namespace nk::crypto {
 
 namespace {
-
-constexpr int maximumDepth = 2048;
 
 // Every integer below it is a double of its own.
 constexpr double exactIntegers = 9007199254740992.0;
@@ -62,6 +60,7 @@ QByteArray ecmaScriptNumber(double positive)
     return number.digits + QByteArray(number.point - count, '0');
 }
 
+// Of an object, or an element of an array, which has no name.
 struct Member
 {
     QString name;
@@ -69,24 +68,43 @@ struct Member
 };
 
 // Members are taken by walking the object: looking a name up can miss one that is there.
-QVarLengthArray<Member, 16> sortedMembers(const QJsonObject &object)
+std::vector<Member> membersOf(const QJsonObject &object)
 {
-    QVarLengthArray<Member, 16> members;
+    std::vector<Member> members;
+    members.reserve(size_t(object.size()));
     for (auto member = object.begin(); member != object.end(); ++member)
-        members.append({member.key(), member.value()});
-    const auto before = [](const Member &a, const Member &b) { return a.name < b.name; };
-    if (!std::is_sorted(members.cbegin(), members.cend(), before))
-        std::stable_sort(members.begin(), members.end(), before);
+        members.push_back({member.key(), member.value()});
     return members;
 }
 
-// Qt's parser may leave a name that came more than once in an object more than once; which of the
-// values a reader gets is chance then.
-bool areUnique(const QVarLengthArray<Member, 16> &sorted)
+std::vector<Member> membersOf(const QJsonArray &array)
 {
-    const auto same = [](const Member &a, const Member &b) { return a.name == b.name; };
-    return std::adjacent_find(sorted.cbegin(), sorted.cend(), same) == sorted.cend();
+    std::vector<Member> members;
+    members.reserve(size_t(array.size()));
+    for (const QJsonValue &element : array)
+        members.push_back({QString(), element});
+    return members;
 }
+
+// False for a name that is there twice. Qt's parser may leave one that came more than once in an
+// object more than once; which of the values a reader gets is chance then.
+bool sortByUniqueName(std::vector<Member> &members)
+{
+    const auto before = [](const Member &a, const Member &b) { return a.name < b.name; };
+    const auto notBefore = [](const Member &a, const Member &b) { return !(a.name < b.name); };
+    if (std::adjacent_find(members.cbegin(), members.cend(), notBefore) == members.cend())
+        return true;
+    std::sort(members.begin(), members.end(), before);
+    return std::adjacent_find(members.cbegin(), members.cend(), notBefore) == members.cend();
+}
+
+// An object or array that is being written.
+struct Level
+{
+    std::vector<Member> members;
+    bool isObject;
+    size_t next = 0;
+};
 
 bool needsNoEscape(QChar character)
 {
@@ -94,67 +112,85 @@ bool needsNoEscape(QChar character)
            && character != QLatin1Char('\\') && character < QLatin1Char('\x7f');
 }
 
+// Keeps the open objects and arrays in a list of its own: their depth must not be that of the
+// stack.
 class CanonicalWriter
 {
 public:
     CanonicalWriter() { m_out.reserve(1024); }
-    bool writeObject(const QJsonObject &object, int depth);
+    bool write(const QJsonObject &object);
     QByteArray result() const { return QByteArray(m_out.data(), int(m_out.size())); }
 
 private:
-    bool writeValue(const QJsonValue &value, int depth);
-    bool writeArray(const QJsonArray &array, int depth);
+    bool openObject(const QJsonObject &object);
+    void openArray(const QJsonArray &array);
+    void close();
+    bool writeMember();
+    bool writeValue(const QJsonValue &value);
     bool writeNumber(double number);
     bool writeString(const QString &string);
     void writePlain(const QString &ascii);
     void writeEscaped(const QByteArray &utf8);
 
     std::string m_out; // its appending is inline
+    std::vector<Level> m_levels;
 };
 
-bool CanonicalWriter::writeObject(const QJsonObject &object, int depth)
+bool CanonicalWriter::write(const QJsonObject &object)
 {
-    if (depth > maximumDepth)
+    if (!openObject(object))
         return false;
-    const auto members = sortedMembers(object);
-    if (!areUnique(members))
-        return false;
-    char separator = '{';
-    for (const Member &member : members) {
-        m_out += separator;
-        separator = ',';
+    while (!m_levels.empty()) {
+        const Level &level = m_levels.back();
+        if (level.next == level.members.size())
+            close();
+        else if (!writeMember())
+            return false;
+    }
+    return true;
+}
+
+bool CanonicalWriter::openObject(const QJsonObject &object)
+{
+    m_levels.push_back({membersOf(object), true});
+    m_out += '{';
+    return sortByUniqueName(m_levels.back().members);
+}
+
+void CanonicalWriter::openArray(const QJsonArray &array)
+{
+    m_levels.push_back({membersOf(array), false});
+    m_out += '[';
+}
+
+void CanonicalWriter::close()
+{
+    m_out += m_levels.back().isObject ? '}' : ']';
+    m_levels.pop_back();
+}
+
+bool CanonicalWriter::writeMember()
+{
+    Level &level = m_levels.back();
+    const Member member = std::move(level.members[level.next]);
+    if (level.next++ > 0)
+        m_out += ',';
+    if (level.isObject) {
         if (!writeString(member.name))
             return false;
         m_out += ':';
-        if (!writeValue(member.value, depth + 1))
-            return false;
     }
-    m_out += members.isEmpty() ? "{}" : "}";
-    return true;
+    return writeValue(member.value);
 }
 
-bool CanonicalWriter::writeArray(const QJsonArray &array, int depth)
-{
-    if (depth > maximumDepth)
-        return false;
-    char separator = '[';
-    for (const QJsonValue &element : array) {
-        m_out += separator;
-        separator = ',';
-        if (!writeValue(element, depth + 1))
-            return false;
-    }
-    m_out += array.isEmpty() ? "[]" : "]";
-    return true;
-}
-
-bool CanonicalWriter::writeValue(const QJsonValue &value, int depth)
+bool CanonicalWriter::writeValue(const QJsonValue &value)
 {
     switch (value.type()) {
     case QJsonValue::Object:
-        return writeObject(value.toObject(), depth);
+        return openObject(value.toObject());
     case QJsonValue::Array:
-        return writeArray(value.toArray(), depth);
+        openArray(value.toArray());
+        return true;
     case QJsonValue::String:
         return writeString(value.toString());
     case QJsonValue::Double:
@@ -234,7 +270,7 @@ void CanonicalWriter::writeEscaped(const QByteArray &utf8)
 QByteArray JsonSignature::toByteArray(const QJsonObject &object)
 {
     CanonicalWriter writer;
-    return writer.writeObject(object, 1) ? writer.result() : QByteArray();
+    return writer.write(object) ? writer.result() : QByteArray();
 }
 
 } // namespace nk::crypto

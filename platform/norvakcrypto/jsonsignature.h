@@ -18,9 +18,9 @@ public:
     /// members in the order of their names' UTF-16 code units, numbers as ECMAScript prints them.
     ///
     /// Empty if the object has no such form: a lone surrogate in a name or string, a number that is
-    /// not finite, a name twice in one object (which Qt's parser may leave there), or more than 2048
-    /// levels (Qt's own parser stops at 1024). Empty is never the form of an object, so nothing must
-    /// be signed or verified then. Safe on any thread.
+    /// not finite, or a name twice in one object (which Qt's parser may leave there). Empty is
+    /// never the form of an object, so nothing must be signed or verified then. Takes no more stack
+    /// for deeper objects. Safe on any thread.
     static QByteArray toByteArray(const QJsonObject &object);
 };
 
