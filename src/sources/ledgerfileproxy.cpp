@@ -10,10 +10,12 @@
 #include <norvak/request.h>
 #include <norvakaccount/service.h>
 
+#include <QMutex>
 #include <QThread>
 #include <QUrl>
 
 #include <algorithm>
+#include <vector>
 
 namespace nk::pm {
 
@@ -29,6 +31,29 @@ const char *findFile(const QVector<PackageEntry> &packages, const QByteArray &id
         return entry.id.bytes() == id;
     });
     return package == packages.cend() ? nullptr : package->files.hashOf(fileName);
+}
+
+/// Proxies whose owner died on another thread, on their way to the server's. They don't travel in an
+/// event: one that is dropped at the end of the process would destroy them, and the server, while Qt
+/// holds the lock of its event queue. What isn't fetched by then is left alone, so this never dies.
+struct ReleasedProxies
+{
+    QMutex mutex;
+    std::vector<std::unique_ptr<LedgerFileProxy>> proxies;
+};
+
+ReleasedProxies &releasedProxies()
+{
+    static auto *released = new ReleasedProxies;
+    return *released;
+}
+
+void deleteReleasedProxies()
+{
+    std::vector<std::unique_ptr<LedgerFileProxy>> proxies;
+    QMutexLocker locker(&releasedProxies().mutex);
+    proxies.swap(releasedProxies().proxies);
+    locker.unlock(); // the last of them takes the server with it
 }
 
 } // namespace
@@ -59,10 +84,11 @@ void LedgerFileProxy::release(std::unique_ptr<LedgerFileProxy> proxy)
 {
     if (!proxy || proxy->m_server->thread() == QThread::currentThread())
         return;
-    // The server lives on until this event is handled, or deletes it with its own end.
     FileProxyServer *server = proxy->m_server.data();
-    std::shared_ptr<LedgerFileProxy> there(std::move(proxy));
-    QMetaObject::invokeMethod(server, [there] {}, Qt::QueuedConnection);
+    QMutexLocker locker(&releasedProxies().mutex);
+    releasedProxies().proxies.push_back(std::move(proxy));
+    // Under the lock: the server lives as long as the proxy isn't fetched.
+    QMetaObject::invokeMethod(server, deleteReleasedProxies, Qt::QueuedConnection);
 }
 
 QUrl LedgerFileProxy::url(const QString &package, const QString &fileName) const
