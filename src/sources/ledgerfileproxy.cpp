@@ -24,8 +24,8 @@ namespace {
 enum ProxyStatus { Ok = 200, NotFound = 404, InternalError = 500, BadGateway = 502 };
 
 // The first package with this id, the first file of it with this name; null if there is none.
-const char *findFile(const QVector<PackageEntry> &packages, const QByteArray &id,
-                     const QByteArray &fileName)
+const char *findFile(
+    const QVector<PackageEntry> &packages, const QByteArray &id, const QByteArray &fileName)
 {
     const auto package = std::find_if(packages.cbegin(), packages.cend(), [&](const auto &entry) {
         return entry.id.bytes() == id;
@@ -33,9 +33,10 @@ const char *findFile(const QVector<PackageEntry> &packages, const QByteArray &id
     return package == packages.cend() ? nullptr : package->files.hashOf(fileName);
 }
 
-/// Proxies whose owner died on another thread, on their way to the server's. They don't travel in an
-/// event: one that is dropped at the end of the process would destroy them, and the server, while Qt
-/// holds the lock of its event queue. What isn't fetched by then is left alone, so this never dies.
+/// Proxies whose owner died on another thread, on their way to the server's. They don't travel in
+/// an event: one that is dropped at the end of the process would destroy them, and the server,
+/// while Qt holds the lock of its event queue. What isn't fetched by then is left alone, so this
+/// never dies.
 struct ReleasedProxies
 {
     QMutex mutex;
@@ -63,17 +64,16 @@ QString fileDigest(const char *hash)
     return QString::fromLatin1(QByteArray::fromRawData(hash, ledger::hashSize).toHex());
 }
 
-LedgerFileProxy::LedgerFileProxy(const QByteArray &ledger, const QVector<PackageEntry> &packages,
-                                 nk::account::Service *service,
-                                 const QSharedPointer<FileStore> &store)
+LedgerFileProxy::LedgerFileProxy(
+    const QByteArray &ledger, const QVector<PackageEntry> &packages, nk::account::Service *service,
+    const QSharedPointer<FileStore> &store)
     : m_ledger(ledger)
     , m_packages(packages)
     , m_service(service)
     , m_store(store)
     , m_server(FileProxyServer::instance())
     , m_token(m_server->addProxy(this))
-{
-}
+{}
 
 LedgerFileProxy::~LedgerFileProxy()
 {
@@ -121,8 +121,8 @@ void LedgerFileProxy::download(const QUrl &url, const QString &digest)
     FileStoreTarget *target = m_store->createTarget(digest, QCryptographicHash::Sha224);
     if (!target)
         return respond(url, InternalError);
-    nk::GetRequest *request
-        = m_service->getRequest(QUrl(QStringLiteral("./api/v1/ledger/%1").arg(digest)));
+    nk::GetRequest *request =
+        m_service->getRequest(QUrl(QStringLiteral("./api/v1/ledger/%1").arg(digest)));
     target->setParent(request);
     request->setDataSink(target);
     // All by value: the answer is given also when this proxy is gone.

@@ -20,17 +20,18 @@ namespace nk::pm {
 class FileProxyServer;
 class FileStore;
 
-/// Answers the file proxy for the packages of one ledger: from the file store, or by a download into
-/// it.
+/// Answers the file proxy for the packages of one ledger: from the file store, or by a download
+/// into it.
 ///
-/// Registered with the process-wide FileProxyServer from making to release(). It holds what it reads
-/// by itself, so that it may outlive its accessor, which can die on any thread while a request is
-/// handled here. All else belongs to the server's thread.
+/// Registered with the process-wide FileProxyServer from making to release(). It holds what it
+/// reads by itself, so that it may outlive its accessor, which can die on any thread while a
+/// request is handled here. All else belongs to the server's thread.
 class LedgerFileProxy final : public IFileProxy
 {
 public:
-    LedgerFileProxy(const QByteArray &ledger, const QVector<PackageEntry> &packages,
-                    nk::account::Service *service, const QSharedPointer<FileStore> &store);
+    LedgerFileProxy(
+        const QByteArray &ledger, const QVector<PackageEntry> &packages,
+        nk::account::Service *service, const QSharedPointer<FileStore> &store);
     ~LedgerFileProxy() override;
 
     /// Takes \a proxy out of the server and deletes it: at once on the server's thread, else there

@@ -22,7 +22,7 @@ namespace {
 bool namesDirectory(const QString &uuid)
 {
     return !uuid.isEmpty() && !uuid.startsWith(QLatin1Char('.')) && !uuid.contains(QLatin1Char('/'))
-        && !uuid.contains(QLatin1Char('\\'));
+           && !uuid.contains(QLatin1Char('\\'));
 }
 
 } // namespace
@@ -116,8 +116,8 @@ bool LedgerStore::write(const LedgerSnapshot &snapshot) const
 void LedgerStore::removeRemains() const
 {
     QDir directory(m_directory);
-    const QStringList remains
-        = directory.entryList({QStringLiteral("ledger.*")}, QDir::Files | QDir::Hidden);
+    const QStringList remains =
+        directory.entryList({QStringLiteral("ledger.*")}, QDir::Files | QDir::Hidden);
     for (const QString &name : remains)
         directory.remove(name);
 }

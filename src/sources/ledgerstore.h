@@ -19,8 +19,8 @@ struct LedgerSnapshot
     QByteArray ledger;
 };
 
-/// Where the ledger of one service is kept on disk: the file "ledger", and ".lock", which its readers
-/// and writers of all processes take. A value; its operations may run on any thread.
+/// Where the ledger of one service is kept on disk: the file "ledger", and ".lock", which its
+/// readers and writers of all processes take. A value; its operations may run on any thread.
 class LedgerStore
 {
 public:

@@ -71,8 +71,9 @@ PackageServer::PackageServer(nk::account::Service *service, QObject *parent)
     if (service) {
         d->current = LedgerStore(service->uuid()).load();
         service->enable();
-        connect(service, &nk::account::Service::statusChanged, this,
-                &PackageServer::processServiceStatusChange);
+        connect(
+            service, &nk::account::Service::statusChanged, this,
+            &PackageServer::processServiceStatusChange);
     }
     processServiceStatusChange();
     startTimer(tickInterval, Qt::CoarseTimer);
@@ -94,9 +95,8 @@ void PackageServer::persist()
 {
     if (!d->service || d->current.etag.isEmpty())
         return;
-    QtConcurrent::run([store = LedgerStore(d->service->uuid()), snapshot = d->current] {
-        store.save(snapshot);
-    });
+    QtConcurrent::run(
+        [store = LedgerStore(d->service->uuid()), snapshot = d->current] { store.save(snapshot); });
 }
 
 void PackageServer::update()

@@ -20,9 +20,10 @@ struct PackageServerAccessorPrivate;
 
 /// Snapshot of a package server: one ledger, read in place.
 ///
-/// load() parses the ledger and verifies it whole; a ledger with anything wrong is an empty snapshot.
-/// Its strings are converted only when an operation hands them out. Files that aren't in the file
-/// store yet have URLs of the file proxy, through which the snapshot downloads them on demand.
+/// load() parses the ledger and verifies it whole; a ledger with anything wrong is an empty
+/// snapshot. Its strings are converted only when an operation hands them out. Files that aren't in
+/// the file store yet have URLs of the file proxy, through which the snapshot downloads them on
+/// demand.
 class PackageServerAccessor final : public PackageAccessor, public IFileProxy
 {
 public:
@@ -30,8 +31,9 @@ public:
     /// downloaded. GUI thread.
     PackageServerAccessor(nk::account::Service *service, const QByteArray &ledger);
     /// The same with another \a trustKey.
-    PackageServerAccessor(nk::account::Service *service, const QByteArray &ledger,
-                          const nk::crypto::ed25519::PublicKey &trustKey);
+    PackageServerAccessor(
+        nk::account::Service *service, const QByteArray &ledger,
+        const nk::crypto::ed25519::PublicKey &trustKey);
     /// On any thread. Downloads for the file proxy go on and are answered.
     ~PackageServerAccessor() override;
 
