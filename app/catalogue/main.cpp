@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "catalogueengine.h"
+#include "measurement.h"
 #include "options.h"
 #include "screenshot.h"
 
@@ -39,5 +40,8 @@ int main(int argc, char *argv[])
     std::unique_ptr<Screenshot> screenshot;
     if (!options.screenshot.isEmpty())
         screenshot = std::make_unique<Screenshot>(engine, options.view, options.screenshot);
+    std::unique_ptr<Measurement> measurement;
+    if (options.measure)
+        measurement = std::make_unique<Measurement>(engine);
     return QGuiApplication::exec();
 }

@@ -117,6 +117,7 @@ void SyntheticCatalogue::addPackage(int number)
         {"author", word()},
         {"size", QJsonArray{m_random.bounded(4096), m_random.bounded(4096)}},
         {"preview", "preview.png"},
+        {"price", number * 7919 % 1000}, // in no order, and without another random number
     };
     m_contents.package(packageId(number), type, manifest);
 }

@@ -11,6 +11,8 @@ ApplicationWindow {
 
     property string view: Preferences.value("view", "grid")
 
+    readonly property alias packages: query
+
     function openPackage(id) {
         pages.push(detailPage, { "packageId": id })
         pages.currentItem.forceActiveFocus(Qt.OtherFocusReason)
@@ -27,6 +29,8 @@ ApplicationWindow {
         query.search = text
         pages.pop(null)
     }
+
+    function sortBy(field) { query.sortField = field }
 
     function toggleCategory(id) {
         const chosen = query.categories.filter(each => each !== id)
