@@ -34,7 +34,8 @@ QNetworkRequest prepared(QNetworkRequest request)
 {
     if (!request.hasRawHeader("Accept-Encoding"))
         request.setRawHeader("Accept-Encoding", "identity");
-    // Else Qt asks for "no-cache", for which servers and caches answer in full what was to be a 304.
+    // Else Qt asks for "no-cache", for which servers and caches answer in full what was to be a
+    // 304.
     if (!request.hasRawHeader("Cache-Control"))
         request.setRawHeader("Cache-Control", "max-age=0");
     // Redirects are followed here, not in Qt, which would send Authorization on to any host.
@@ -112,8 +113,9 @@ struct RequestPrivate
     int responseCode = 0;
     int redirects = 0;
     QByteArray body;
-    qint64 received = 0;   ///< body bytes of the current hop
-    bool answered = false; ///< the current hop's headers are there
+    qint64 received = 0;    ///< body bytes of the current hop
+    bool unlimited = false; ///< reads as fast as the network, sink or not
+    bool answered = false;  ///< the current hop's headers are there
     ServerTraffic::Counter traffic;
     QTimer *ticker = nullptr;
     quint64 progressAtTick = 0;
@@ -123,6 +125,7 @@ struct RequestPrivate
     void start();
     void send();
     void headersArrived();
+    void limitReading();
     bool drain();
     bool deliver(const char *data, int size);
     void replyFinished();
@@ -161,6 +164,7 @@ void RequestPrivate::send()
     traffic = ServerTraffic::counter(manager, request.url());
     progressAtTick = progress();
     reply = manager->get(request);
+    limitReading();
     QObject::connect(reply, &QNetworkReply::metaDataChanged, q, [this] { headersArrived(); });
     QObject::connect(reply, &QNetworkReply::readyRead, q, [this] { drain(); });
     QObject::connect(reply, &QNetworkReply::finished, q, [this] { replyFinished(); });
@@ -168,13 +172,31 @@ void RequestPrivate::send()
     QObject::connect(reply, &QObject::destroyed, q, [this] { failLater(); });
 }
 
+// A sink may be slower than the network, so that its body is held back by a limit on what Qt reads.
+// But with a limit, Qt 5.15 takes a connection that broke inside the line of a chunk's size for the
+// end of a chunked body. Such an answer is dropped before its body is looked at, and asked for
+// without a limit.
 void RequestPrivate::headersArrived()
 {
+    if (answered) {
+        // Qt sends a request again whose connection broke at a certain moment, and would join what
+        // came before to what comes now.
+        fail();
+        return;
+    }
     answered = true;
     ++*traffic;
-    // Not for chunks: with a limit, Qt 5.15 takes a connection that broke inside the line of a
-    // chunk's size for the end of the body.
-    if (!reply->hasRawHeader("Transfer-Encoding"))
+    const bool chunked = reply->hasRawHeader("Transfer-Encoding");
+    if (chunked && reply->readBufferSize() > 0 && !http::isRedirect(statusOf(*reply))) {
+        unlimited = true;
+        dropReply();
+        send();
+    }
+}
+
+void RequestPrivate::limitReading()
+{
+    if (reply && hasSink && !unlimited)
         reply->setReadBufferSize(replyBufferSize);
 }
 
@@ -312,6 +334,7 @@ void Request::setDataSink(QIODevice *sink)
 {
     d->sink = sink;
     d->hasSink = sink != nullptr;
+    d->limitReading();
 }
 
 QIODevice *Request::dataSink() const

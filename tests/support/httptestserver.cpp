@@ -62,6 +62,13 @@ HttpTestAnswer HttpTestAnswer::inPieces(int size) const
     return answer;
 }
 
+HttpTestAnswer HttpTestAnswer::after(int milliseconds) const
+{
+    HttpTestAnswer answer(*this);
+    answer.delay = milliseconds;
+    return answer;
+}
+
 HttpTestServer::HttpTestServer(const Handler &handler)
     : m_handler(handler)
 {
@@ -129,6 +136,11 @@ void HttpTestServer::answer(QTcpSocket *socket, const HttpTestAnswer &answered)
 {
     if (answered.keepsSilent) {
         m_held.append(socket);
+        return;
+    }
+    if (answered.delay > 0) {
+        const HttpTestAnswer due = answered.after(0);
+        QTimer::singleShot(answered.delay, socket, [this, socket, due] { answer(socket, due); });
         return;
     }
     const int size = answered.pieceSize > 0 ? answered.pieceSize : answered.bytes.size();

@@ -26,9 +26,9 @@ struct HttpTestAnswer
 {
     QByteArray bytes;  ///< everything that goes over the wire, status line included
     int pieceSize = 0; ///< sent in pieces of that many bytes, a turn of the event loop between them
-    bool thenClose = false; ///< closes the connection when all is sent
-    bool keepsSilent =
-        false; ///< nothing is sent; the connection stays open and waits for answerHeld()
+    int delay = 0;     ///< milliseconds before the first of them
+    bool thenClose = false;   ///< closes the connection when all is sent
+    bool keepsSilent = false; ///< sends nothing; the connection waits for answerHeld()
 
     /// A complete answer with a Content-Length. \a headers are lines that end in CR LF.
     static HttpTestAnswer of(
@@ -43,6 +43,7 @@ struct HttpTestAnswer
     /// The same answer, with the connection closed after its first \a size bytes.
     HttpTestAnswer cutAt(int size) const;
     HttpTestAnswer inPieces(int size) const;
+    HttpTestAnswer after(int milliseconds) const;
 };
 
 /// A small HTTP/1.1 server on the loopback interface, on a port of the kernel's choice, with
