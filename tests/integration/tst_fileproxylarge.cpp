@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "support/directoryproxy.h"
+#include "support/processinfo.h"
 
 #include <QFile>
 #include <QTcpSocket>
@@ -9,6 +10,7 @@
 #include <QtTest>
 
 using nk::pm::test::DirectoryProxy;
+using nk::pm::test::peakMemory;
 
 // Freed memory that the sanitizer holds back would hide what the proxy needs itself.
 extern "C" Q_DECL_EXPORT const char *__asan_default_options()
@@ -20,17 +22,6 @@ namespace {
 
 constexpr qint64 mebibyte = 1024 * 1024;
 constexpr qint64 fileSize = 2048 * mebibyte;
-
-/// The most memory that this process ever had, in bytes.
-qint64 peakMemory()
-{
-    QFile file("/proc/self/status");
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    const QByteArray status = file.readAll();
-    const int start = status.indexOf("VmHWM:") + 6;
-    return status.mid(start, status.indexOf("kB", start) - start).trimmed().toLongLong() * 1024;
-}
 
 } // namespace
 

@@ -8,6 +8,7 @@
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QtTest>
+#include <sys/resource.h>
 
 using namespace nk::pm;
 using namespace nk::pm::test;
@@ -20,7 +21,8 @@ constexpr int fileSize = 100000;
 class Filler : public QProcess
 {
 public:
-    Filler(const QString &data, int count)
+    Filler(const QString &data, int count, rlim_t maxOpenFiles = 0)
+        : m_maxOpenFiles(maxOpenFiles)
     {
         start(STOREFILLER, {data, QString::number(count), QString::number(fileSize)});
     }
@@ -39,6 +41,14 @@ public:
     }
 
 private:
+    void setupChildProcess() override
+    {
+        const rlimit limit{m_maxOpenFiles, m_maxOpenFiles};
+        if (m_maxOpenFiles > 0)
+            ::setrlimit(RLIMIT_NOFILE, &limit);
+    }
+
+    const rlim_t m_maxOpenFiles;
     QByteArray m_output;
 };
 
@@ -53,6 +63,7 @@ private Q_SLOTS:
     void killedProcessLeavesAWholeStore_data();
     void killedProcessLeavesAWholeStore();
     void twoProcessesFillOneStore();
+    void leavesDescriptorsForOthers();
     void unusableDirectoryIsFatal_data();
     void unusableDirectoryIsFatal();
 
@@ -115,6 +126,18 @@ void FileStoreProcessesTest::twoProcessesFillOneStore()
     QVERIFY(one.endsWell());
     QVERIFY(other.endsWell());
     QCOMPARE(wholeFiles(data), count);
+}
+
+void FileStoreProcessesTest::leavesDescriptorsForOthers()
+{
+    ScopedDataLocation data;
+    Filler filler(data.path(), 300, 200);
+    QVERIFY(filler.waitForFinished(120000));
+    QCOMPARE(filler.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(filler.exitCode(), 1);
+    QCOMPARE(
+        filler.readAllStandardError().count("Too many open files for package storage file"), 1);
+    QCOMPARE(wholeFiles(data), 0);
 }
 
 void FileStoreProcessesTest::unusableDirectoryIsFatal_data()

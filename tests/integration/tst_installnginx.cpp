@@ -1,0 +1,192 @@
+// SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
+// SPDX-License-Identifier: MIT
+
+#include "install/filestore.h"
+#include "install/installlocationroot.h"
+#include "install/packageserverinstaller.h"
+#include "support/nginxserver.h"
+#include "support/processinfo.h"
+#include "support/scopeddatalocation.h"
+#include "support/testfiles.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QtTest>
+#include <norvakaccount/service.h>
+
+using namespace nk::pm;
+using namespace nk::pm::test;
+using nk::account::Service;
+
+namespace {
+
+QByteArray rawDigest(const QByteArray &content)
+{
+    return QCryptographicHash::hash(content, QCryptographicHash::Sha224);
+}
+
+QString ledgerPath(const QByteArray &content)
+{
+    return "api/v1/ledger/" + rawDigest(content).toHex();
+}
+
+} // namespace
+
+/// Packages from a real server.
+class InstallNginxTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QStringList storedFiles() const
+    {
+        QStringList files;
+        QDirIterator it(
+            m_data.filePath("packages/files"), QDir::Files | QDir::Hidden,
+            QDirIterator::Subdirectories);
+        while (it.hasNext())
+            files.append(it.next());
+        return files;
+    }
+
+    ScopedDataLocation m_data;
+    std::unique_ptr<NginxServer> m_server;
+    QHash<QByteArray, QString> m_files;
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+    void allRoadsBringTheSameFiles_data();
+    void allRoadsBringTheSameFiles();
+    void retryBringsWhatWasMissing();
+    void manyRequestsLeaveNothingBehind();
+};
+
+void InstallNginxTest::initTestCase()
+{
+    if (!NginxServer::isInstalled())
+        QSKIP("nginx and openssl are needed");
+    m_server = std::make_unique<NginxServer>();
+    QSslConfiguration::setDefaultConfiguration(m_server->trust());
+    for (int i = 0; i < 30; ++i) {
+        const QByteArray content = numberedContent(i, i * i * 200);
+        m_server->addFile(ledgerPath(content), content);
+        m_files.insert(rawDigest(content), QString("file %1").arg(i));
+    }
+}
+
+void InstallNginxTest::cleanup()
+{
+    QThreadPool::globalInstance()->waitForDone();
+    for (const QString &file : storedFiles())
+        QVERIFY(QFile::remove(file));
+}
+
+void InstallNginxTest::allRoadsBringTheSameFiles_data()
+{
+    QTest::addColumn<QUrl>("base");
+    QTest::newRow("plain") << m_server->url("/");
+    QTest::newRow("gzip offered") << m_server->url("/gzip/");
+    QTest::newRow("a connection for each file") << m_server->url("/closing/");
+    QTest::newRow("moved") << m_server->url("/moved/");
+    QTest::newRow("TLS") << m_server->tlsUrl("/");
+    QTest::newRow("moved to TLS") << m_server->url("/tls-moved/");
+    QTest::newRow("slowed") << m_server->url("/slow/");
+}
+
+void InstallNginxTest::allRoadsBringTheSameFiles()
+{
+    QFETCH(QUrl, base);
+    QNetworkAccessManager manager;
+    Service service("uuid", base, &manager);
+    const InstallLocation location = InstallLocationRoot::createLocation().subLocation("a/b");
+    PackageServerInstaller installer(m_files, &service, FileStore::instance(), location);
+    QTRY_COMPARE_WITH_TIMEOUT(installer.status(), PackageInstaller::Succeeded, 120000);
+    for (int i = 0; i < 30; ++i) {
+        const QString path = location.pathToFile(QString("file %1").arg(i));
+        QVERIFY(readFile(path) == numberedContent(i, i * i * 200));
+    }
+}
+
+void InstallNginxTest::retryBringsWhatWasMissing()
+{
+    const QByteArray late = numberedContent(100, 5000);
+    QHash<QByteArray, QString> files = m_files;
+    files.insert(rawDigest(late), "late");
+    QNetworkAccessManager manager;
+    Service service("uuid", m_server->url("/"), &manager);
+    const InstallLocation location = InstallLocationRoot::createLocation();
+    const auto store = FileStore::instance();
+    PackageServerInstaller first(files, &service, store, location);
+    QTRY_COMPARE_WITH_TIMEOUT(first.status(), PackageInstaller::Failed, 120000);
+    QCOMPARE(first.errors().size(), 2);
+    QVERIFY(first.errors().first().message.endsWith("failed with code 404"));
+
+    m_server->addFile(ledgerPath(late), late);
+    const int before = m_server->requestCount();
+    PackageServerInstaller second(files, &service, store, location);
+    QTRY_COMPARE_WITH_TIMEOUT(second.status(), PackageInstaller::Succeeded, 120000);
+    QTRY_COMPARE(m_server->requestCount(), before + 1);
+}
+
+// What a month of polls and downloads comes to: unchanged ledgers, files that arrive, files that
+// don't, redirects and an overloaded server.
+void InstallNginxTest::manyRequestsLeaveNothingBehind()
+{
+    QNetworkAccessManager manager;
+    Service service("uuid", m_server->url("/"), &manager);
+    const auto store = FileStore::instance();
+    m_server->addFile("ledger", "ledger");
+    QByteArray etag;
+    int open = 0;
+    QMap<int, int> codes;
+    const auto send = [&](int number) {
+        static const char *const paths[] = {"./ledger", "./moved/ledger", "./busy/", "./missing"};
+        QNetworkRequest what = service.createRequest(QUrl(QString(paths[number % 4])));
+        if (number % 8 == 0)
+            what.setRawHeader("If-None-Match", etag);
+        auto *request = service.getRequest(what);
+        request->setSuppressErrors(true);
+        const QString digest = rawDigest(QByteArray::number(number % 100)).toHex();
+        FileStoreTarget *target = store->createTarget(digest, QCryptographicHash::Sha224);
+        target->setParent(request);
+        request->setDataSink(target);
+        ++open;
+        connect(request, &nk::Request::finished, request, [&, request, target, number] {
+            --open;
+            ++codes[request->responseCode()];
+            etag = number == 0 ? request->reply()->rawHeader("ETag") : etag;
+            if (number % 400 == 0)
+                target->commit();
+        });
+    };
+    const auto settled = [&] {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return open == 0;
+    };
+    const auto objects = [&] {
+        return manager.findChildren<QObject *>().size() + store->children().size()
+               + service.children().size();
+    };
+    send(0);
+    QTRY_VERIFY_WITH_TIMEOUT(settled(), 60000);
+    for (int i = 1; i <= 100; ++i)
+        send(i);
+    QTRY_VERIFY_WITH_TIMEOUT(settled(), 60000);
+    const int objectsBefore = objects();
+    const int descriptorsBefore = openDescriptors();
+    codes.clear();
+    for (int batch = 1; batch <= 100; ++batch) {
+        for (int i = 0; i < 100; ++i)
+            send(batch * 100 + i);
+        QTRY_VERIFY_WITH_TIMEOUT(settled(), 60000);
+    }
+    QCOMPARE(codes, (QMap<int, int>{{200, 3750}, {304, 1250}, {404, 2500}, {503, 2500}}));
+    QTRY_COMPARE(objects(), objectsBefore);
+    QTRY_VERIFY(openDescriptors() <= descriptorsBefore);
+    QCOMPARE(storedFiles().size(), 1); // every commit was of the same digest
+}
+
+QTEST_GUILESS_MAIN(InstallNginxTest)
+
+#include "tst_installnginx.moc"
