@@ -76,8 +76,8 @@ QStringList TestNkpmCollection::packages()
 void TestNkpmCollection::keepsPackagesInAFile()
 {
     QCOMPARE(collection({"add", "box", "ball"}).exitCode, 0);
-    QCOMPARE(collection({"add", "ball"}).exitCode, 0); // is there already
-    QCOMPARE(packages(), (QStringList{"ball things", "box things"}));
+    QCOMPARE(collection({"add", "box"}).exitCode, 0); // is there already
+    QCOMPARE(packages(), (QStringList{"box things", "ball things"}));
     QCOMPARE(collection({"remove", "ball"}).exitCode, 0);
     QCOMPARE(packages(), QStringList{"box things"});
 }
@@ -91,7 +91,7 @@ void TestNkpmCollection::installsWhatIsInIt()
 
 void TestNkpmCollection::keepsWhatItDoesNotKnow()
 {
-    writeFile(m_file, R"({"format": 2, "structs": {
+    writeFile(m_file, R"({"version": 1, "format": 2, "structs": {
         "box": {"package": "ref:1:box", "note": "mine"},
         "gone": {"package": "ref:1:gone"}, "view": {"zoom": 3}}})");
     QCOMPARE(packages(), (QStringList{"box things", "gone "}));
@@ -121,6 +121,8 @@ void TestNkpmCollection::refuses_data()
     QTest::newRow("characters beyond Latin-1")
         << fine << QStringList{"add", QString::fromUtf8("日本")} << 1 << "beyond Latin-1";
     QTest::newRow("no JSON") << QByteArray("box") << QStringList{"list"} << 1 << "collection.json";
+    QTest::newRow("of a newer version") << QByteArray(R"({"version": 2, "structs": {}})")
+                                        << QStringList{"add", "ball"} << 1 << "newer version";
     QTest::newRow("no action") << fine << QStringList() << 2 << "--help";
     QTest::newRow("nothing to add") << fine << QStringList{"add"} << 2 << "ID";
     QTest::newRow("nowhere to install") << fine << QStringList{"install"} << 2 << "--into";
