@@ -36,12 +36,12 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     endif()
 endif()
 
+get_directory_property(NKPM_DOXYGEN_INPUT DIRECTORY src DEFINITION NKPM_PUBLIC_HEADERS)
+list(TRANSFORM NKPM_DOXYGEN_INPUT PREPEND ${PROJECT_SOURCE_DIR}/src/)
+list(JOIN NKPM_DOXYGEN_INPUT " \\\n    " NKPM_DOXYGEN_INPUT)
+configure_file(docs/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
 find_program(NKPM_DOXYGEN doxygen)
 if(NKPM_DOXYGEN)
-    get_directory_property(NKPM_DOXYGEN_INPUT DIRECTORY src DEFINITION NKPM_PUBLIC_HEADERS)
-    list(TRANSFORM NKPM_DOXYGEN_INPUT PREPEND ${PROJECT_SOURCE_DIR}/src/)
-    list(JOIN NKPM_DOXYGEN_INPUT " \\\n    " NKPM_DOXYGEN_INPUT)
-    configure_file(docs/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
     add_custom_target(docs
         COMMAND ${NKPM_DOXYGEN} ${PROJECT_BINARY_DIR}/Doxyfile
         WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}

@@ -62,8 +62,9 @@ public:
     static KeywordList selectKeywords(
         QSharedPointer<PackageIndex> index, std::function<bool(KeywordNode *)> matcher);
 
-    /// The package, or keyword, of that identifier; null if there is none.
+    /// The package of that identifier; null if there is none, or it is a keyword's.
     PackageNode *getPackage(const QStringRef &id) const;
+    /// The keyword of that identifier; null if there is none, or it is a package's.
     KeywordNode *getKeyword(const QStringRef &id) const;
 
     /// The snapshot at that position, unchecked; lives as long as the index.

@@ -33,8 +33,8 @@ struct PackageInfo;
 /// One end of a link: its LinkType and the node at the far end, which the index owns.
 struct NodeLink
 {
-    int type;
-    PackageIndexNode *node;
+    int type;               ///< as the source has it: it may be none of LinkType's numbers
+    PackageIndexNode *node; ///< never null, of the same index
 };
 
 /// Node of the graph. Nodes are made while an index is built, never change afterwards (but for
@@ -43,14 +43,16 @@ struct NodeLink
 class NK_PM_EXPORT PackageIndexNode
 {
 public:
+    /// Which class a node is of: PackageNode or KeywordNode.
     enum Kind { Package = 0, Keyword = 1 };
 
     virtual ~PackageIndexNode();
 
+    /// The index that owns the node; it dies with it, and doesn't keep it alive.
     PackageIndex *index() const { return m_index; }
     /// The identifier, a view into the index's string pool.
     QStringRef id() const { return m_id; }
-    /// Package or Keyword: test this before casting.
+    /// To be tested before casting.
     Kind kind() const { return m_kind; }
     /// Links that end here, in the order in which they were made.
     const QVector<NodeLink> &inLinks() const { return m_inLinks; }
@@ -58,6 +60,7 @@ public:
     const QVector<NodeLink> &outLinks() const { return m_outLinks; }
 
 protected:
+    /// Puts \a id into the string pool of \a index, so only while that is being built.
     PackageIndexNode(PackageIndex *index, const QString &id, Kind kind);
 
 private:
@@ -95,8 +98,7 @@ public:
     QSet<KeywordNode *> keywords() const;
     /// Whether the package is of \a type or of a sub-type of it.
     bool isOfType(const QStringRef &type) const;
-    /// The key by which the index orders packages of one type: what the package is, in canonical
-    /// texts.
+    /// Orders packages of one type in the index: what the package is, in canonical texts.
     QString sortKey() const;
 
     /// The package's own directory below the index's root.
@@ -125,6 +127,7 @@ class NK_PM_EXPORT KeywordNode : public PackageIndexNode
 public:
     /// A KeywordType as a number.
     virtual int type() const = 0;
+    /// Whether it is an entry of a category list, which CategoryListModel shows.
     virtual bool isCategory() const;
     /// What the user reads, in the active language; empty if the keyword has no text in it.
     virtual QStringRef displayString() const = 0;
@@ -140,8 +143,10 @@ public:
     bool isUsedByType(const QStringRef &type) const;
 
 protected:
+    /// As PackageIndexNode's constructor.
     KeywordNode(PackageIndex *index, const QString &id);
 
+    /// What canonicalString() gives, filled by the constructors of subclasses.
     QStringRef m_canonicalString;
 
 private:

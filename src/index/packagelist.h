@@ -24,20 +24,26 @@ class NK_PM_EXPORT PackageList
 public:
     /// An invalid, empty list.
     PackageList();
+    /// The list that a query answers with; \a index must hold the nodes alive.
     PackageList(QSharedPointer<PackageIndex> index, const QVector<PackageNode *> &packages);
 
     /// Whether there is an index behind the list. A query for an unknown type gives an invalid
     /// list, one without a hit a valid, empty one.
     bool isValid() const { return !m_index.isNull(); }
+    /// Number of nodes; 0 for an invalid list.
     int size() const { return m_packages.size(); }
     /// The node at \a i, unchecked.
     PackageNode const *operator[](int i) const { return m_packages.at(i); }
+    /// For range-based for. Valid until the list is changed or gone.
     PackageNode const *const *begin() const { return m_packages.constData(); }
+    /// One past the last node.
     PackageNode const *const *end() const { return m_packages.constData() + m_packages.size(); }
     /// Identifier of the node at \a i; empty outside the list.
     QString id(int i) const;
 
+    /// Null for an invalid list.
     const QSharedPointer<PackageIndex> &index() const { return m_index; }
+    /// The nodes in the order of the query.
     const QVector<PackageNode *> &packages() const & { return m_packages; }
     /// Of a list that is about to go: safe to iterate over.
     QVector<PackageNode *> packages() && { return std::move(m_packages); }

@@ -28,12 +28,18 @@ class NK_PM_EXPORT InstallLocation
 public:
     /// An invalid location, which answers false or empty everywhere and never touches the disk.
     InstallLocation();
+    /// The same directory, whose root both hold locked.
     InstallLocation(const InstallLocation &);
+    /// Leaves an invalid location behind.
     InstallLocation(InstallLocation &&) noexcept;
+    /// Lets go of the root it had, which unlocks that if this was its last location.
     InstallLocation &operator=(const InstallLocation &);
+    /// Likewise.
     InstallLocation &operator=(InstallLocation &&) noexcept;
+    /// Unlocks the root if this was its last location.
     ~InstallLocation();
 
+    /// Whether there is a root behind the location; the directory itself may not exist.
     bool isValid() const;
 
     /// The location \a name below this one, on the same root; invalid from an invalid location.

@@ -35,6 +35,7 @@ class NK_PM_EXPORT PackageInstaller : public QObject
     Q_OBJECT
 
 public:
+    /// What has become of an installer together with the tree below it.
     enum Status {
         Failed = -1,    ///< nothing in the tree works any more, and something in it went wrong
         InProgress = 0, ///< something in the tree still works
@@ -42,6 +43,8 @@ public:
     };
     Q_ENUM(Status)
 
+    /// \a location is the directory of the one package. A root has no parent: whoever made it
+    /// destroys it.
     explicit PackageInstaller(const InstallLocation &location);
     ~PackageInstaller() override;
 
@@ -67,12 +70,15 @@ Q_SIGNALS:
 protected:
     /// Notes a failure, for a later finish().
     void addError(const InstallError &error);
+    /// The same from its two fields.
     void addError(int code, const QString &message);
 
     /// This installer's own work is over. A second call does nothing.
     void finish();
 
+    /// As given to the constructor; for the concrete class to lay its files down in.
     InstallLocation &location();
+    /// For reading only.
     const InstallLocation &location() const;
 
 private Q_SLOTS:

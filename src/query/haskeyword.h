@@ -17,19 +17,24 @@ struct HasKeywordPrivate;
 class NK_PM_EXPORT HasKeyword : public PackageMatcher
 {
     Q_OBJECT
+    /// Compared exactly, case included. An identifier that no keyword has matches nothing.
     Q_PROPERTY(QString keywordId READ keywordId WRITE setKeywordId NOTIFY keywordIdChanged)
 
 public:
+    /// Restricts nothing at first.
     explicit HasKeyword(QObject *parent = nullptr);
     ~HasKeyword() override;
 
+    /// As it was set; null at first.
     QString keywordId() const;
-    /// Compared exactly, case included.
+    /// Emits keywordIdChanged(), then updateRequested(), unless it is the present one.
     void setKeywordId(const QString &keywordId);
 
+    /// Looks at all keywords of the package, those reached along links included.
     std::function<bool(PackageNode *)> matchFunction() override;
 
 Q_SIGNALS:
+    /// From within the setter.
     void keywordIdChanged();
 
 private:

@@ -11,16 +11,21 @@ namespace nk::pm {
 class NK_PM_EXPORT ManifestBooleanField : public ManifestField
 {
     Q_OBJECT
+    /// What is read where the manifest holds no boolean; false at first.
     Q_PROPERTY(bool defaultValue READ defaultValue WRITE setDefaultValue NOTIFY defaultValueChanged)
 
 public:
+    /// A field without a name, which reads the default everywhere.
     explicit ManifestBooleanField(QObject *parent = nullptr);
     ~ManifestBooleanField() override;
 
+    /// As it was set.
     bool defaultValue() const { return m_defaultValue; }
+    /// Emits defaultValueChanged(), then updateRequested(), unless it is the present one.
     void setDefaultValue(bool value);
 
 Q_SIGNALS:
+    /// From within the setter.
     void defaultValueChanged();
 
 protected:

@@ -22,13 +22,18 @@ class PackageNode;
 class NK_PM_EXPORT ManifestField : public QObject
 {
     Q_OBJECT
+    /// The top-level key of the manifest. A model takes it for its role when the field is declared
+    /// and doesn't see a later change.
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
 
 public:
+    /// A field without a name.
     explicit ManifestField(QObject *parent = nullptr);
     ~ManifestField() override;
 
+    /// As it was set; null at first.
     QString name() const { return m_name; }
+    /// Emits nameChanged(), then updateRequested(), unless it is the present one.
     void setName(const QString &name);
 
     /// The field's value for \a node; the default for null.
@@ -44,8 +49,9 @@ public:
     virtual bool isStatusDependent() const;
 
 Q_SIGNALS:
+    /// From within the setter.
     void nameChanged();
-    /// read() would give other values now.
+    /// read() would give other values now. PackageData reads anew then, PackageListModel doesn't.
     void updateRequested();
 
 private:

@@ -14,6 +14,7 @@ class NK_PM_EXPORT ManifestFileField : public ManifestField
     Q_OBJECT
 
 public:
+    /// A field without a name, which reads an empty URL everywhere.
     explicit ManifestFileField(QObject *parent = nullptr);
     ~ManifestFileField() override;
 

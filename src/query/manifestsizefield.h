@@ -14,18 +14,24 @@ namespace nk::pm {
 class NK_PM_EXPORT ManifestSizeField : public ManifestField
 {
     Q_OBJECT
+    /// What is read where the manifest holds no two numbers; 0 by 0 at first, which is valid. It is
+    /// given as it stands, also if it is negative.
     Q_PROPERTY(
         QSizeF defaultValue READ defaultValue WRITE setDefaultValue NOTIFY defaultValueChanged)
 
 public:
+    /// A field without a name, which reads the default everywhere.
     explicit ManifestSizeField(QObject *parent = nullptr);
     ~ManifestSizeField() override;
 
+    /// As it was set.
     QSizeF defaultValue() const { return m_defaultValue; }
-    /// A difference below the grain of qFuzzyCompare() is no change.
+    /// Emits defaultValueChanged(), then updateRequested(). A difference below the grain of
+    /// qFuzzyCompare() is no change.
     void setDefaultValue(const QSizeF &value);
 
 Q_SIGNALS:
+    /// From within the setter.
     void defaultValueChanged();
 
 protected:

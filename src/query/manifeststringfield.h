@@ -12,18 +12,23 @@ namespace nk::pm {
 class NK_PM_EXPORT ManifestStringField : public ManifestField
 {
     Q_OBJECT
+    /// What is read where the manifest holds no string; null at first. It is given as it stands,
+    /// also if it begins with "id:".
     Q_PROPERTY(
         QString defaultValue READ defaultValue WRITE setDefaultValue NOTIFY defaultValueChanged)
 
 public:
+    /// A field without a name, which reads the default everywhere.
     explicit ManifestStringField(QObject *parent = nullptr);
     ~ManifestStringField() override;
 
+    /// As it was set.
     QString defaultValue() const { return m_defaultValue; }
-    /// Given as it stands, also if it begins with "id:".
+    /// Emits defaultValueChanged(), then updateRequested(), unless it is the present one.
     void setDefaultValue(const QString &value);
 
 Q_SIGNALS:
+    /// From within the setter.
     void defaultValueChanged();
 
 protected:

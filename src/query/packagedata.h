@@ -29,31 +29,45 @@ class NK_PM_EXPORT PackageData : public QObject, public QQmlParserStatus
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
     Q_CLASSINFO("DefaultProperty", "manifestFields")
+    /// The package shown; null for none, when each field holds its default. Not owned.
     Q_PROPERTY(nk::pm::PackageReference *packageReference READ packageReference WRITE
                    setPackageReference NOTIFY packageReferenceChanged)
+    /// The fields to read, in their order; those nested in the declaration land here. Not owned. A
+    /// binding to the list isn't told of changes.
     Q_PROPERTY(QQmlListProperty<nk::pm::ManifestField> manifestFields READ manifestFields NOTIFY
                    manifestFieldsChanged)
+    /// The same as manifest, for short bindings: data.$.title.
     Q_PROPERTY(QQmlPropertyMap *$ READ manifest CONSTANT)
+    /// The values by field name. What QML writes into the map is lost: the key is invalid until the
+    /// next update.
     Q_PROPERTY(QQmlPropertyMap *manifest READ manifest CONSTANT)
 
 public:
+    /// Makes the map, which has no keys before the first update with fields.
     explicit PackageData(QObject *parent = nullptr);
     ~PackageData() override;
 
+    /// Null also once the reference was destroyed; the map stays as it was until the next update.
     PackageReference *packageReference() const;
+    /// Reads all fields at once, and then whenever the reference's status or package changes.
     void setPackageReference(PackageReference *reference);
 
-    /// manifestFieldsChanged() isn't emitted for changes of this list.
+    /// A change of the list is read in the next turn of the event loop. The key of a field that was
+    /// taken out stays, with an invalid value.
     QQmlListProperty<nk::pm::ManifestField> manifestFields();
 
     /// The map, the same for the life of the object, which owns it.
     QQmlPropertyMap *manifest() const;
 
+    /// Does nothing.
     void classBegin() override;
+    /// Reads the declared fields, before the turn of the event loop ends.
     void componentComplete() override;
 
 Q_SIGNALS:
+    /// Before the map holds the other package's values. Not emitted when the reference dies.
     void packageReferenceChanged();
+    /// Never emitted.
     void manifestFieldsChanged();
 
 private Q_SLOTS:

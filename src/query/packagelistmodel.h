@@ -32,57 +32,75 @@ class NK_PM_EXPORT PackageListModel : public QAbstractListModel, public QQmlPars
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
     Q_CLASSINFO("DefaultProperty", "manifestFields")
+    /// An object that implements IPackageProvider; any other is logged and then is the same as
+    /// null. Without one there are no rows.
     Q_PROPERTY(QObject *packageProvider READ packageProvider WRITE setPackageProvider NOTIFY
                    packageProviderChanged)
+    /// Packages of this type and its sub-types are shown; of all types if it is empty.
     Q_PROPERTY(QString packageType READ packageType WRITE setPackageType NOTIFY packageTypeChanged)
+    /// The fields, each a role named after it; those nested in the declaration land here.
     Q_PROPERTY(QQmlListProperty<nk::pm::ManifestField> manifestFields READ manifestFields NOTIFY
                    manifestFieldsChanged)
+    /// Which packages are shown; null for all. A binding to it isn't told of changes.
     Q_PROPERTY(nk::pm::PackageMatcher *matcher READ matcher WRITE setMatcher NOTIFY matcherChanged)
+    /// Their order; null for the index's own. A binding to it isn't told of changes.
     Q_PROPERTY(nk::pm::PackageSorter *sorter READ sorter WRITE setSorter NOTIFY sorterChanged)
+    /// The number of rows as views see them, which lags behind the other properties.
     Q_PROPERTY(int count READ count NOTIFY countChanged)
+    /// A list can't be reordered by moves when a row that wasn't at the top has to go there. By
+    /// default its rows then stay as they are until the next reset; with this switched on the model
+    /// is reset to the new list instead.
     Q_PROPERTY(bool resetWhenStuck READ resetWhenStuck WRITE setResetWhenStuck NOTIFY
                    resetWhenStuckChanged)
+    /// An update that takes more row changes than this is told as one reset instead: views need
+    /// some microseconds for each change, on the GUI thread. 0, the default, is no limit.
     Q_PROPERTY(int maximumEdits READ maximumEdits WRITE setMaximumEdits NOTIFY maximumEditsChanged)
 
 public:
+    /// The roles of data() that don't depend on the declared fields.
     enum Role {
         IdRole = 0,          ///< "id", the package's identifier
         FirstFieldRole = 32, ///< the first manifest field; the others follow in their order
     };
 
+    /// An empty model, which looks for nothing until it has a provider.
     explicit PackageListModel(QAbstractListModel *parent = nullptr);
     ~PackageListModel() override;
 
+    /// Null also once the provider was destroyed; its repository is followed on, and the rows stay.
     QObject *packageProvider() const;
-    /// An object that implements IPackageProvider; any other is logged and then is the same as
-    /// null.
+    /// The one setter that starts the update at once, without the delay.
     void setPackageProvider(QObject *provider);
 
+    /// As it was set; null at first.
     QString packageType() const;
-    /// Sub-types are shown too; an empty type is all types.
+    /// A type that no package has empties the list.
     void setPackageType(const QString &type);
 
+    /// For QML. A change of the list makes new roles in the next turn of the event loop.
     QQmlListProperty<nk::pm::ManifestField> manifestFields();
 
+    /// Null also once the matcher was destroyed; the rows stay until the next update.
     PackageMatcher *matcher() const;
-    /// matcherChanged() isn't emitted.
+    /// From now on the rows follow its updateRequested(). matcherChanged() isn't emitted.
     void setMatcher(PackageMatcher *matcher);
 
+    /// Null also once the sorter was destroyed; the rows stay until the next update.
     PackageSorter *sorter() const;
-    /// sorterChanged() isn't emitted.
+    /// From now on the rows follow its updateRequested(). sorterChanged() isn't emitted.
     void setSorter(PackageSorter *sorter);
 
+    /// As rowCount().
     int count() const;
 
-    /// A list can't be reordered by moves when a row that wasn't at the top has to go there. By
-    /// default its rows then stay as they are until the next reset; with this switched on the model
-    /// is reset to the new list instead.
+    /// False at first.
     bool resetWhenStuck() const;
+    /// Asks for an update, so that a list that is stuck comes free.
     void setResetWhenStuck(bool reset);
 
-    /// An update that takes more row changes than this is told as one reset instead: views need
-    /// some microseconds for each change, on the GUI thread. 0, the default, is no limit.
+    /// 0 at first.
     int maximumEdits() const;
+    /// Holds from the next update on, and asks for none. A negative number is no limit either.
     void setMaximumEdits(int maximum);
 
     /// Identifier of the package at row \a index; empty outside the list.
@@ -92,21 +110,36 @@ public:
     /// A top-level value of the manifest at row \a index; undefined outside the list.
     Q_INVOKABLE QJsonValue manifestField(int index, const QString &fieldName) const;
 
+    /// count(); 0 below a row.
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    /// The identifier as a QString, or what the role's field reads now: nothing is cached here.
+    /// Invalid for any other role and outside the list.
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    /// "id" and the fields' names, in Latin-1, as they were when the list of fields last changed.
     QHash<int, QByteArray> roleNames() const override;
 
+    /// Does nothing.
     void classBegin() override;
+    /// Makes the roles of the declared fields, before the first view asks for them.
     void componentComplete() override;
 
 Q_SIGNALS:
+    /// Also for an object that was refused, as packageProvider() is null then.
     void packageProviderChanged();
+    /// From within the setter; the rows follow later.
     void packageTypeChanged();
+    /// Within the model's reset to new roles, once for all changes of one turn of the event loop.
     void manifestFieldsChanged();
+    /// Never emitted.
     void matcherChanged();
+    /// Never emitted.
     void sorterChanged();
+    /// After an update's last row change. Not emitted when the rows go because there is no provider
+    /// or no index any more.
     void countChanged();
+    /// From within the setter.
     void resetWhenStuckChanged();
+    /// From within the setter; the limit holds from the next update on.
     void maximumEditsChanged();
 
 private Q_SLOTS:

@@ -22,6 +22,7 @@ class NK_PM_EXPORT PackageMatcher : public QObject
     Q_OBJECT
 
 public:
+    /// In QML the engine's object tree owns matchers; models and groups that use one don't.
     explicit PackageMatcher(QObject *parent = nullptr);
     ~PackageMatcher() override;
 

@@ -20,6 +20,7 @@ class NK_PM_EXPORT PackageSorter : public QObject
     Q_OBJECT
 
 public:
+    /// In QML the engine's object tree owns sorters; models that use one don't.
     explicit PackageSorter(QObject *parent = nullptr);
     ~PackageSorter() override;
 

@@ -14,9 +14,12 @@ class NK_PM_EXPORT SortByIntegerField : public SortByField
     Q_OBJECT
 
 public:
+    /// Sorts nothing until it has a name.
     explicit SortByIntegerField(QObject *parent = nullptr);
     ~SortByIntegerField() override;
 
+    /// PackageIndex::selectPackages() reads each package's number once for a whole sort with it;
+    /// any other caller has both read at each comparison.
     std::function<bool(PackageNode *, PackageNode *)> sortFunction() override;
 };
 

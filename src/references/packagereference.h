@@ -29,11 +29,15 @@ struct PackageReferencePrivate;
 class NK_PM_EXPORT PackageReference : public QObject
 {
     Q_OBJECT
+    /// Identifier of the package, whether there is one or not.
     Q_PROPERTY(QString id READ id CONSTANT)
+    /// The package's type, levels joined with ":"; empty while there is no such package.
     Q_PROPERTY(QString type READ type NOTIFY typeChanged)
+    /// How far the install has come.
     Q_PROPERTY(Status status READ status NOTIFY statusChanged)
 
 public:
+    /// Whether the package is there, and its install's state.
     enum Status {
         Unavailable = -3, ///< the current index has no such package, or there is no index
         Incomplete = -2,  ///< the last install ended with errors; another one will be tried
@@ -43,12 +47,15 @@ public:
     };
     Q_ENUM(Status)
 
+    /// A child of \a repository, whose index it follows. Starts the install.
     PackageReference(const QString &id, PackageRepository *repository);
     ~PackageReference() override;
 
+    /// Fixed for the life of the reference.
     QString id() const;
-    /// The package's type; empty while there is no such package.
+    /// Of the package in packageIndex().
     QString type() const;
+    /// Stays Incomplete while the attempt after a failure works.
     Status status() const;
 
     /// The package's manifest; empty while there is no such package.
@@ -60,7 +67,10 @@ public:
 
     /// The package in packageIndex(), or null. Valid as long as that index is held.
     PackageNode *node() const;
+    /// The index that node() was looked up in, kept alive; null while the repository has none.
+    /// While an update is prepared it is older than the repository's.
     QSharedPointer<PackageIndex> packageIndex() const;
+    /// The repository that made the reference and owns it.
     PackageRepository *repository() const;
 
     /// The installers at work for this package, or those of the last install; null before the
@@ -73,7 +83,9 @@ public:
     QDateTime nextAttempt() const;
 
 Q_SIGNALS:
+    /// When another index has the package under another type, has it no more or has it again.
     void typeChanged();
+    /// Once for each other status; an attempt that fails like the one before emits nothing.
     void statusChanged();
     /// A prepared update became the current installation.
     void updated();

@@ -19,15 +19,18 @@ struct PackageReferenceFieldPrivate;
 class NK_PM_EXPORT PackageReferenceField : public nk::data::DataField
 {
     Q_OBJECT
+    /// The package types that the field is meant for. No value is refused by them.
     Q_PROPERTY(QStringList acceptedTypes READ acceptedTypes WRITE setAcceptedTypes NOTIFY
                    acceptedTypesChanged)
 
 public:
+    /// A field without accepted types.
     explicit PackageReferenceField(QObject *parent = nullptr);
     ~PackageReferenceField() override;
 
-    /// The package types that the field is meant for. No value is refused by them.
+    /// As they were set; empty at first.
     QStringList acceptedTypes() const;
+    /// Emits acceptedTypesChanged() unless they are the present ones, in the same order.
     void setAcceptedTypes(const QStringList &types);
 
     /// Whether both are the same object, or both none.
@@ -44,6 +47,7 @@ public:
         nk::data::LinkedDocument *document, const QString &key, const QVariant &value) override;
 
 Q_SIGNALS:
+    /// From within the setter.
     void acceptedTypesChanged();
 
 private:

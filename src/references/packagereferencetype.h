@@ -26,7 +26,9 @@ class PackageReference;
 class NK_PM_EXPORT PackageReferenceType
 {
 public:
+    /// 1: the number that stands for this type in documents, so it is never to be changed.
     static int typeId();
+    /// False: package references have one stored form only.
     static bool isLegacyReference();
 
     /// The reference's id as Latin-1. An id with other characters loses them, and is not found
@@ -42,6 +44,7 @@ public:
 
     /// Nothing: references belong to the repository, whatever documents say.
     static void createReference(nk::data::LinkedDocument *document, PackageReference *reference);
+    /// Nothing, likewise: the reference lives on.
     static void deleteReference(nk::data::LinkedDocument *document, PackageReference *reference);
 };
 

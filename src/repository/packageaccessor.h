@@ -37,9 +37,9 @@ struct KeywordString
 /// One keyword. A record with type -1 or without strings is legal and passed over by the build.
 struct KeywordInfo
 {
-    QString id;
-    int type = -1; ///< a KeywordType
-    QVector<KeywordString> strings;
+    QString id;                     ///< unique among packages and keywords of the merged index
+    int type = -1;                  ///< a KeywordType
+    QVector<KeywordString> strings; ///< of all languages, several of one in order of preference
 };
 
 /// One directed link between two nodes. A record with type -1 or an empty end is legal and passed
@@ -47,8 +47,8 @@ struct KeywordInfo
 struct LinkInfo
 {
     int type = -1; ///< a LinkType
-    QString from;
-    QString to;
+    QString from;  ///< identifier of a package or keyword, of this source or another
+    QString to;    ///< likewise; a link to what no source has is passed over
 };
 
 /// Read-only snapshot of everything that a PackageSource holds at one moment.
@@ -62,13 +62,16 @@ class NK_PM_EXPORT PackageAccessor
 {
 public:
     PackageAccessor();
+    /// For the use of subclasses; the library copies no accessor.
     PackageAccessor(const PackageAccessor &);
+    /// For the use of subclasses, likewise.
     PackageAccessor &operator=(const PackageAccessor &);
     virtual ~PackageAccessor();
 
     /// Reads the snapshot. Called exactly once, before every operation but languages().
     virtual void load() = 0;
 
+    /// 0 if the snapshot can't be read.
     virtual int packageCount() const = 0;
     /// The package at \a index, from 0 up to packageCount() - 1.
     virtual PackageInfo packageInfo(int index) const = 0;
@@ -82,13 +85,17 @@ public:
     virtual std::unique_ptr<PackageInstaller> createInstaller(
         int index, const InstallLocation &location) const = 0;
 
+    /// 0 if the snapshot can't be read.
     virtual int keywordCount() const = 0;
+    /// The keyword at \a index, from 0 up to keywordCount() - 1.
     virtual KeywordInfo keywordInfo(int index) const = 0;
     /// The language keys that the keywords' strings may use. Called before load(): an accessor that
     /// learns its languages from its data answers with an empty list then.
     virtual QStringList languages() const = 0;
 
+    /// 0 if the snapshot can't be read.
     virtual int linkCount() const = 0;
+    /// The link at \a index, from 0 up to linkCount() - 1. The index keeps their order.
     virtual LinkInfo linkInfo(int index) const = 0;
 };
 

@@ -26,6 +26,7 @@ class NK_PM_EXPORT PackageRepository : public QObject
     Q_OBJECT
 
 public:
+    /// What becomes of the sources' data after each update.
     enum SourcePersistencePolicy {
         PersistSources = 0,      ///< sources persist after each update, for a start without network
         DoNotPersistSources = 1, ///< for a passing purpose that leaves no trace
@@ -48,6 +49,7 @@ public:
 
     /// Calls PackageSource::persist() on every source, by ascending priority.
     void persistSources();
+    /// As given to the constructor. It doesn't keep persistSources() from doing its work.
     SourcePersistencePolicy persistencePolicy() const;
 
     /// Asks every source to refresh itself, at most every 120 seconds; other calls do nothing.

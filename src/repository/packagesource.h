@@ -22,6 +22,8 @@ class NK_PM_EXPORT PackageSource : public QObject
     Q_OBJECT
 
 public:
+    /// Belongs to \a parent, or to whoever makes it; a repository that it is added to doesn't own
+    /// it.
     explicit PackageSource(QObject *parent = nullptr);
     ~PackageSource() override;
 

@@ -19,6 +19,7 @@ class NK_PM_EXPORT Repository : public QObject
     Q_OBJECT
 
 public:
+    /// Does nothing but take its place below \a parent.
     explicit Repository(QObject *parent = nullptr);
     ~Repository() override;
 

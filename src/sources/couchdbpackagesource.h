@@ -36,10 +36,12 @@ public:
     /// by default. CouchDB sends no ETag with a view since 2.0; without a tag each poll is a new
     /// snapshot, and none is persisted.
     bool contentTags() const;
+    /// Holds for the answers that are complete from now on.
     void setContentTags(bool contentTags);
 
     /// 2.
     int priority() const override;
+    /// Of the newest file that came whole; without one, of an empty catalogue.
     std::unique_ptr<PackageAccessor> getAccessor() override;
     /// Copies the current snapshot into the persistence directory, if it isn't there and has an
     /// ETag that can name a file. Blocks for the copy and for other processes that do the same.
@@ -48,6 +50,7 @@ public:
     void update() override;
 
 protected:
+    /// Counts the ticks of the source's own timer, 2 seconds apart.
     void timerEvent(QTimerEvent *event) override;
 
 private Q_SLOTS:
