@@ -97,6 +97,11 @@ InstallLocation PackageIndex::installLocation() const
     return d->installLocation;
 }
 
+int PackageIndex::accessorCount() const
+{
+    return int(d->accessors.size());
+}
+
 PackageAccessor *PackageIndex::accessor(int index) const
 {
     return d->accessors[size_t(index)].get();

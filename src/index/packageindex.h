@@ -67,6 +67,8 @@ public:
     /// The keyword of that identifier; null if there is none, or it is a package's.
     KeywordNode *getKeyword(const QStringRef &id) const;
 
+    /// How many snapshots the index was built from.
+    int accessorCount() const;
     /// The snapshot at that position, unchecked; lives as long as the index.
     PackageAccessor *accessor(int index) const;
 

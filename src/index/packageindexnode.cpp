@@ -40,6 +40,11 @@ PackageAccessor *PackageNode::accessor() const
     return index()->accessor(m_accessorIndex);
 }
 
+QByteArray PackageNode::issuerKey() const
+{
+    return accessor()->issuerKey(m_entryIndex);
+}
+
 QJsonObject PackageNode::manifest() const
 {
     return cachedManifest();

@@ -88,6 +88,8 @@ public:
     QStringRef revision() const { return m_revision; }
     /// The snapshot that the package comes from; lives as long as the index.
     PackageAccessor *accessor() const;
+    /// The public key, in DER, of who signed the package, verified; empty if nobody did.
+    QByteArray issuerKey() const;
 
     /// The manifest, read at the first call and kept.
     QJsonObject manifest() const;

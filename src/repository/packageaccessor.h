@@ -5,6 +5,7 @@
 
 #include <norvakpackagemanager_export.h>
 
+#include <QByteArray>
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
@@ -97,6 +98,13 @@ public:
     virtual int linkCount() const = 0;
     /// The link at \a index, from 0 up to linkCount() - 1. The index keeps their order.
     virtual LinkInfo linkInfo(int index) const = 0;
+
+    /// The public key, in DER, of who signed the package: load() has verified that signature, and
+    /// that the key may sign. Empty where packages aren't signed.
+    virtual QByteArray issuerKey(int index) const;
+    /// Whether load() found data and refused it, as damaged or not signed by whom it should be: the
+    /// snapshot is empty for that reason.
+    virtual bool isRefused() const;
 };
 
 } // namespace nk::pm

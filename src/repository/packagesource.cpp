@@ -12,6 +12,16 @@ PackageAccessor::PackageAccessor(const PackageAccessor &) = default;
 PackageAccessor &PackageAccessor::operator=(const PackageAccessor &) = default;
 PackageAccessor::~PackageAccessor() = default;
 
+QByteArray PackageAccessor::issuerKey(int) const
+{
+    return {};
+}
+
+bool PackageAccessor::isRefused() const
+{
+    return false;
+}
+
 PackageSource::PackageSource(QObject *parent)
     : QObject(parent)
 {}

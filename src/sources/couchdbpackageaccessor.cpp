@@ -132,4 +132,9 @@ LinkInfo CouchDBPackageAccessor::linkInfo(int index) const
     return info;
 }
 
+bool CouchDBPackageAccessor::isRefused() const
+{
+    return !m_path.isEmpty() && !m_root.value(QLatin1String("rows")).isArray();
+}
+
 } // namespace nk::pm

@@ -51,6 +51,9 @@ public:
     int linkCount() const override;
     LinkInfo linkInfo(int index) const override;
 
+    /// A response without rows.
+    bool isRefused() const override;
+
 private:
     const QUrl m_url;
     const QString m_path;

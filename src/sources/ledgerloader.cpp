@@ -172,7 +172,8 @@ LedgerTables loadLedger(
                            << "msecs";
     });
     LedgerTables tables;
-    if (!LedgerLoader(ledger, tables).load(trustKey, known)) {
+    tables.verified = LedgerLoader(ledger, tables).load(trustKey, known);
+    if (!tables.verified) {
         qCCritical(ledgerLog) << "Parsing of package ledger failed";
         tables.keywords = {};
         tables.packages = {};

@@ -64,6 +64,7 @@ struct LedgerTables
     QVector<LedgerKeyword> keywords;
     QVector<PackageEntry> packages;
     QVector<LedgerLink> links;
+    bool verified = false; ///< all was read, and whoever signed it may do so
 };
 
 /// How the reading of one segment went.

@@ -174,6 +174,18 @@ LinkInfo PackageServerAccessor::linkInfo(int index) const
     return info;
 }
 
+/// The key and not the labels beside it, which nobody has signed.
+QByteArray PackageServerAccessor::issuerKey(int index) const
+{
+    const LedgerIssuer &issuer = d->tables.issuers.at(d->tables.packages.at(index).issuerIndex);
+    return QByteArray(issuer.publicKey.data, issuer.publicKey.length);
+}
+
+bool PackageServerAccessor::isRefused() const
+{
+    return !d->ledger.isEmpty() && !d->tables.verified;
+}
+
 void PackageServerAccessor::requestFile(const QUrl &url)
 {
     d->proxy().requestFile(url);

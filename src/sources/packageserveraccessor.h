@@ -54,6 +54,9 @@ public:
     int linkCount() const override;
     LinkInfo linkInfo(int index) const override;
 
+    QByteArray issuerKey(int index) const override;
+    bool isRefused() const override;
+
     void requestFile(const QUrl &url) override;
 
 private:

@@ -157,6 +157,7 @@ void TestCouchDBPackageAccessor::isEmptyWhenUnreadable()
     QFETCH(int, packages);
     const auto accessor = load(bytes);
     QCOMPARE(accessor.packageCount(), packages);
+    QCOMPARE(accessor.isRefused(), packages == 0);
     QCOMPARE(accessor.keywordCount(), 0);
     QCOMPARE(accessor.languages(), (QStringList{"de", "en"}));
 }

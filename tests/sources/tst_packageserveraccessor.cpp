@@ -85,6 +85,9 @@ private Q_SLOTS:
     void cleanup();
     void startsWithoutALedger();
     void describesPackages();
+    void tellsIssuersByTheirKeys();
+    void tellsWhetherItRefused_data();
+    void tellsWhetherItRefused();
     void readsManifests();
     void describesKeywords();
     void describesLinks_data();
@@ -159,6 +162,48 @@ void tst_PackageServerAccessor::describesPackages()
     QVERIFY(builder.build().contains(QByteArray::fromBase64(revision.toLatin1())));
     QCOMPARE(accessor->packageInfo(1).revision, revision); // the id isn't signed
     QVERIFY(accessor->packageInfo(2).revision != revision);
+}
+
+/// Labels are what any server wants them to be; only the key is vouched for.
+void tst_PackageServerAccessor::tellsIssuersByTheirKeys()
+{
+    LedgerBuilder builder;
+    builder.addIssuer("Norvak").addIssuer("Norvak");
+    builder.addPackage("a").addPackage("b", "model", "{}", {}, 1).addPackage("c");
+    Accessor accessor = loaded(builder);
+    const QByteArray key = accessor->issuerKey(0);
+    const QByteArray otherKey = accessor->issuerKey(1);
+    QCOMPARE(accessor->issuerKey(2), key);
+    QVERIFY(key != otherKey);
+    accessor.reset(); // the keys are copies
+    for (const QByteArray &each : {key, otherKey}) {
+        QVERIFY(nk::crypto::ed25519::PublicKey::fromDER(each).isValid());
+        QVERIFY(builder.build().contains(each));
+    }
+}
+
+void tst_PackageServerAccessor::tellsWhetherItRefused_data()
+{
+    QTest::addColumn<QByteArray>("ledger");
+    QTest::addColumn<bool>("refused");
+    LedgerBuilder stranger;
+    stranger.addIssuer("Stranger").addPackage("a");
+    const QByteArray good = LedgerBuilder().build();
+    QTest::newRow("none yet") << QByteArray() << false;
+    QTest::newRow("an empty one") << good << false;
+    QTest::newRow("cut short") << good.left(80) << true;
+    QTest::newRow("something else") << QByteArray(200, 'x') << true;
+    QTest::newRow("signed by a stranger") << stranger.build() << true;
+}
+
+void tst_PackageServerAccessor::tellsWhetherItRefused()
+{
+    QFETCH(QByteArray, ledger);
+    QFETCH(bool, refused);
+    PackageServerAccessor accessor(nullptr, ledger, onePackage().trustKey());
+    accessor.load();
+    QCOMPARE(accessor.isRefused(), refused);
+    QCOMPARE(accessor.packageCount(), 0);
 }
 
 void tst_PackageServerAccessor::readsManifests()
