@@ -78,6 +78,18 @@ const TrackedSource *CatalogueProvider::ownerOf(const PackageAccessor *snapshot)
     return m_owners.value(snapshot);
 }
 
+QString CatalogueProvider::currentFault(const OpenSource &source) const
+{
+    const QString fault = source.fault();
+    if (!fault.isEmpty())
+        return fault;
+    for (const PackageAccessor *snapshot : m_summary.refused) {
+        if (ownerOf(snapshot) == source.source())
+            return source.source()->refusalOf(*snapshot);
+    }
+    return {};
+}
+
 void CatalogueProvider::refresh()
 {
     for (const auto &source : m_sources)
@@ -86,8 +98,8 @@ void CatalogueProvider::refresh()
 
 int CatalogueProvider::faultCount() const
 {
-    return int(std::count_if(m_sources.begin(), m_sources.end(), [](const auto &source) {
-        return !source->fault().isEmpty();
+    return int(std::count_if(m_sources.begin(), m_sources.end(), [this](const auto &source) {
+        return !currentFault(*source).isEmpty();
     }));
 }
 
@@ -130,6 +142,7 @@ void CatalogueProvider::finishSummary()
 {
     m_summary = m_watcher.result();
     Q_EMIT summaryChanged();
+    Q_EMIT sourcesChanged(); // their faults, if something was refused
 }
 
 } // namespace nk::pm::app

@@ -56,6 +56,9 @@ public:
     /// The source that gave \a snapshot, which the current index holds.
     const TrackedSource *ownerOf(const PackageAccessor *snapshot) const;
 
+    /// Why the last refresh of \a source failed, or what it brought was refused; empty if neither.
+    QString currentFault(const OpenSource &source) const;
+
     /// Has every source look for new data.
     Q_INVOKABLE void refresh();
 
@@ -67,7 +70,7 @@ public:
     int packageCount() const { return m_summary.packages; }
     int keywordCount() const { return m_summary.keywords; }
     int sourceCount() const { return int(m_sources.size()); }
-    /// Sources whose last refresh failed.
+    /// Sources that have a fault.
     int faultCount() const;
     /// When the source updated last was found to be up to date.
     QDateTime lastUpdate() const;

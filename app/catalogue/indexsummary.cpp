@@ -5,6 +5,7 @@
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
+#include "repository/packageaccessor.h"
 
 namespace nk::pm::app {
 
@@ -22,6 +23,10 @@ IndexSummary summarize(const QSharedPointer<PackageIndex> &index)
         QStringList levels = it.key().split(QLatin1Char(':'), Qt::SkipEmptyParts);
         for (; !levels.isEmpty(); levels.removeLast())
             summary.packagesByType[levels] += it.value();
+    }
+    for (int i = 0; i < index->accessorCount(); ++i) {
+        if (index->accessor(i)->isRefused())
+            summary.refused.append(index->accessor(i));
     }
     summary.packages = packages.size();
     summary.keywords = PackageIndex::selectKeywords(index, {}).size();

@@ -7,6 +7,7 @@
 #include <QMap>
 #include <QSharedPointer>
 #include <QStringList>
+#include <QVector>
 
 namespace nk::pm {
 class PackageAccessor;
@@ -26,6 +27,7 @@ struct IndexSummary
     QMap<QStringList, int> packagesByType;
     /// Packages that come from each snapshot, those that another source overrides left out.
     QHash<const PackageAccessor *, int> packagesBySnapshot;
+    QVector<const PackageAccessor *> refused; ///< snapshots that are
 };
 
 /// Counts; takes some milliseconds per ten thousand packages, so is a worker's business.

@@ -23,6 +23,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("norvak-catalogue"));
     QCoreApplication::setOrganizationName(QStringLiteral("norvak"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NKPM_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.norvak.catalogue"));
     // There is nothing to draw with but the processor.
     if (QGuiApplication::platformName() == QLatin1String("offscreen"))
         QQuickWindow::setSceneGraphBackend(QSGRendererInterface::Software);

@@ -122,6 +122,11 @@ QString PackageDetails::revision() const
     return m_node ? m_node->revision().toString() : QString();
 }
 
+QString PackageDetails::issuer() const
+{
+    return m_node ? QString::fromLatin1(m_node->issuerKey().toBase64()) : QString();
+}
+
 QString PackageDetails::source() const
 {
     const TrackedSource *source = m_node && m_catalogue ? m_catalogue->sourceOf(m_node) : nullptr;

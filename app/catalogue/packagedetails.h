@@ -32,6 +32,7 @@ class PackageDetails : public QObject
     Q_PROPERTY(QUrl preview READ preview NOTIFY changed)
     Q_PROPERTY(QString type READ type NOTIFY changed)
     Q_PROPERTY(QString revision READ revision NOTIFY changed)
+    Q_PROPERTY(QString issuer READ issuer NOTIFY changed)
     Q_PROPERTY(QString source READ source NOTIFY changed)
     Q_PROPERTY(QVariantList fields READ fields NOTIFY changed)
     Q_PROPERTY(QVariantList keywords READ keywords NOTIFY changed)
@@ -53,6 +54,8 @@ public:
     QUrl preview() const;
     QString type() const;
     QString revision() const;
+    /// The key whose signature of the package was verified, as in a PEM file; empty if it has none.
+    QString issuer() const;
     /// Kind and location of the source.
     QString source() const;
     /// The rest of the manifest: objects of "name" and "value", both texts.

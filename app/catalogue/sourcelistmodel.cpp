@@ -23,7 +23,6 @@ SourceListModel::SourceListModel(
     , m_preferences(preferences)
 {
     connect(&provider, &CatalogueProvider::sourcesChanged, this, &SourceListModel::update);
-    connect(&provider, &CatalogueProvider::summaryChanged, this, &SourceListModel::update);
 }
 
 QString SourceListModel::add(const QString &kind, const QString &location)
@@ -92,7 +91,7 @@ QVariant SourceListModel::data(const QModelIndex &index, int role) const
     case LastUpdateRole:
         return source.lastUpdate();
     case FaultRole:
-        return source.fault();
+        return m_provider.currentFault(source);
     }
     return {};
 }

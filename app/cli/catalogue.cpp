@@ -23,6 +23,16 @@ namespace {
 constexpr std::chrono::seconds translationPatience{10};
 constexpr std::chrono::seconds answerPatience{20};
 
+QString faultOf(const TrackedSource &source, const PackageAccessor &snapshot)
+{
+    const app::SourceNetwork *network = source.network();
+    if (network && !network->hasPolled())
+        return QStringLiteral("the server didn't answer in time");
+    if (network && !network->fault().isEmpty())
+        return network->fault();
+    return source.refusalOf(snapshot);
+}
+
 } // namespace
 
 Catalogue::Catalogue(const SourceOptions &options, QObject *parent)
@@ -105,14 +115,12 @@ void Catalogue::waitForIndex()
 QString Catalogue::faultOfNetwork()
 {
     for (const auto &source : m_sources) {
-        const app::SourceNetwork *network = source->network();
-        if (!network || (network->hasPolled() && network->fault().isEmpty()))
+        const PackageAccessor &snapshot = *snapshotOf(*source);
+        const QString reason = faultOf(*source, snapshot);
+        if (reason.isEmpty())
             continue;
-        const QString reason = network->hasPolled()
-                                   ? network->fault()
-                                   : QStringLiteral("the server didn't answer in time");
         m_warnings.append(QStringLiteral("%1: %2").arg(source->location(), reason));
-        if (snapshotOf(*source)->packageCount() > 0)
+        if (snapshot.packageCount() > 0)
             m_warnings.last() += QStringLiteral("; showing what it had before");
     }
     const bool isEmpty = PackageIndex::selectPackages(index(), {}, {}, {}).size() == 0;

@@ -28,12 +28,12 @@ void setUpLog(bool verbose)
         QLoggingCategory::setFilterRules(QStringLiteral("norvak.*=true"));
     } else {
         qSetMessagePattern(QStringLiteral("nkpm: %{message}"));
-        // The errors of an install are logged under norvak.packages, those of a poll under
-        // norvak.packageserver; the commands report them.
+        // The errors of an install are logged under norvak.packages, those of a poll and of a
+        // ledger under norvak.packageserver; the commands report them.
         QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false\n"
                                                         "*.warning=false\n"
                                                         "norvak.packages.critical=false\n"
-                                                        "norvak.packageserver.critical=false"));
+                                                        "norvak.packageserver*.critical=false"));
     }
     qInstallMessageHandler(toStandardError);
 }

@@ -24,6 +24,7 @@ struct Description
 {
     const PackageNode *package;
     const TrackedSource *source;
+    QString issuer;                        ///< the key, as in the issuer's PEM file
     QVector<const KeywordNode *> keywords; ///< by text
     QVector<const PackageNode *> required; ///< directly
     QVector<const PackageNode *> allRequired;
@@ -35,6 +36,7 @@ Description describe(const PackageNode *package, const Catalogue &catalogue)
     Description result{
         package,
         catalogue.sourceOf(package),
+        QString::fromLatin1(package->issuerKey().toBase64()),
         {},
         requirementsOf(package),
         withRequirements({package}),
@@ -88,6 +90,8 @@ Table asTable(const Description &d)
          {QStringLiteral("required by"), joined(ids(d.dependents))}}};
     if (!d.package->revision().isEmpty())
         table.rows.insert(2, {QStringLiteral("revision"), d.package->revision().toString()});
+    if (!d.issuer.isEmpty())
+        table.rows.insert(3, {QStringLiteral("issuer"), d.issuer});
     for (const auto &key : d.package->manifest().keys())
         table.rows.append({QStringLiteral("manifest ") + key, fieldText(d.package, key)});
     return table;
@@ -102,6 +106,7 @@ QJsonObject asJson(const Description &d)
         {QStringLiteral("id"), d.package->id().toString()},
         {QStringLiteral("type"), d.package->type().toString()},
         {QStringLiteral("revision"), d.package->revision().toString()},
+        {QStringLiteral("issuer"), d.issuer},
         {QStringLiteral("name"), displayName(d.package)},
         {QStringLiteral("source"),
          QJsonObject{

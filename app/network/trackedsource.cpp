@@ -40,4 +40,12 @@ std::unique_ptr<PackageAccessor> TrackedSource::getAccessor()
     return accessor;
 }
 
+QString TrackedSource::refusalOf(const PackageAccessor &snapshot) const
+{
+    if (!snapshot.isRefused())
+        return {};
+    return m_made.service ? tr("its ledger was refused: damaged, or not signed for this program")
+                          : tr("its list of packages was refused: damaged, or larger than 4 MiB");
+}
+
 } // namespace nk::pm::app

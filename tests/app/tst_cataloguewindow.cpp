@@ -2,7 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 #include "catalogueengine.h"
+#include "nkledgerprocess.h"
+#include "packagedetails.h"
 #include "screenshot.h"
+#include "support/testfiles.h"
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
@@ -20,6 +23,7 @@
 
 using namespace nk::pm;
 using namespace nk::pm::app;
+using namespace nk::pm::test;
 
 namespace {
 
@@ -50,6 +54,25 @@ QStringList cutOffTexts(const QQuickItem *item)
     for (const QQuickItem *child : children)
         result.append(cutOffTexts(child));
     return result;
+}
+
+bool showsText(const QQuickItem *item, const QString &text)
+{
+    const QList<QQuickItem *> children = item->childItems();
+    return item->isVisible()
+           && (item->property("text").toString() == text
+               || std::any_of(children.begin(), children.end(), [&text](const QQuickItem *child) {
+                      return showsText(child, text);
+                  }));
+}
+
+/// Publishes a catalogue of one package, "signed", in \a directory.
+bool publish(const QString &directory, const QStringList &keys)
+{
+    const QString catalogue = directory + "/signed-catalogue";
+    writeFile(catalogue + "/packages/art/signed/manifest.json", R"({"name": "Signed"})");
+    return callNkledger(directory, QStringList{"publish", catalogue, "public"} + keys).exitCode
+           == 0;
 }
 
 bool copyTree(const QString &from, const QString &to)
@@ -86,6 +109,8 @@ private Q_SLOTS:
     void followsRequirements();
     void refusesAWrongSource();
     void mergesAndRemovesSources();
+    void showsWhoSigned();
+    void tellsHowEachSourceDoes();
     void startsWithoutASource();
     void remembers();
     void reachesEverythingByTab();
@@ -102,6 +127,7 @@ private:
     void type(const QString &text);
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     void openPackage(const QString &id);
+    QVariant ofSource(int row, SourceListModel::Role role) const;
     int shownPackages() const;
     int matchingPackages(const std::function<bool(PackageNode *)> &matcher) const;
 
@@ -388,6 +414,77 @@ void CatalogueWindowTest::mergesAndRemovesSources()
 
     m_engine->sources().remove(1);
     QTRY_COMPARE_WITH_TIMEOUT(shownPackages(), before, patience);
+    press(Qt::Key_Escape);
+}
+
+QVariant CatalogueWindowTest::ofSource(int row, SourceListModel::Role role) const
+{
+    return m_engine->sources().index(row).data(role);
+}
+
+void CatalogueWindowTest::showsWhoSigned()
+{
+    const QString directory = m_directory->path();
+    QCOMPARE(callNkledger(directory, {"keygen", "studio"}).exitCode, 0);
+    const QStringList issue{"issue",   "studio.pem",
+                            "--label", "Studio",
+                            "--trust", NKPM_SOURCE_DIR "/keys/development-trust-private.pem"};
+    QCOMPARE(callNkledger(directory, issue).exitCode, 0);
+    QVERIFY(publish(
+        directory, {"--issuer", "studio-private.pem", "--trust",
+                    NKPM_SOURCE_DIR "/keys/development-trust.pem"}));
+    ServedPublication server(m_directory->filePath("public"));
+    const int before = shownPackages();
+    QCOMPARE(m_engine->sources().add("server", server.url()), QString());
+    QTRY_COMPARE_WITH_TIMEOUT(shownPackages(), before + 1, patience);
+
+    const QString key =
+        QString::fromLatin1(readFile(m_directory->filePath("studio.pem"))).section('\n', 1, 1);
+    QVERIFY(key.size() > 40);
+    PackageDetails details;
+    details.setCatalogue(&m_engine->provider());
+    details.setPackageId("signed");
+    QCOMPARE(details.issuer(), key);
+    details.setPackageId("armchair-nora");
+    QCOMPARE(details.issuer(), QString());
+
+    openPackage("signed");
+    QTRY_VERIFY_WITH_TIMEOUT(showsText(m_engine->window()->contentItem(), key), patience);
+}
+
+void CatalogueWindowTest::tellsHowEachSourceDoes()
+{
+    makeKeys(m_directory->path()); // with a trust key that isn't the application's
+    QVERIFY(publish(m_directory->path(), keyArguments()));
+    ServedPublication stranger(m_directory->filePath("public"));
+    QCOMPARE(m_engine->sources().add("server", "http://127.0.0.1:1/"), QString());
+    QCOMPARE(m_engine->sources().add("server", stranger.url()), QString());
+
+    QTRY_VERIFY_WITH_TIMEOUT(
+        ofSource(1, SourceListModel::FaultRole).toString().contains("refused"), patience);
+    QVERIFY(!ofSource(1, SourceListModel::LastUpdateRole).toDateTime().isValid());
+    const QString refusal =
+        TrackedSource::tr("its ledger was refused: damaged, or not signed for this program");
+    QTRY_COMPARE_WITH_TIMEOUT(
+        ofSource(2, SourceListModel::FaultRole).toString(), refusal, patience);
+    QVERIFY(ofSource(2, SourceListModel::LastUpdateRole).toDateTime().isValid());
+    QCOMPARE(ofSource(2, SourceListModel::PackagesRole).toInt(), 0);
+    QCOMPARE(m_engine->provider().faultCount(), 2);
+    QCOMPARE(ofSource(0, SourceListModel::FaultRole).toString(), QString());
+
+    // What went wrong later comes first; when it was right is still told.
+    stranger.interrupt();
+    m_engine->provider().refresh();
+    QTRY_VERIFY_WITH_TIMEOUT(
+        ofSource(2, SourceListModel::FaultRole).toString().contains("refused")
+            && ofSource(2, SourceListModel::FaultRole).toString() != refusal,
+        patience);
+    QVERIFY(ofSource(2, SourceListModel::LastUpdateRole).toDateTime().isValid());
+    click("openSources");
+    QTRY_VERIFY_WITH_TIMEOUT(
+        showsText(
+            m_engine->window()->contentItem(), ofSource(1, SourceListModel::FaultRole).toString()),
+        patience);
     press(Qt::Key_Escape);
 }
 

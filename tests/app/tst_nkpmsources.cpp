@@ -35,6 +35,8 @@ private Q_SLOTS:
     void writesFilesBeforeTheyAreInstalled();
     void installsFromTheServer();
     void installsFromTheDatabase();
+    void showsWhoSigned();
+    void refusesAStrangersLedger();
     void showsWhatItHadBefore();
     void saysWhyASourceFails_data();
     void saysWhyASourceFails();
@@ -193,6 +195,39 @@ void TestNkpmSources::installsFromTheDatabase()
     QFile file(into + "/things/middle/middle.txt");
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("from the database"));
+}
+
+/// As it stands in the issuer's PEM file, so that it can be compared; never the label.
+void TestNkpmSources::showsWhoSigned()
+{
+    const QString issuer = show("lowest").value("issuer").toString();
+    QVERIFY(!issuer.isEmpty());
+    QVERIFY(readFile(m_directory.filePath("studio.pem")).contains(issuer.toUtf8() + '\n'));
+    QCOMPARE(show("middle").value("issuer").toString(), QString()); // of the database
+    QCOMPARE(show("shared").value("issuer").toString(), QString()); // of the directory
+}
+
+void TestNkpmSources::refusesAStrangersLedger()
+{
+    CatalogueTree tree;
+    tree.package("things/a", nameManifest("a"));
+    QTemporaryDir directory;
+    makeKeys(directory.path());
+    QCOMPARE(
+        callNkledger(
+            directory.path(), QStringList{"publish", tree.path(), "public"} + keyArguments())
+            .exitCode,
+        0);
+    ServedPublication server(directory.filePath("public"));
+    const QStringList list{"list", "--server", server.url()};
+    const CallResult alone = nkpm(list);
+    QCOMPARE(alone.exitCode, 1);
+    QVERIFY2(alone.errors.contains("not signed for this program"), qPrintable(alone.errors));
+    QVERIFY(alone.errors.contains(server.url()));
+    QCOMPARE(alone.errors.count('\n'), 1);
+    const CallResult besideOthers = nkpm(list + QStringList{"--local", m_local.path()});
+    QCOMPARE(besideOthers.exitCode, 0);
+    QCOMPARE(besideOthers.errors, alone.errors);
 }
 
 void TestNkpmSources::showsWhatItHadBefore()

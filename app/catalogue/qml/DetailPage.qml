@@ -178,7 +178,8 @@ FocusScope {
                     fields: [
                         { "name": qsTr("Identifier"), "value": page.packageId },
                         { "name": qsTr("Source"), "value": details.source },
-                        { "name": qsTr("Revision"), "value": details.revision || "–" }
+                        { "name": qsTr("Revision"), "value": details.revision || "–" },
+                        { "name": qsTr("Issuer"), "value": details.issuer || qsTr("not signed") }
                     ]
                     Layout.fillWidth: true
                 }

@@ -76,6 +76,14 @@
             <source>Revision</source>
             <translation>Revision</translation>
         </message>
+        <message>
+            <source>Issuer</source>
+            <translation>Aussteller</translation>
+        </message>
+        <message>
+            <source>not signed</source>
+            <translation>nicht signiert</translation>
+        </message>
     </context>
     <context>
         <name>DirectoryFault</name>
@@ -447,6 +455,17 @@
         <message>
             <source>the server didn't answer in time</source>
             <translation>Der Server antwortete nicht rechtzeitig</translation>
+        </message>
+    </context>
+    <context>
+        <name>nk::pm::app::TrackedSource</name>
+        <message>
+            <source>its ledger was refused: damaged, or not signed for this program</source>
+            <translation>Die Paketliste wurde abgelehnt: beschädigt oder nicht für dieses Programm signiert</translation>
+        </message>
+        <message>
+            <source>its list of packages was refused: damaged, or larger than 4 MiB</source>
+            <translation>Die Paketliste wurde abgelehnt: beschädigt oder größer als 4 MiB</translation>
         </message>
     </context>
 </TS>
