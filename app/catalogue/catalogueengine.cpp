@@ -58,6 +58,9 @@ void setUpCatalogueModule()
     QQuickStyle::setStyle(QStringLiteral("Default"));
     registerQmlTypes();
     registerMember<&CatalogueEngine::provider>("Catalogue");
+    registerMember<&CatalogueEngine::collection>("Collection");
+    registerMember<&CatalogueEngine::collectionActions>("CollectionActions");
+    registerMember<&CatalogueEngine::fileChooser>("FileChooser");
     registerMember<&CatalogueEngine::installs>("Installs");
     registerMember<&CatalogueEngine::preferences>("Preferences");
     registerMember<&CatalogueEngine::sources>("Sources");
@@ -77,6 +80,9 @@ CatalogueEngine::CatalogueEngine(const Options &options)
     , m_installs(m_provider, m_preferences)
     , m_sources(m_provider, m_preferences)
     , m_types(m_provider)
+    , m_collection(m_provider, m_installs)
+    , m_collectionActions(m_collection)
+    , m_fileChooser(m_preferences)
 {
     if (!options.theme.isEmpty())
         m_preferences.setValue(QStringLiteral("theme"), options.theme);
@@ -102,6 +108,10 @@ QString CatalogueEngine::open()
     if (m_options.sources.isEmpty())
         m_sources.restore();
     m_installs.restore();
+    const QString fault =
+        m_options.collection.isEmpty() ? QString() : m_collection.open(m_options.collection);
+    if (!fault.isEmpty())
+        return fault;
     load(QUrl(QStringLiteral("qrc:/qml/Main.qml")));
     return window() ? QString() : tr("The user interface can't be loaded.");
 }

@@ -4,6 +4,9 @@
 #pragma once
 
 #include "catalogueprovider.h"
+#include "collectionactions.h"
+#include "collectiondocument.h"
+#include "filechooser.h"
 #include "installs.h"
 #include "options.h"
 #include "preferences.h"
@@ -16,8 +19,9 @@ class QQuickWindow;
 
 namespace nk::pm::app {
 
-/// The QML engine and the objects that its files name: "import Norvak.Catalogue 1.0" has
-/// Catalogue, Installs, Preferences, Sources, Style and Types as singletons, one of each an engine.
+/// The QML engine and the objects that its files name: "import Norvak.Catalogue 1.0" has Catalogue,
+/// Collection, CollectionActions, FileChooser, Installs, Preferences, Sources, Style and Types as
+/// singletons, one of each an engine.
 class CatalogueEngine : public QQmlApplicationEngine
 {
     Q_OBJECT
@@ -26,11 +30,15 @@ public:
     explicit CatalogueEngine(const Options &options);
     ~CatalogueEngine() override;
 
-    /// Opens the sources of the command line, else those remembered, and the window. Gives what is
-    /// wrong with a source of the command line, or an empty text; the window isn't opened then.
+    /// Opens the sources of the command line, else those remembered, the collection of the command
+    /// line, and the window. Gives what is wrong with a source or the collection, or an empty text;
+    /// the window isn't opened then.
     QString open();
 
     CatalogueProvider &provider() { return m_provider; }
+    CollectionDocument &collection() { return m_collection; }
+    CollectionActions &collectionActions() { return m_collectionActions; }
+    FileChooser &fileChooser() { return m_fileChooser; }
     Installs &installs() { return m_installs; }
     Preferences &preferences() { return m_preferences; }
     SourceListModel &sources() { return m_sources; }
@@ -46,6 +54,9 @@ private:
     Installs m_installs;
     SourceListModel m_sources;
     TypeTreeModel m_types;
+    CollectionDocument m_collection;
+    CollectionActions m_collectionActions;
+    FileChooser m_fileChooser;
 };
 
 /// Makes QML's types and singletons known, and the application's translations. Once a process.

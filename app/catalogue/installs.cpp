@@ -78,14 +78,23 @@ Installs::Installs(CatalogueProvider &provider, Preferences &preferences, QObjec
 
 InstallState *Installs::install(const QString &id)
 {
-    if (InstallState *state = find(id))
-        return state;
-    InstallState *state = follow(id);
-    if (state) {
-        m_preferences.setValue(installsKey, QStringList(m_states.keys()));
-        noteChange();
+    PackageReference *reference = m_provider.packageReference(id);
+    if (!reference)
+        return nullptr;
+    if (!m_remembered.contains(id)) {
+        m_remembered.append(id);
+        m_preferences.setValue(installsKey, m_remembered);
     }
+    InstallState *state = stateOf(reference);
+    noteChange();
     return state;
+}
+
+void Installs::follow(const QVector<PackageReference *> &references)
+{
+    for (PackageReference *reference : references)
+        stateOf(reference);
+    noteChange();
 }
 
 InstallState *Installs::find(const QString &id) const
@@ -101,21 +110,23 @@ int Installs::statusOf(const QString &id) const
 
 void Installs::restore()
 {
-    const QStringList ids = m_preferences.value(installsKey, QStringList()).toStringList();
-    for (const QString &id : ids)
-        follow(id);
+    m_remembered = m_preferences.value(installsKey, QStringList()).toStringList();
+    for (const QString &id : qAsConst(m_remembered)) {
+        if (PackageReference *reference = m_provider.packageReference(id))
+            stateOf(reference);
+    }
     noteChange();
 }
 
-InstallState *Installs::follow(const QString &id)
+/// Made at the first call.
+InstallState *Installs::stateOf(PackageReference *reference)
 {
-    PackageReference *reference = m_provider.packageReference(id);
-    if (!reference)
-        return nullptr;
-    auto *state = new InstallState(reference, this);
+    InstallState *&state = m_states[reference->id()];
+    if (state)
+        return state;
+    state = new InstallState(reference, this);
     QQmlEngine::setObjectOwnership(state, QQmlEngine::CppOwnership);
     connect(reference, &PackageReference::statusChanged, this, &Installs::noteChange);
-    m_states.insert(id, state);
     return state;
 }
 

@@ -5,7 +5,9 @@
 
 #include <QHash>
 #include <QObject>
+#include <QStringList>
 #include <QTimer>
+#include <QVector>
 
 namespace nk::pm {
 class PackageReference;
@@ -47,7 +49,8 @@ private:
     QTimer m_countdown;
 };
 
-/// The packages that the user wants installed. Remembers them.
+/// The packages that the user wants installed: each for itself, which is remembered, or as part of
+/// a collection, which isn't.
 class Installs : public QObject
 {
     Q_OBJECT
@@ -58,6 +61,9 @@ public:
 
     /// Installs the package, and keeps it installed from now on. Null for an empty \a id.
     Q_INVOKABLE nk::pm::app::InstallState *install(const QString &id);
+    /// Takes \a references up, which install their packages anyway, and remembers nothing. None of
+    /// them is null.
+    void follow(const QVector<PackageReference *> &references);
     /// The state of a package that is wanted; null for any other.
     Q_INVOKABLE nk::pm::app::InstallState *find(const QString &id) const;
     /// The PackageReference::Status of \a id as a number; Unknown if it isn't wanted. A binding
@@ -74,12 +80,13 @@ Q_SIGNALS:
     void changed();
 
 private:
-    InstallState *follow(const QString &id);
+    InstallState *stateOf(PackageReference *reference);
     void noteChange();
 
     CatalogueProvider &m_provider;
     Preferences &m_preferences;
     QHash<QString, InstallState *> m_states;
+    QStringList m_remembered;
     int m_generation = 0;
 };
 

@@ -8,7 +8,7 @@
 
 #include <norvak/locations.h>
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QQuickWindow>
 
 #include <cstdio>
@@ -19,7 +19,7 @@ using namespace nk::pm::app;
 int main(int argc, char *argv[])
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QGuiApplication application(argc, argv);
+    QApplication application(argc, argv); // has the file dialogs
     QCoreApplication::setApplicationName(QStringLiteral("norvak-catalogue"));
     QCoreApplication::setOrganizationName(QStringLiteral("norvak"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NKPM_VERSION));
@@ -44,5 +44,5 @@ int main(int argc, char *argv[])
     std::unique_ptr<Measurement> measurement;
     if (options.measure)
         measurement = std::make_unique<Measurement>(engine);
-    return QGuiApplication::exec();
+    return QApplication::exec();
 }

@@ -26,6 +26,12 @@ QString packageTitle(const PackageNode &node)
     return name.isEmpty() ? node.id().toString() : name;
 }
 
+QUrl packagePreview(const PackageNode &node)
+{
+    const QString name = node.manifestValue(QStringLiteral("preview")).toString();
+    return name.isEmpty() ? QUrl() : node.fileUrl(name);
+}
+
 QString shownValue(const QJsonValue &value, const QString &text)
 {
     switch (value.type()) {

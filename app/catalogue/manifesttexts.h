@@ -5,6 +5,7 @@
 
 #include <QJsonValue>
 #include <QString>
+#include <QUrl>
 
 namespace nk::pm {
 class PackageNode;
@@ -18,6 +19,9 @@ QString manifestText(const PackageNode &node, const QString &field);
 
 /// What the user calls the package: its name, or else its identifier.
 QString packageTitle(const PackageNode &node);
+
+/// Where the package's picture can be had now; invalid if it has none.
+QUrl packagePreview(const PackageNode &node);
 
 /// \a value on one line: a text as \a text, numbers in the user's notation, lists separated by
 /// commas, truth values in words.

@@ -15,9 +15,9 @@ namespace {
 
 constexpr int wrongUsage = 2;
 
-const QStringList views{
-    QStringLiteral("grid"), QStringLiteral("list"), QStringLiteral("detail"),
-    QStringLiteral("search"), QStringLiteral("sources")};
+const QStringList views{QStringLiteral("grid"),    QStringLiteral("list"),
+                        QStringLiteral("detail"),  QStringLiteral("search"),
+                        QStringLiteral("sources"), QStringLiteral("collection")};
 const QStringList themes{QStringLiteral("light"), QStringLiteral("dark")};
 
 [[noreturn]] void refuse(const QString &what)
@@ -45,6 +45,10 @@ struct Parser
     QCommandLineOption data{
         QStringLiteral("data"), QStringLiteral("Where packages are installed."),
         QStringLiteral("directory")};
+    QCommandLineOption collection{
+        QStringLiteral("collection"),
+        QStringLiteral("A collection to open; what of it is missing gets installed."),
+        QStringLiteral("file")};
     QCommandLineOption screenshot{
         QStringLiteral("screenshot"),
         QStringLiteral(
@@ -73,7 +77,8 @@ struct Parser
         parser.setApplicationDescription(QStringLiteral("Browses and installs packages."));
         parser.addHelpOption();
         parser.addVersionOption();
-        parser.addOptions({local, couchdb, server, data, screenshot, view, theme, size, measure});
+        parser.addOptions(
+            {local, couchdb, server, data, collection, screenshot, view, theme, size, measure});
     }
 
     /// The value of \a option, which has to be one of \a allowed if it is given.
@@ -123,6 +128,7 @@ Options parseOptions(const QStringList &arguments)
     addSources(p.couchdb, SourceKind::CouchDB);
     addSources(p.server, SourceKind::Server);
     options.dataDirectory = p.parser.value(p.data);
+    options.collection = p.parser.value(p.collection);
     options.screenshot = p.parser.value(p.screenshot);
     options.view = p.choice(p.view, views);
     options.theme = p.choice(p.theme, themes);

@@ -17,6 +17,7 @@ struct Options
 {
     QVector<SourceSpec> sources; ///< in the order of the command line, by kind
     QString dataDirectory;       ///< empty: the default of the platform
+    QString collection;          ///< file of a collection to open; empty: none
     QString screenshot;          ///< file to write a picture to; empty: an ordinary start
     QString view = QStringLiteral("grid");
     QString theme; ///< "light" or "dark"; empty: what is remembered, else the system's

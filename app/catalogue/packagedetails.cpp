@@ -107,9 +107,7 @@ QString PackageDetails::description() const
 
 QUrl PackageDetails::preview() const
 {
-    const QString name =
-        m_node ? m_node->manifestValue(QStringLiteral("preview")).toString() : QString();
-    return name.isEmpty() ? QUrl() : m_node->fileUrl(name);
+    return m_node ? packagePreview(*m_node) : QUrl();
 }
 
 QString PackageDetails::type() const

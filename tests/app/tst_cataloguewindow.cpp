@@ -15,6 +15,9 @@
 
 #include <norvak/locations.h>
 
+#include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QStandardPaths>
@@ -75,6 +78,18 @@ bool publish(const QString &directory, const QStringList &keys)
            == 0;
 }
 
+/// The dialog for files that is on screen.
+QFileDialog *fileDialog()
+{
+    const QWidgetList widgets = QApplication::topLevelWidgets();
+    for (QWidget *widget : widgets) {
+        auto *dialog = qobject_cast<QFileDialog *>(widget);
+        if (dialog && dialog->isVisible())
+            return dialog;
+    }
+    return nullptr;
+}
+
 bool copyTree(const QString &from, const QString &to)
 {
     QDirIterator it(from, QDir::Files, QDirIterator::Subdirectories);
@@ -106,6 +121,9 @@ private Q_SLOTS:
     void sortsByANumber();
     void installsAPackage();
     void tellsWhyAnInstallFailed();
+    void collectsPackages();
+    void asksBeforeItCloses();
+    void tellsWhatIsWrongWithAFile();
     void followsRequirements();
     void refusesAWrongSource();
     void mergesAndRemovesSources();
@@ -128,6 +146,7 @@ private:
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     void openPackage(const QString &id);
     QVariant ofSource(int row, SourceListModel::Role role) const;
+    void chooseFile(const QString &path);
     int shownPackages() const;
     int matchingPackages(const std::function<bool(PackageNode *)> &matcher) const;
 
@@ -163,7 +182,7 @@ void CatalogueWindowTest::init()
 void CatalogueWindowTest::cleanup()
 {
     m_engine.reset();
-    QCOMPARE(m_warnings, QStringList());
+    QVERIFY2(m_warnings.isEmpty(), qPrintable(m_warnings.join('\n')));
     m_directory.reset();
 }
 
@@ -207,6 +226,16 @@ void CatalogueWindowTest::openPackage(const QString &id)
 {
     click("package " + id);
     QTRY_VERIFY_WITH_TIMEOUT(item("detailTitle"), patience);
+}
+
+void CatalogueWindowTest::chooseFile(const QString &path)
+{
+    QTRY_VERIFY_WITH_TIMEOUT(fileDialog(), patience);
+    fileDialog()->findChild<QLineEdit *>()->setText(path);
+    QMetaObject::invokeMethod(fileDialog(), "accept");
+    QTRY_VERIFY_WITH_TIMEOUT(!fileDialog(), patience);
+    m_engine->window()->requestActivate(); // which a window manager does
+    QVERIFY(QTest::qWaitForWindowActive(m_engine->window()));
 }
 
 int CatalogueWindowTest::shownPackages() const
@@ -363,6 +392,79 @@ void CatalogueWindowTest::tellsWhyAnInstallFailed()
     const int seconds = m_engine->installs().find(id)->secondsToRetry();
     QVERIFY2(seconds > 0 && seconds <= 30, qPrintable(QString::number(seconds)));
     QVERIFY(item("nextAttempt")->property("text").toString().contains("Next attempt in "));
+}
+
+void CatalogueWindowTest::collectsPackages()
+{
+    const QString file = m_directory->filePath("room.json");
+    openPackage("armchair-club");
+    click("toggleCollected");
+    QTRY_COMPARE_WITH_TIMEOUT(
+        item("toggleCollected")->property("text").toString(), QString("Remove from collection"),
+        patience);
+    QCOMPARE(m_engine->window()->title(), QString("New collection* – Catalogue"));
+    press(Qt::Key_S, Qt::ControlModifier);
+    chooseFile(file);
+    QVERIFY(QFile::exists(file));
+    QCOMPARE(m_engine->window()->title(), QString("room.json – Catalogue"));
+
+    click("toggleCollected");
+    press(Qt::Key_S, Qt::ControlModifier | Qt::ShiftModifier);
+    chooseFile(m_directory->filePath("empty")); // the ending comes by itself
+    QVERIFY(QFile::exists(m_directory->filePath("empty.json")));
+    press(Qt::Key_3, Qt::ControlModifier);
+    QTRY_VERIFY_WITH_TIMEOUT(item("collectionList"), patience);
+    QCOMPARE(item("collectionList")->property("count").toInt(), 0);
+    QVERIFY(item("emptyAction"));
+
+    press(Qt::Key_O, Qt::ControlModifier);
+    chooseFile(file);
+    QTRY_VERIFY_WITH_TIMEOUT(item("entry armchair-club"), patience);
+    QTRY_COMPARE_WITH_TIMEOUT(
+        item("state armchair-club")->property("text").toString(), QString("Installed"), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(item("collectionList")->hasActiveFocus(), patience);
+    press(Qt::Key_Delete);
+    QTRY_VERIFY_WITH_TIMEOUT(!item("entry armchair-club"), patience);
+    QVERIFY(m_engine->collection().isModified());
+    m_engine->collectionActions().save();
+}
+
+void CatalogueWindowTest::asksBeforeItCloses()
+{
+    m_engine->collectionActions().add("armchair-club");
+    m_engine->window()->close();
+    QVERIFY(m_engine->window()->isVisible());
+    click("keepChanges");
+    QTRY_VERIFY_WITH_TIMEOUT(!item("keepChanges"), patience);
+    QVERIFY(m_engine->window()->isVisible());
+    m_engine->window()->close();
+    QTRY_VERIFY_WITH_TIMEOUT(item("saveChanges"), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(item("saveChanges")->hasActiveFocus(), patience);
+    press(Qt::Key_Escape);
+    QTRY_VERIFY_WITH_TIMEOUT(!item("saveChanges"), patience);
+
+    press(Qt::Key_N, Qt::ControlModifier);
+    QTRY_VERIFY_WITH_TIMEOUT(item("saveChanges"), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(item("saveChanges")->hasActiveFocus(), patience);
+    press(Qt::Key_Return);
+    chooseFile(m_directory->filePath("room.json"));
+    QVERIFY(QFile::exists(m_directory->filePath("room.json")));
+    QCOMPARE(m_engine->collection().count(), 0);
+
+    m_engine->collectionActions().add("armchair-nora");
+    m_engine->window()->close();
+    click("discardChanges");
+    QTRY_VERIFY_WITH_TIMEOUT(!m_engine->window()->isVisible(), patience);
+}
+
+void CatalogueWindowTest::tellsWhatIsWrongWithAFile()
+{
+    const QString file = m_directory->filePath("catalogue");
+    m_engine->collectionActions().openFile(file);
+    QTRY_VERIFY_WITH_TIMEOUT(item("collectionFaultText"), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(item("acknowledge")->hasActiveFocus(), patience);
+    press(Qt::Key_Return);
+    QTRY_VERIFY_WITH_TIMEOUT(!item("acknowledge"), patience);
 }
 
 void CatalogueWindowTest::followsRequirements()
@@ -537,7 +639,8 @@ void CatalogueWindowTest::views_data()
     QTest::addColumn<QString>("theme");
     QTest::addColumn<QString>("view");
     for (const QString theme : {"light", "dark"}) {
-        for (const QString view : {"grid", "list", "detail", "search", "sources"})
+        for (const QString view :
+             {"grid", "list", "detail", "search", "sources", "collection", "emptyCollection"})
             QTest::addRow("%s-%s", qPrintable(view), qPrintable(theme)) << theme << view;
     }
 }
@@ -552,10 +655,20 @@ void CatalogueWindowTest::views()
     options.theme = theme;
     options.size = QSize(1000, 700);
     options.sources = {{SourceKind::Local, m_directory->filePath("catalogue")}};
+    if (view == "collection")
+        options.collection = NKPM_EXAMPLE_COLLECTION;
     open(options);
     QTRY_VERIFY_WITH_TIMEOUT(shownPackages() > 0, patience);
-    QMetaObject::invokeMethod(m_engine->window(), "showView", Q_ARG(QVariant, view));
+    QMetaObject::invokeMethod(
+        m_engine->window(), "showView",
+        Q_ARG(QVariant, view == "emptyCollection" ? "collection" : view));
     QTRY_VERIFY_WITH_TIMEOUT(view != "detail" || item("detailTitle"), patience);
+    const QAbstractItemModel *collected = m_engine->collection().packages();
+    for (int row = 0; row < collected->rowCount(); ++row) {
+        QTRY_COMPARE_WITH_TIMEOUT(
+            collected->index(row, 0).data(CollectionModel::StatusRole).toInt(),
+            int(PackageReference::Installed), patience);
+    }
     QTRY_VERIFY_WITH_TIMEOUT(isStill(m_engine->window()->contentItem()), patience);
     // Names may be long identifiers until the translation package is installed.
     QTRY_COMPARE_WITH_TIMEOUT(

@@ -83,6 +83,11 @@ FocusScope {
                     packageId: page.packageId
                     Layout.fillWidth: true
                 }
+                CollectionToggle {
+                    objectName: "toggleCollected"
+                    packageId: page.packageId
+                    Layout.fillWidth: true
+                }
             }
 
             ColumnLayout {

@@ -14,6 +14,7 @@ Rectangle {
     property alias searchField: search
 
     signal viewChosen(string view)
+    signal collectionWanted()
     signal sourcesWanted()
 
     implicitHeight: Style.control + 2 * Style.small
@@ -69,6 +70,15 @@ Rectangle {
                 checked: bar.view === "list"
                 onClicked: bar.viewChosen("list")
             }
+        }
+        PushButton {
+            objectName: "showCollection"
+            symbol: "collection"
+            flat: true
+            text: qsTr("Collection")
+            hint: qsTr("Collection, %n package(s)", "", Collection.count)
+            checked: bar.view === "collection"
+            onClicked: bar.collectionWanted()
         }
         PushButton {
             objectName: "openSources"

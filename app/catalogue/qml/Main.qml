@@ -12,13 +12,29 @@ ApplicationWindow {
     property string view: Preferences.value("view", "grid")
 
     readonly property alias packages: query
+    // Set when the user has said what becomes of unsaved changes.
+    property bool mayClose: false
 
     function openPackage(id) {
         pages.push(detailPage, { "packageId": id })
         pages.currentItem.forceActiveFocus(Qt.OtherFocusReason)
     }
 
-    function closePackage() {
+    function openCollection() {
+        const open = pages.find(page => page.objectName === "collection")
+        if (open)
+            pages.pop(open)
+        else
+            pages.push(collectionPage)
+        pages.currentItem.forceActiveFocus(Qt.OtherFocusReason)
+    }
+
+    function showPackages(chosenView) {
+        view = chosenView
+        pages.pop(null)
+    }
+
+    function closePage() {
         pages.pop()
         pages.currentItem.forceActiveFocus(Qt.OtherFocusReason)
     }
@@ -47,12 +63,14 @@ ApplicationWindow {
         query.packageType = ""
     }
 
-    // For pictures: "grid", "list", "detail", "search" or "sources".
+    // For pictures: "grid", "list", "detail", "search", "sources" or "collection".
     function showView(name) {
         if (name === "grid" || name === "list")
             view = name
         else if (name === "detail")
             openPackage(query.packageAt(0))
+        else if (name === "collection")
+            openCollection()
         else if (name === "sources")
             sources.open()
         else if (name === "search")
@@ -65,7 +83,9 @@ ApplicationWindow {
     minimumWidth: 720
     minimumHeight: 480
     visible: true
-    title: qsTr("Catalogue")
+    title: Collection.name || Collection.modified
+           ? qsTr("%1 – Catalogue").arg((Collection.name || qsTr("New collection")) + (Collection.modified ? "*" : ""))
+           : qsTr("Catalogue")
     background: Rectangle { color: Style.window }
 
     palette {
@@ -98,6 +118,17 @@ ApplicationWindow {
     onClosing: {
         Preferences.setValue("width", width)
         Preferences.setValue("height", height)
+        if (Collection.modified && !mayClose) {
+            close.accepted = false
+            CollectionActions.close()
+        }
+    }
+    Connections {
+        target: CollectionActions
+        function onCloseGranted() {
+            window.mayClose = true
+            window.close()
+        }
     }
 
     PackageQuery { id: query }
@@ -116,7 +147,7 @@ ApplicationWindow {
     Shortcut {
         sequences: [StandardKey.Back]
         enabled: pages.depth > 1
-        onActivated: window.closePackage()
+        onActivated: window.closePage()
     }
     Shortcut {
         sequences: [StandardKey.Quit]
@@ -124,21 +155,40 @@ ApplicationWindow {
     }
     Shortcut {
         sequence: "Ctrl+1"
-        onActivated: window.view = "grid"
+        onActivated: window.showPackages("grid")
     }
     Shortcut {
         sequence: "Ctrl+2"
-        onActivated: window.view = "list"
+        onActivated: window.showPackages("list")
+    }
+
+    Shortcut {
+        sequence: "Ctrl+3"
+        onActivated: window.openCollection()
+    }
+    Shortcut {
+        sequences: [StandardKey.New]
+        onActivated: CollectionActions.create()
+    }
+    Shortcut {
+        sequences: [StandardKey.Open]
+        onActivated: CollectionActions.open()
+    }
+    Shortcut {
+        sequences: [StandardKey.Save]
+        onActivated: CollectionActions.save()
+    }
+    Shortcut {
+        sequence: "Ctrl+Shift+S"
+        onActivated: CollectionActions.saveAs()
     }
 
     header: HeaderBar {
         id: bar
         query: query
-        view: window.view
-        onViewChosen: {
-            window.view = view
-            pages.pop(null)
-        }
+        view: pages.currentItem && pages.currentItem.objectName === "collection" ? "collection" : window.view
+        onCollectionWanted: window.openCollection()
+        onViewChosen: window.showPackages(view)
         onSourcesWanted: sources.open()
     }
 
@@ -186,11 +236,23 @@ ApplicationWindow {
         DetailPage {
             onPackageChosen: window.openPackage(id)
             onKeywordChosen: window.search(text, true)
-            onClosed: window.closePackage()
+            onClosed: window.closePage()
+        }
+    }
+
+    Component {
+        id: collectionPage
+        CollectionPage {
+            objectName: "collection"
+            onPackageChosen: window.openPackage(id)
+            onPackagesWanted: pages.pop(null)
+            onClosed: window.closePage()
         }
     }
 
     SourcesDialog {
         id: sources
     }
+
+    CollectionDialogs {}
 }

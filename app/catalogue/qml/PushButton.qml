@@ -34,8 +34,8 @@ Button {
     ToolTip.text: hint
     ToolTip.visible: !text && hovered
     ToolTip.delay: 600
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     background: Rectangle {
         radius: Style.radius

@@ -54,6 +54,7 @@ QtObject {
     readonly property int tileText: 54
     readonly property int thumbnail: 52
     readonly property int numberColumn: 104
+    readonly property int stateColumn: 150
     readonly property int nameColumn: 110
     readonly property int picture: 280
     readonly property int reading: 920

@@ -35,6 +35,165 @@
         </message>
     </context>
     <context>
+        <name>CollectionDialogs</name>
+        <message>
+            <source>New collection</source>
+            <translation>Neue Sammlung</translation>
+        </message>
+        <message>
+            <source>Save the changes to "%1"?</source>
+            <translation>Änderungen an „%1“ speichern?</translation>
+        </message>
+        <message>
+            <source>Otherwise they are lost.</source>
+            <translation>Sonst gehen sie verloren.</translation>
+        </message>
+        <message>
+            <source>Save</source>
+            <translation>Speichern</translation>
+        </message>
+        <message>
+            <source>Discard</source>
+            <translation>Verwerfen</translation>
+        </message>
+        <message>
+            <source>Cancel</source>
+            <translation>Abbrechen</translation>
+        </message>
+        <message>
+            <source>"%1" was changed by another program</source>
+            <translation>„%1“ wurde von einem anderen Programm geändert</translation>
+        </message>
+        <message>
+            <source>Saving here would overwrite those changes.</source>
+            <translation>Beim Speichern an dieser Stelle gingen dessen Änderungen verloren.</translation>
+        </message>
+        <message>
+            <source>Save as…</source>
+            <translation>Speichern unter…</translation>
+        </message>
+        <message>
+            <source>Overwrite</source>
+            <translation>Überschreiben</translation>
+        </message>
+        <message>
+            <source>OK</source>
+            <translation>OK</translation>
+        </message>
+    </context>
+    <context>
+        <name>CollectionPage</name>
+        <message>
+            <source>Collection</source>
+            <translation>Sammlung</translation>
+        </message>
+        <message>
+            <source>Back</source>
+            <translation>Zurück</translation>
+        </message>
+        <message>
+            <source>New collection</source>
+            <translation>Neue Sammlung</translation>
+        </message>
+        <message numerus="yes">
+            <source>%n package(s)</source>
+            <translation>
+                <numerusform>%n Paket</numerusform>
+                <numerusform>%n Pakete</numerusform>
+            </translation>
+        </message>
+        <message>
+            <source>not saved</source>
+            <translation>nicht gespeichert</translation>
+        </message>
+        <message>
+            <source>New</source>
+            <translation>Neu</translation>
+        </message>
+        <message>
+            <source>Open…</source>
+            <translation>Öffnen…</translation>
+        </message>
+        <message>
+            <source>Save</source>
+            <translation>Speichern</translation>
+        </message>
+        <message>
+            <source>Save as…</source>
+            <translation>Speichern unter…</translation>
+        </message>
+        <message>
+            <source>Packages of the collection</source>
+            <translation>Pakete der Sammlung</translation>
+        </message>
+        <message>
+            <source>Nothing is in this collection yet. Choose a package and then "Add to collection", or open a file.</source>
+            <translation>Noch ist nichts in dieser Sammlung. Ein Paket wählen und dann „Zur Sammlung hinzufügen“, oder eine Datei öffnen.</translation>
+        </message>
+        <message>
+            <source>Choose packages</source>
+            <translation>Pakete auswählen</translation>
+        </message>
+    </context>
+    <context>
+        <name>CollectionRow</name>
+        <message>
+            <source>Installed</source>
+            <translation>Installiert</translation>
+        </message>
+        <message>
+            <source>Installing…</source>
+            <translation>Wird installiert…</translation>
+        </message>
+        <message>
+            <source>Incomplete</source>
+            <translation>Unvollständig</translation>
+        </message>
+        <message>
+            <source>Unreadable</source>
+            <translation>Unlesbar</translation>
+        </message>
+        <message>
+            <source>The file has something else than a package here.</source>
+            <translation>In der Datei steht hier etwas anderes als ein Paket.</translation>
+        </message>
+        <message>
+            <source>Waiting…</source>
+            <translation>Wartet…</translation>
+        </message>
+        <message>
+            <source>Unknown package</source>
+            <translation>Unbekanntes Paket</translation>
+        </message>
+        <message>
+            <source>No source has it. It is installed as soon as one does.</source>
+            <translation>Keine Quelle hat es. Es wird installiert, sobald eine es hat.</translation>
+        </message>
+        <message>
+            <source>Unavailable</source>
+            <translation>Nicht verfügbar</translation>
+        </message>
+        <message>
+            <source>Its source can't be reached. It is installed as soon as that can.</source>
+            <translation>Seine Quelle ist nicht erreichbar. Es wird installiert, sobald sie es ist.</translation>
+        </message>
+        <message>
+            <source>Remove %1 from the collection</source>
+            <translation>%1 aus der Sammlung entfernen</translation>
+        </message>
+    </context>
+    <context>
+        <name>CollectionToggle</name>
+        <message>
+            <source>Remove from collection</source>
+            <translation>Aus Sammlung entfernen</translation>
+        </message>
+        <message>
+            <source>Add to collection</source>
+            <translation>Zur Sammlung hinzufügen</translation>
+        </message>
+    </context>
+    <context>
         <name>DetailPage</name>
         <message>
             <source>Back</source>
@@ -168,6 +327,17 @@
             <source>Switch to dark</source>
             <translation>Dunkle Farben</translation>
         </message>
+        <message>
+            <source>Collection</source>
+            <translation>Sammlung</translation>
+        </message>
+        <message numerus="yes">
+            <source>Collection, %n package(s)</source>
+            <translation>
+                <numerusform>Sammlung, %n Paket</numerusform>
+                <numerusform>Sammlung, %n Pakete</numerusform>
+            </translation>
+        </message>
     </context>
     <context>
         <name>InstallBadge</name>
@@ -236,6 +406,14 @@
             <source>wo</source>
             <comment>beginning of a word that many packages have</comment>
             <translation>wo</translation>
+        </message>
+        <message>
+            <source>%1 – Catalogue</source>
+            <translation>%1 – Katalog</translation>
+        </message>
+        <message>
+            <source>New collection</source>
+            <translation>Neue Sammlung</translation>
         </message>
     </context>
     <context>
@@ -433,6 +611,69 @@
         <message>
             <source>The user interface can't be loaded.</source>
             <translation>Die Oberfläche kann nicht geladen werden.</translation>
+        </message>
+    </context>
+    <context>
+        <name>nk::pm::app::CollectionDocument</name>
+        <message>
+            <source>%1 can't be kept in a collection: its identifier has characters beyond Latin-1.</source>
+            <translation>%1 kann nicht in eine Sammlung: Die Kennung hat Zeichen außerhalb von Latin-1.</translation>
+        </message>
+        <message>
+            <source>%1 is not a collection, or it is damaged.</source>
+            <translation>%1 ist keine Sammlung oder beschädigt.</translation>
+        </message>
+        <message>
+            <source>Choose another file.</source>
+            <translation>Bitte eine andere Datei wählen.</translation>
+        </message>
+        <message>
+            <source>%1 can't be opened.</source>
+            <translation>%1 lässt sich nicht öffnen.</translation>
+        </message>
+        <message>
+            <source>Check that the file is there and that you may read it.</source>
+            <translation>Bitte prüfen, ob es die Datei gibt und ob sie lesbar ist.</translation>
+        </message>
+        <message>
+            <source>%1 was written by a newer version of this program.</source>
+            <translation>%1 stammt von einer neueren Version dieses Programms.</translation>
+        </message>
+        <message>
+            <source>Update the program to open it.</source>
+            <translation>Um sie zu öffnen, bitte das Programm aktualisieren.</translation>
+        </message>
+        <message>
+            <source>%1 can't be written.</source>
+            <translation>%1 lässt sich nicht schreiben.</translation>
+        </message>
+        <message>
+            <source>Make room or choose another place; nothing is lost until then.</source>
+            <translation>Bitte Platz schaffen oder einen anderen Ort wählen; bis dahin geht nichts verloren.</translation>
+        </message>
+    </context>
+    <context>
+        <name>nk::pm::app::FileChooser</name>
+        <message>
+            <source>Open a collection</source>
+            <translation>Sammlung öffnen</translation>
+        </message>
+        <message>
+            <source>Save the collection</source>
+            <translation>Sammlung speichern</translation>
+        </message>
+        <message>
+            <source>collection</source>
+            <comment>name of a file</comment>
+            <translation>sammlung</translation>
+        </message>
+        <message>
+            <source>Collections (*.json)</source>
+            <translation>Sammlungen (*.json)</translation>
+        </message>
+        <message>
+            <source>All files (*)</source>
+            <translation>Alle Dateien (*)</translation>
         </message>
     </context>
     <context>

@@ -2,12 +2,32 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en_US">
     <context>
+        <name>CollectionPage</name>
+        <message numerus="yes">
+            <source>%n package(s)</source>
+            <translation>
+                <numerusform>%n package</numerusform>
+                <numerusform>%n packages</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>FilterBar</name>
         <message numerus="yes">
             <source>%n package(s)</source>
             <translation>
                 <numerusform>%n package</numerusform>
                 <numerusform>%n packages</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
+        <name>HeaderBar</name>
+        <message numerus="yes">
+            <source>Collection, %n package(s)</source>
+            <translation>
+                <numerusform>Collection, %n package</numerusform>
+                <numerusform>Collection, %n packages</numerusform>
             </translation>
         </message>
     </context>
