@@ -147,6 +147,7 @@ private:
     void openPackage(const QString &id);
     QVariant ofSource(int row, SourceListModel::Role role) const;
     void chooseFile(const QString &path);
+    void showView(const QString &view);
     int shownPackages() const;
     int matchingPackages(const std::function<bool(PackageNode *)> &matcher) const;
 
@@ -630,7 +631,8 @@ void CatalogueWindowTest::reachesEverythingByTab()
         for (; focused; focused = focused->parentItem())
             reached.append(focused->objectName());
     }
-    for (const QString name : {"order", "openSources", "types", "categories", "packages", "search"})
+    for (const QString name :
+         {"order", "showCollection", "openSources", "types", "categories", "packages", "search"})
         QVERIFY2(reached.contains(name), qPrintable(name + " not in " + reached.join(' ')));
 }
 
@@ -640,9 +642,28 @@ void CatalogueWindowTest::views_data()
     QTest::addColumn<QString>("view");
     for (const QString theme : {"light", "dark"}) {
         for (const QString view :
-             {"grid", "list", "detail", "search", "sources", "collection", "emptyCollection"})
+             {"grid", "list", "detail", "search", "sources", "collection", "emptyCollection",
+              "unsavedCollection"})
             QTest::addRow("%s-%s", qPrintable(view), qPrintable(theme)) << theme << view;
     }
+}
+
+void CatalogueWindowTest::showView(const QString &view)
+{
+    const QString name = view.endsWith("Collection") ? "collection" : view;
+    QMetaObject::invokeMethod(m_engine->window(), "showView", Q_ARG(QVariant, name));
+    QTRY_VERIFY_WITH_TIMEOUT(view != "detail" || item("detailTitle"), patience);
+    const QAbstractItemModel *collected = m_engine->collection().packages();
+    for (int row = 0; row < collected->rowCount(); ++row) {
+        QTRY_COMPARE_WITH_TIMEOUT(
+            collected->index(row, 0).data(CollectionModel::StatusRole).toInt(),
+            int(PackageReference::Installed), patience);
+    }
+    if (view != "unsavedCollection")
+        return;
+    m_engine->collection().remove("lamp-arc");
+    m_engine->collectionActions().open();
+    QTRY_VERIFY_WITH_TIMEOUT(item("saveChanges"), patience);
 }
 
 /// In whatever language the program runs: once in English, once in German.
@@ -655,20 +676,11 @@ void CatalogueWindowTest::views()
     options.theme = theme;
     options.size = QSize(1000, 700);
     options.sources = {{SourceKind::Local, m_directory->filePath("catalogue")}};
-    if (view == "collection")
+    if (view == "collection" || view == "unsavedCollection")
         options.collection = NKPM_EXAMPLE_COLLECTION;
     open(options);
     QTRY_VERIFY_WITH_TIMEOUT(shownPackages() > 0, patience);
-    QMetaObject::invokeMethod(
-        m_engine->window(), "showView",
-        Q_ARG(QVariant, view == "emptyCollection" ? "collection" : view));
-    QTRY_VERIFY_WITH_TIMEOUT(view != "detail" || item("detailTitle"), patience);
-    const QAbstractItemModel *collected = m_engine->collection().packages();
-    for (int row = 0; row < collected->rowCount(); ++row) {
-        QTRY_COMPARE_WITH_TIMEOUT(
-            collected->index(row, 0).data(CollectionModel::StatusRole).toInt(),
-            int(PackageReference::Installed), patience);
-    }
+    showView(view);
     QTRY_VERIFY_WITH_TIMEOUT(isStill(m_engine->window()->contentItem()), patience);
     // Names may be long identifiers until the translation package is installed.
     QTRY_COMPARE_WITH_TIMEOUT(
