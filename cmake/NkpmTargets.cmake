@@ -18,7 +18,8 @@ function(nkpm_add_platform_library name alias macro)
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform>
         $<BUILD_INTERFACE:${CMAKE_CURRENT_BINARY_DIR}/include>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/norvakplatform>)
-    target_link_libraries(${name} PUBLIC ${arg_LINKS} PRIVATE $<BUILD_INTERFACE:nkpm_compiler>)
+    target_link_libraries(${name} PUBLIC ${arg_LINKS})
+    nkpm_compile_as_ours(${name})
     nkpm_follow_sources(${name})
     nkpm_static_define(${name})
     set_target_properties(${name} PROPERTIES
@@ -28,6 +29,15 @@ function(nkpm_add_platform_library name alias macro)
         install(FILES ${arg_HEADERS} ${exportHeader}
             DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/norvakplatform/${lower} COMPONENT development)
     endif()
+endfunction()
+
+# nkpm_compile_as_ours(TARGET): the settings of nkpm_compiler for a library that is exported. It isn't
+# linked: a static library would hand it on to those who use the library.
+function(nkpm_compile_as_ours target)
+    target_compile_options(${target}
+        PRIVATE $<TARGET_PROPERTY:nkpm_compiler,INTERFACE_COMPILE_OPTIONS>)
+    target_compile_definitions(${target}
+        PRIVATE $<TARGET_PROPERTY:nkpm_compiler,INTERFACE_COMPILE_DEFINITIONS>)
 endfunction()
 
 # nkpm_static_define(TARGET): a static build must not import symbols.
