@@ -6,6 +6,8 @@
 #include "options.h"
 #include "screenshot.h"
 
+#include "network/directoryfault.h"
+
 #include <norvak/locations.h>
 
 #include <QApplication>
@@ -15,6 +17,12 @@
 #include <memory>
 
 using namespace nk::pm::app;
+
+static int failed(const QString &fault)
+{
+    std::fprintf(stderr, "norvak-catalogue: %s\n", qUtf8Printable(fault));
+    return 1;
+}
 
 int main(int argc, char *argv[])
 {
@@ -32,12 +40,13 @@ int main(int argc, char *argv[])
     const Options options = parseOptions(QCoreApplication::arguments());
     if (!options.dataDirectory.isEmpty())
         nk::Locations::setDataLocation(options.dataDirectory);
+    const QString dataFault = dataDirectoryFault(nk::Locations::dataLocation().path());
+    if (!dataFault.isEmpty())
+        return failed(dataFault);
     CatalogueEngine engine(options);
     const QString fault = engine.open();
-    if (!fault.isEmpty()) {
-        std::fprintf(stderr, "norvak-catalogue: %s\n", qUtf8Printable(fault));
-        return 1;
-    }
+    if (!fault.isEmpty())
+        return failed(fault);
     std::unique_ptr<Screenshot> screenshot;
     if (!options.screenshot.isEmpty())
         screenshot = std::make_unique<Screenshot>(engine, options.view, options.screenshot);

@@ -160,6 +160,9 @@ void addLayDownOptions(CLI::App &command, LayDownValues &values)
 {
     command.add_option("--into", values.into, "The directory; made if it is missing")
         ->required()
+        ->check([](const std::string &value) {
+            return value.empty() ? "names no directory" : std::string();
+        })
         ->type_name("DIR");
     command.add_flag(
         "--link", values.link,

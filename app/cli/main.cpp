@@ -8,9 +8,14 @@
 #include "log.h"
 #include "output.h"
 
+#include "network/directoryfault.h"
+
 #include <norvak/locations.h>
 
 #include <QCoreApplication>
+#include <QDir>
+
+#include <csignal>
 
 using namespace nk::pm::cli;
 
@@ -36,6 +41,8 @@ int carryOut(const Invocation &invocation)
 
 int main(int argc, char *argv[])
 {
+    // A file that grows beyond a limit is a write that fails, with its message and tidying up.
+    std::signal(SIGXFSZ, SIG_IGN);
     const auto parsed = parseCommandLine(argc, argv);
     if (const int *code = std::get_if<int>(&parsed))
         return *code;
@@ -45,5 +52,10 @@ int main(int argc, char *argv[])
     setUpLog(invocation.verbose);
     if (!invocation.dataDirectory.isEmpty())
         nk::Locations::setDataLocation(invocation.dataDirectory);
+    const QString fault = nk::pm::app::dataDirectoryFault(nk::Locations::dataLocation().path());
+    if (!fault.isEmpty()) {
+        Output(QStringLiteral("nkpm"), invocation.json).error(fault);
+        return NotMet;
+    }
     return carryOut(invocation);
 }

@@ -36,4 +36,14 @@ QString directoryFault(const QString &path)
         .arg(path);
 }
 
+QString dataDirectoryFault(const QString &path)
+{
+    const QString own = path + QLatin1String("/packages");
+    if (QDir().mkpath(own) && QFileInfo(own).isWritable())
+        return {};
+    return DirectoryFault::tr("%1 can't hold the program's own files: make it writable, or name "
+                              "another directory with --data")
+        .arg(path);
+}
+
 } // namespace nk::pm::app

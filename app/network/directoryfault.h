@@ -11,4 +11,8 @@ namespace nk::pm::app {
 /// does.
 QString directoryFault(const QString &path);
 
+/// What is wrong with \a path, which is made if it is missing, as the place of the program's own
+/// files, as a text for the user; empty if nothing is.
+QString dataDirectoryFault(const QString &path);
+
 } // namespace nk::pm::app

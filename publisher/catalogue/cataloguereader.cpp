@@ -149,10 +149,12 @@ Catalogue readCatalogue(const QString &root, Problems &problems, Progress &progr
     catalogue.root = QFileInfo(root).absoluteFilePath();
     // A mistyped path must not be taken for an empty catalogue and clear the publication.
     if (!isCatalogue(catalogue.root)) {
-        problems.error(
-            {}, QStringLiteral("\"%1\" is no catalogue: it has neither of the "
-                               "directories \"packages\", \"dictionary\" and \"links\"")
-                    .arg(root));
+        const QString fault =
+            !QFileInfo::exists(root)
+                ? QStringLiteral("there is no directory \"%1\"")
+                : QStringLiteral("\"%1\" is no catalogue: it has neither of the "
+                                 "directories \"packages\", \"dictionary\" and \"links\"");
+        problems.error({}, fault.arg(root));
         return catalogue;
     }
     const QString &path = catalogue.root;

@@ -7,10 +7,14 @@
 #include <QCoreApplication>
 #include <QTextCodec>
 
+#include <csignal>
+
 using namespace nk::pm::publisher;
 
 int main(int argc, char *argv[])
 {
+    // A file that grows beyond a limit is a write that fails, with its message and tidying up.
+    std::signal(SIGXFSZ, SIG_IGN);
     const auto parsed = parseCommandLine(argc, argv);
     if (const ExitCode *code = std::get_if<ExitCode>(&parsed))
         return *code;

@@ -120,7 +120,10 @@ Publication::~Publication()
 
 QString Publication::open()
 {
-    const QString failed = QStringLiteral("can't make the directory \"%1\"");
+    if (QFileInfo::exists(m_layout.root()) && !QFileInfo(m_layout.root()).isDir())
+        return QStringLiteral("\"%1\" is not a directory").arg(m_layout.root());
+    const QString failed =
+        QStringLiteral("can't make the directory \"%1\": it must be yours to write");
     if (!QDir().mkpath(m_layout.stateDirectory()))
         return failed.arg(m_layout.stateDirectory());
     QFile::setPermissions(m_layout.stateDirectory(), forOwner);

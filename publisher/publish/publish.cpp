@@ -40,9 +40,13 @@ void checkIssuers(const PublishOrder &order, const Catalogue &catalogue, Problem
         if (!issuer.record.isSignedBy(order.trustKey))
             problems.error(
                 {}, QStringLiteral("the issuer \"%1\" isn't signed by the trust key, so every "
-                                   "reader that knows that key would refuse the ledger")
+                                   "reader that knows that key would refuse the ledger; --trust "
+                                   "names another key")
                         .arg(name));
     }
+    if (order.issuers.isEmpty() && !catalogue.packages.isEmpty())
+        return problems.error(
+            {}, QStringLiteral("somebody has to sign the packages: --issuer NAME-private.pem"));
     QSet<QString> types;
     for (const CataloguePackage &package : catalogue.packages) {
         if (issuerFor(order.issuers, package.type) < 0 && !types.contains(package.type))

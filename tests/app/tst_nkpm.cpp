@@ -109,6 +109,7 @@ private Q_SLOTS:
     void wrongUsage();
     void helpHasExamples_data();
     void helpHasExamples();
+    void needsItsOwnDirectory();
     void installErrorsNameTheFile();
     void namesCantSteerTheTerminal();
     void stylesOnlyTerminals_data();
@@ -418,6 +419,7 @@ void tst_Nkpm::wrongUsage_data()
     QTest::newRow("option without its value") << QStringList{"list", "--search"} << "--search";
     QTest::newRow("--full without a search") << QStringList{"list", "--full"} << "--search";
     QTest::newRow("install without a target") << QStringList{"install", "x"} << "--into";
+    QTest::newRow("install into nothing") << QStringList{"install", "x", "--into", ""} << "--into";
     QTest::newRow("install without a package") << QStringList{"install", "--into", "x"} << "ID";
     QTest::newRow("show without a package") << QStringList{"show"} << "ID";
     QTest::newRow("show of two") << QStringList{"show", "a", "b"} << "b";
@@ -455,6 +457,18 @@ void tst_Nkpm::helpHasExamples()
     QVERIFY(all.out.contains(QRegularExpression("\n  " + command + " ")));
 }
 
+void tst_Nkpm::needsItsOwnDirectory()
+{
+    writeFile(path("data"), "a file where the data directory has to be");
+    const Result result = run({"list"});
+    QCOMPARE(result.code, 1);
+    QCOMPARE(result.out, QString());
+    QCOMPARE(
+        result.err, "nkpm: " + path("data")
+                        + " can't hold the program's own files: make it writable, or name another "
+                          "directory with --data\n");
+}
+
 void tst_Nkpm::installErrorsNameTheFile()
 {
     const QString catalogue = path("catalogue");
@@ -463,7 +477,7 @@ void tst_Nkpm::installErrorsNameTheFile()
     nk::pm::test::makeLink(catalogue + "/packages/t/broken/file.bin", path("nowhere"));
     writeFile(catalogue + "/packages/t/good/manifest.json", "{}");
     writeFile(catalogue + "/packages/t/good/file.bin", "good");
-    writeFile(path("data"), "a file where the data directory has to be");
+    writeFile(path("data/packages/install"), "a file where the installed packages have to be");
     const Result result = run({"install", "good", "--into", path("into")}, catalogue);
     QCOMPARE(result.code, 1);
     QVERIFY2(

@@ -104,7 +104,11 @@ void tst_Catalogue::namesFault_data()
         QTest::newRow(name) << change << expected;
     };
 
-    row("no catalogue", "neither of the directories", [](CatalogueTree &tree) { tree.remove(""); });
+    row("no catalogue", "neither of the directories", [](CatalogueTree &tree) {
+        tree.remove("");
+        QDir().mkpath(tree.path());
+    });
+    row("nothing", "there is no directory", [](CatalogueTree &tree) { tree.remove(""); });
     row("link to nothing", "links/l.json: error: links to \"table\", which is neither",
         [](CatalogueTree &tree) { tree.link("l", "stool", "is_a", "table"); });
     row("link from nothing", "links/l.json: error: links to \"table\", which is neither",

@@ -188,7 +188,7 @@ void tst_Nkledger::namesWhatItCannotDo_data()
     const auto row = [](const char *name, const QStringList &arguments, const char *expected) {
         QTest::newRow(name) << arguments << QString(expected);
     };
-    row("no such catalogue", {"check", "nowhere"}, "\"nowhere\" is no catalogue");
+    row("no such catalogue", {"check", "nowhere"}, "there is no directory \"nowhere\"");
     row("no such publication", {"serve", "nowhere"}, "\"nowhere\" is no publication");
     row("no such ledger", {"inspect", "nowhere"}, "can't read \"nowhere\": No such file");
     row("ledger that is none", {"inspect", "trust.pem"},

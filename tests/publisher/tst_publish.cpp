@@ -316,13 +316,15 @@ void tst_Publish::refuses_data()
     row("package without an issuer",
         "packages/loose/manifest.json: no issuer signs packages of type \"\"",
         [](Shop &shop) { shop.order.issuers.first().type = "furniture"; });
+    row("packages without any issuer", "somebody has to sign the packages: --issuer",
+        [](Shop &shop) { shop.order.issuers.clear(); });
     row("issuer that the trust key didn't sign", "isn't signed by the trust key",
         [](Shop &shop) { shop.order.issuers = {newIssuer({}, PrivateKey::generate())}; });
     row("key of another issuer", "don't belong together",
         [](Shop &shop) { shop.order.issuers.first().key = PrivateKey::generate(); });
     row("target in the catalogue", "can't lie in the catalogue",
         [](Shop &shop) { shop.order.target = shop.tree.path() + "/packages/public"; });
-    row("target that is a file", "can't make the directory",
+    row("target that is a file", "is not a directory",
         [](Shop &shop) { QFile(shop.order.target).open(QIODevice::WriteOnly); });
 }
 

@@ -262,6 +262,10 @@
             <source>%1 is no catalogue: it holds neither "packages" nor "dictionary" nor "links"</source>
             <translation>%1 ist kein Katalog: Es enthält weder „packages“ noch „dictionary“ noch „links“</translation>
         </message>
+        <message>
+            <source>%1 can't hold the program's own files: make it writable, or name another directory with --data</source>
+            <translation>%1 kann die Dateien des Programms nicht aufnehmen: Machen Sie es beschreibbar oder nennen Sie mit --data ein anderes Verzeichnis</translation>
+        </message>
     </context>
     <context>
         <name>FilterBar</name>
