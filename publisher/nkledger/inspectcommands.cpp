@@ -3,9 +3,9 @@
 
 #include "commands.h"
 #include "inspect/ledgerdiff.h"
-#include "inspect/ledgerfile.h"
 #include "inspect/ledgerjson.h"
 #include "inspect/ledgerverifier.h"
+#include "inspect/openedledger.h"
 #include "publish/filehasher.h"
 
 #include <QJsonArray>
@@ -18,7 +18,7 @@ namespace {
 /// A ledger with its bytes, which the reading refers to.
 struct OpenLedger
 {
-    LedgerFile file;
+    OpenedLedger file;
     LedgerReading reading;
 };
 
@@ -207,7 +207,7 @@ ExitCode run(const InspectOptions &options, Output &output)
 ExitCode run(const VerifyOptions &options, Output &output)
 {
     const auto trustKey = readTrustKey(options.trustKey, output);
-    const LedgerFile file = openLedger(options.ledger);
+    const OpenedLedger file = openLedger(options.ledger);
     if (!file.fault.isEmpty())
         output.error(file.fault);
     if (!trustKey || !file.fault.isEmpty())

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
-#include "inspect/ledgerfile.h"
+#include "inspect/openedledger.h"
 
 #include "publish/layout.h"
 #include "sources/ledgerformat.h"
@@ -26,9 +26,9 @@ QByteArray unwrapped(const QByteArray &content)
 
 } // namespace
 
-LedgerFile openLedger(const QString &path)
+OpenedLedger openLedger(const QString &path)
 {
-    LedgerFile result;
+    OpenedLedger result;
     const bool isDirectory = QFileInfo(path).isDir();
     if (isDirectory)
         result.publication = path;

@@ -8,8 +8,8 @@
 
 namespace nk::pm::publisher {
 
-/// A ledger taken from a file.
-struct LedgerFile
+/// What came of opening a ledger by a path.
+struct OpenedLedger
 {
     QByteArray bytes;
     QString publication; ///< the publication's directory, if the path named one
@@ -18,6 +18,6 @@ struct LedgerFile
 
 /// Reads the ledger at \a path: the directory of a publication, a ledger file, or the file in which
 /// a client keeps a ledger with its ETag. Whether the bytes are a sound ledger isn't asked.
-LedgerFile openLedger(const QString &path);
+OpenedLedger openLedger(const QString &path);
 
 } // namespace nk::pm::publisher
