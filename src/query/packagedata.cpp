@@ -4,12 +4,9 @@
 #include "query/packagedata.h"
 
 #include "query/listproperty.h"
+#include "query/manifestfieldlist.h"
 #include "query/packagemanifestdata.h"
 #include "query/watchedpointer.h"
-
-#include <QPointer>
-#include <QQmlInfo>
-#include <QVector>
 
 namespace nk::pm {
 
@@ -18,51 +15,16 @@ struct PackageDataPrivate
     PackageData *q;
     WatchedPointer<PackageReference> packageReference;
     PackageManifestData *manifest;
-    bool fieldChangePending = false;
-    QVector<QPointer<ManifestField>> manifestFields;
+    ManifestFieldList manifestFields;
 
     explicit PackageDataPrivate(PackageData *data)
         : q(data)
         , manifest(new PackageManifestData(data))
+        , manifestFields(data)
     {}
-
-    // The callbacks of the property manifestFields.
-    void append(ManifestField *field);
-    int count() const { return manifestFields.size(); }
-    ManifestField *at(int i) const { return manifestFields.value(i); }
-    void clear();
-    void scheduleFieldChange();
 
     void updateMap();
 };
-
-void PackageDataPrivate::append(ManifestField *field)
-{
-    if (!field)
-        qmlWarning(q) << "null is no manifest field";
-    manifestFields.append(field);
-    scheduleFieldChange();
-}
-
-void PackageDataPrivate::clear()
-{
-    if (manifestFields.isEmpty())
-        return;
-    for (ManifestField *field : qAsConst(manifestFields)) {
-        if (field)
-            QObject::disconnect(field, nullptr, q, nullptr);
-    }
-    manifestFields.clear();
-    scheduleFieldChange();
-}
-
-void PackageDataPrivate::scheduleFieldChange()
-{
-    if (fieldChangePending)
-        return;
-    fieldChangePending = true;
-    QMetaObject::invokeMethod(q, "processFieldChange", Qt::QueuedConnection);
-}
 
 void PackageDataPrivate::updateMap()
 {
@@ -70,7 +32,7 @@ void PackageDataPrivate::updateMap()
     const bool installed = reference && reference->status() == PackageReference::Installed;
     const PackageNode *node = reference ? reference->node() : nullptr;
     QStringList stale = manifest->keys();
-    for (ManifestField *field : qAsConst(manifestFields)) {
+    for (ManifestField *field : manifestFields.fields()) {
         if (!field)
             continue;
         stale.removeAll(field->name());
@@ -95,11 +57,8 @@ PackageReference *PackageData::packageReference() const
 
 void PackageData::setPackageReference(PackageReference *reference)
 {
-    if (d->packageReference.holds(reference))
+    if (!d->packageReference.replace(reference, this))
         return;
-    if (d->packageReference.get())
-        disconnect(d->packageReference.get(), nullptr, this, nullptr);
-    d->packageReference.assign(reference);
     if (reference) {
         connect(reference, &PackageReference::statusChanged, this, &PackageData::update);
         connect(reference, &PackageReference::updated, this, &PackageData::update);
@@ -110,7 +69,7 @@ void PackageData::setPackageReference(PackageReference *reference)
 
 QQmlListProperty<ManifestField> PackageData::manifestFields()
 {
-    return listProperty<ManifestField>(this, d.data());
+    return listProperty<ManifestField>(this, &d->manifestFields);
 }
 
 QQmlPropertyMap *PackageData::manifest() const
@@ -130,8 +89,8 @@ void PackageData::componentComplete()
 // the same result.
 void PackageData::processFieldChange()
 {
-    d->fieldChangePending = false;
-    for (const ManifestField *field : qAsConst(d->manifestFields)) {
+    d->manifestFields.takeChange();
+    for (const ManifestField *field : d->manifestFields.fields()) {
         if (field)
             connect(field, &ManifestField::updateRequested, this, &PackageData::update);
     }

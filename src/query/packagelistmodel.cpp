@@ -6,12 +6,11 @@
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
 #include "query/listproperty.h"
+#include "query/manifestfieldlist.h"
 #include "query/providerconnection.h"
 #include "query/rowchanges.h"
 
 #include <QFutureWatcher>
-#include <QPointer>
-#include <QQmlInfo>
 #include <QTimer>
 #include <QtConcurrent>
 
@@ -47,9 +46,8 @@ struct PackageListModelPrivate
     QString packageType;
     QFutureWatcher<Edits> *watcher;
     PackageList list;
-    bool fieldChangePending = false;
     QTimer *updateTimer;
-    QVector<QPointer<ManifestField>> manifestFields;
+    ManifestFieldList manifestFields;
     QHash<int, QByteArray> roles{{PackageListModel::IdRole, QByteArrayLiteral("id")}};
     WatchedPointer<PackageMatcher> matcher;
     WatchedPointer<PackageSorter> sorter;
@@ -57,13 +55,6 @@ struct PackageListModelPrivate
     int maximumEdits = 0;
 
     explicit PackageListModelPrivate(PackageListModel *model);
-
-    // The callbacks of the property manifestFields.
-    void append(ManifestField *field);
-    int count() const { return manifestFields.size(); }
-    ManifestField *at(int i) const { return manifestFields.value(i); }
-    void clear();
-    void scheduleFieldChange();
 
     PackageNode *node(int row) const;
     void clearList();
@@ -81,33 +72,10 @@ PackageListModelPrivate::PackageListModelPrivate(PackageListModel *model)
     : q(model)
     , watcher(new QFutureWatcher<Edits>(model))
     , updateTimer(new QTimer(model))
+    , manifestFields(model)
 {
     updateTimer->setInterval(updateDelay);
     updateTimer->setSingleShot(true);
-}
-
-void PackageListModelPrivate::append(ManifestField *field)
-{
-    if (!field)
-        qmlWarning(q) << "null is no manifest field";
-    manifestFields.append(field);
-    scheduleFieldChange();
-}
-
-void PackageListModelPrivate::clear()
-{
-    if (manifestFields.isEmpty())
-        return;
-    manifestFields.clear();
-    scheduleFieldChange();
-}
-
-void PackageListModelPrivate::scheduleFieldChange()
-{
-    if (fieldChangePending)
-        return;
-    fieldChangePending = true;
-    QMetaObject::invokeMethod(q, "processFieldChange", Qt::QueuedConnection);
 }
 
 PackageNode *PackageListModelPrivate::node(int row) const
@@ -225,7 +193,7 @@ void PackageListModel::setPackageType(const QString &type)
 
 QQmlListProperty<ManifestField> PackageListModel::manifestFields()
 {
-    return listProperty<ManifestField>(this, d.data());
+    return listProperty<ManifestField>(this, &d->manifestFields);
 }
 
 PackageMatcher *PackageListModel::matcher() const
@@ -235,11 +203,8 @@ PackageMatcher *PackageListModel::matcher() const
 
 void PackageListModel::setMatcher(PackageMatcher *matcher)
 {
-    if (d->matcher.holds(matcher))
+    if (!d->matcher.replace(matcher, this))
         return;
-    if (d->matcher.get())
-        disconnect(d->matcher.get(), nullptr, this, nullptr);
-    d->matcher.assign(matcher);
     if (matcher)
         connect(matcher, &PackageMatcher::updateRequested, this, &PackageListModel::scheduleUpdate);
     scheduleUpdate();
@@ -252,11 +217,8 @@ PackageSorter *PackageListModel::sorter() const
 
 void PackageListModel::setSorter(PackageSorter *sorter)
 {
-    if (d->sorter.holds(sorter))
+    if (!d->sorter.replace(sorter, this))
         return;
-    if (d->sorter.get())
-        disconnect(d->sorter.get(), nullptr, this, nullptr);
-    d->sorter.assign(sorter);
     if (sorter)
         connect(sorter, &PackageSorter::updateRequested, this, &PackageListModel::scheduleUpdate);
     scheduleUpdate();
@@ -327,7 +289,7 @@ QVariant PackageListModel::data(const QModelIndex &index, int role) const
         return {};
     if (role == IdRole)
         return d->list.id(row);
-    ManifestField *field = d->manifestFields.value(role - FirstFieldRole);
+    ManifestField *field = d->manifestFields.at(role - FirstFieldRole);
     return field ? field->read(d->node(row)) : QVariant();
 }
 
@@ -376,13 +338,12 @@ void PackageListModel::finishListUpdate()
 
 void PackageListModel::processFieldChange()
 {
-    if (!d->fieldChangePending)
+    if (!d->manifestFields.takeChange())
         return;
-    d->fieldChangePending = false;
     beginResetModel();
     d->roles = {{IdRole, QByteArrayLiteral("id")}};
-    for (int i = 0; i < d->manifestFields.size(); ++i) {
-        if (const ManifestField *field = d->manifestFields.value(i))
+    for (int i = 0; i < d->manifestFields.count(); ++i) {
+        if (const ManifestField *field = d->manifestFields.at(i))
             d->roles.insert(FirstFieldRole + i, field->name().toLatin1());
     }
     Q_EMIT manifestFieldsChanged();

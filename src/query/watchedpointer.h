@@ -25,6 +25,18 @@ public:
         m_set = other != nullptr;
     }
 
+    /// Assigns \a other and drops the connections from the present object to \a owner. False, with
+    /// nothing done, if that would change nothing.
+    bool replace(T *other, QObject *owner)
+    {
+        if (holds(other))
+            return false;
+        if (m_pointer)
+            QObject::disconnect(m_pointer, nullptr, owner, nullptr);
+        assign(other);
+        return true;
+    }
+
 private:
     QPointer<T> m_pointer;
     bool m_set = false;
