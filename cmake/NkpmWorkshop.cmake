@@ -4,7 +4,7 @@
 # Targets for those who work on the library: format, tidy, clazy, docs, coverage. Each is there when
 # its tool is.
 
-set(ownFolders src platform publisher app)
+set(ownFolders src platform publisher app qml)
 string(JOIN "|" ownFolderPattern ${ownFolders})
 
 # Every file of ours, as git knows them.

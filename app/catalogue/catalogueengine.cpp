@@ -101,7 +101,7 @@ CatalogueEngine::~CatalogueEngine()
 QString CatalogueEngine::open()
 {
     for (const SourceSpec &spec : m_options.sources) {
-        const QString fault = m_provider.addSource(spec);
+        QString fault = m_provider.addSource(spec);
         if (!fault.isEmpty())
             return fault;
     }

@@ -43,7 +43,7 @@ PackageReference *CatalogueProvider::packageReference(const QString &id)
 
 QString CatalogueProvider::addSource(const SourceSpec &spec)
 {
-    const QString fault = faultOf(spec);
+    QString fault = faultOf(spec);
     if (!fault.isEmpty())
         return fault;
     auto source = std::make_unique<OpenSource>(spec, m_owners);

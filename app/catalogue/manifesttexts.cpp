@@ -48,7 +48,8 @@ QString shownValue(const QJsonValue &value, const QString &text)
                               : QCoreApplication::translate("ManifestTexts", "no");
     case QJsonValue::Array: {
         QStringList parts;
-        for (const QJsonValue &part : value.toArray())
+        const auto array = value.toArray();
+        for (const QJsonValue &part : array)
             parts.append(shownValue(part, part.toString()));
         return parts.join(QStringLiteral(", "));
     }

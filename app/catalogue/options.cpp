@@ -15,10 +15,16 @@ namespace {
 
 constexpr int wrongUsage = 2;
 
-const QStringList views{QStringLiteral("grid"),    QStringLiteral("list"),
-                        QStringLiteral("detail"),  QStringLiteral("search"),
-                        QStringLiteral("sources"), QStringLiteral("collection")};
-const QStringList themes{QStringLiteral("light"), QStringLiteral("dark")};
+QStringList views()
+{
+    return {QStringLiteral("grid"),   QStringLiteral("list"),    QStringLiteral("detail"),
+            QStringLiteral("search"), QStringLiteral("sources"), QStringLiteral("collection")};
+}
+
+QStringList themes()
+{
+    return {QStringLiteral("light"), QStringLiteral("dark")};
+}
 
 [[noreturn]] void refuse(const QString &what)
 {
@@ -57,7 +63,7 @@ struct Parser
         QStringLiteral("file")};
     QCommandLineOption view{
         QStringLiteral("view"),
-        QStringLiteral("What to show: %1.").arg(views.join(QStringLiteral(", "))),
+        QStringLiteral("What to show: %1.").arg(views().join(QStringLiteral(", "))),
         QStringLiteral("view"), QStringLiteral("grid")};
     QCommandLineOption theme{
         QStringLiteral("theme"), QStringLiteral("light or dark; else the system's."),
@@ -84,10 +90,11 @@ struct Parser
     /// The value of \a option, which has to be one of \a allowed if it is given.
     QString choice(const QCommandLineOption &option, const QStringList &allowed) const
     {
-        const QString value = parser.value(option);
+        QString value = parser.value(option);
         if (!value.isEmpty() && !allowed.contains(value)) {
-            refuse(QStringLiteral("--%1 takes %2, not %3")
-                       .arg(option.names().first(), allowed.join(QStringLiteral(", ")), value));
+            refuse(
+                QStringLiteral("--%1 takes %2, not %3")
+                    .arg(option.names().constFirst(), allowed.join(QStringLiteral(", ")), value));
         }
         return value;
     }
@@ -116,7 +123,7 @@ Options parseOptions(const QStringList &arguments)
     if (p.parser.isSet(QStringLiteral("version")))
         p.parser.showVersion();
     if (!p.parser.positionalArguments().isEmpty())
-        refuse(QStringLiteral("%1 is no option").arg(p.parser.positionalArguments().first()));
+        refuse(QStringLiteral("%1 is no option").arg(p.parser.positionalArguments().constFirst()));
 
     Options options;
     const auto addSources = [&](const QCommandLineOption &option, SourceKind kind) {
@@ -130,8 +137,8 @@ Options parseOptions(const QStringList &arguments)
     options.dataDirectory = p.parser.value(p.data);
     options.collection = p.parser.value(p.collection);
     options.screenshot = p.parser.value(p.screenshot);
-    options.view = p.choice(p.view, views);
-    options.theme = p.choice(p.theme, themes);
+    options.view = p.choice(p.view, views());
+    options.theme = p.choice(p.theme, themes());
     options.size = p.windowSize();
     options.measure = p.parser.isSet(p.measure);
     options.passing = options.measure || !options.screenshot.isEmpty();

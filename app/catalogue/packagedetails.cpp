@@ -153,7 +153,8 @@ QVariantList PackageDetails::keywords() const
     if (!m_node)
         return result;
     QVector<const KeywordNode *> nodes;
-    for (const KeywordNode *keyword : m_node->keywords())
+    const auto held = m_node->keywords();
+    for (const KeywordNode *keyword : held)
         nodes.append(keyword);
     std::sort(nodes.begin(), nodes.end(), [](const KeywordNode *a, const KeywordNode *b) {
         const int order = a->displayString().compare(b->displayString(), Qt::CaseInsensitive);

@@ -30,7 +30,7 @@ QString SourceListModel::add(const QString &kind, const QString &location)
     const auto sourceKind = kindFromName(kind);
     if (!sourceKind)
         return tr("\"%1\" is no kind of source").arg(kind);
-    const QString fault = m_provider.addSource({*sourceKind, location.trimmed()});
+    QString fault = m_provider.addSource({*sourceKind, location.trimmed()});
     if (fault.isEmpty())
         remember();
     return fault;

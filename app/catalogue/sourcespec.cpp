@@ -21,13 +21,13 @@ struct SourceFault
 struct KindName
 {
     SourceKind kind;
-    QLatin1String name;
+    const char *name;
 };
 
 constexpr std::array<KindName, 3> kindNames{{
-    {SourceKind::Local, QLatin1String("local")},
-    {SourceKind::CouchDB, QLatin1String("couchdb")},
-    {SourceKind::Server, QLatin1String("server")},
+    {SourceKind::Local, "local"},
+    {SourceKind::CouchDB, "couchdb"},
+    {SourceKind::Server, "server"},
 }};
 
 } // namespace
@@ -36,7 +36,7 @@ QString kindName(SourceKind kind)
 {
     for (const auto &entry : kindNames) {
         if (entry.kind == kind)
-            return entry.name;
+            return QLatin1String(entry.name);
     }
     return {};
 }
@@ -44,7 +44,7 @@ QString kindName(SourceKind kind)
 std::optional<SourceKind> kindFromName(const QString &name)
 {
     for (const auto &entry : kindNames) {
-        if (entry.name == name)
+        if (QLatin1String(entry.name) == name)
             return entry.kind;
     }
     return std::nullopt;

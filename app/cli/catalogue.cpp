@@ -49,7 +49,7 @@ Catalogue::~Catalogue()
 
 QString Catalogue::open()
 {
-    const QString fault = makeLocalSources();
+    QString fault = makeLocalSources();
     if (!fault.isEmpty())
         return fault;
     makeNetworkSources();

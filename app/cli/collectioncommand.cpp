@@ -25,7 +25,7 @@ QString add(const QStringList &ids, app::Collection &collection, Catalogue &cata
     for (const QString &id : ids) {
         if (!catalogue.index()->getPackage(QStringRef(&id)))
             return noPackage(catalogue, id);
-        const QString fault = collection.add(catalogue.repository()->packageReference(id));
+        QString fault = collection.add(catalogue.repository()->packageReference(id));
         if (!fault.isEmpty())
             return fault;
     }
@@ -46,7 +46,8 @@ void list(const app::Collection &collection, Catalogue &catalogue, Output &outpu
     catalogue.waitForTranslations();
     Table table{{QStringLiteral("ID"), QStringLiteral("TYPE"), QStringLiteral("NAME")}, {}, {}};
     QJsonArray packages;
-    for (const QString &id : collection.ids()) {
+    const auto ids = collection.ids();
+    for (const QString &id : ids) {
         const PackageNode *node = catalogue.index()->getPackage(QStringRef(&id));
         const QString type = node ? node->type().toString() : QString();
         const QString name = node ? displayName(node) : QString();

@@ -323,13 +323,15 @@ std::variant<Invocation, int> parseCommandLine(int argc, const char *const *argv
         return refuse(app, "a source is missing: --local DIR, --server URL or --couchdb URL");
     Invocation invocation;
     invocation.sources.localDirectories = texts(global.local);
-    for (const QString &server : texts(global.servers)) {
+    const auto servers = texts(global.servers);
+    for (const QString &server : servers) {
         invocation.sources.servers.append(terminal::serverUrl(server));
         if (invocation.sources.servers.last().isEmpty())
             return refuse(
                 app, "a package server has an address such as https://catalogue.example.org/");
     }
-    for (const QString &database : texts(global.databases)) {
+    const auto databases = texts(global.databases);
+    for (const QString &database : databases) {
         invocation.sources.databases.append(terminal::databaseUrl(database));
         if (invocation.sources.databases.last().isEmpty())
             return refuse(app, "a database has a URL such as http://127.0.0.1:5984/catalogue");

@@ -189,7 +189,8 @@ QString Install::stagePackage(int number)
     QEventLoop loop;
     QFutureWatcher<QString> watcher;
     QObject::connect(&watcher, &QFutureWatcherBase::finished, &loop, &QEventLoop::quit);
-    QObject::connect(&m_interrupt, &Interrupt::raised, &loop, [&cancelled] { cancelled = true; });
+    const auto cancel = [&cancelled] { cancelled = true; }; // called while the loop is there
+    QObject::connect(&m_interrupt, &Interrupt::raised, &loop, cancel);
     const auto mode = m_options.link ? LayDown::Link : LayDown::Copy;
     watcher.setFuture(QtConcurrent::run([&, mode] {
         return m_layDown.stage(m_packages[number], mode, m_options.replace, cancelled);

@@ -30,7 +30,8 @@ int carryOut(const Invocation &invocation)
         output.error(fault);
         return NotMet;
     }
-    for (const QString &warning : catalogue.warnings())
+    const auto warnings = catalogue.warnings();
+    for (const QString &warning : warnings)
         output.error(warning);
     const int code = std::visit(
         [&](const auto &options) { return run(options, catalogue, output); }, invocation.command);

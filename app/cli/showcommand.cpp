@@ -42,7 +42,8 @@ Description describe(const PackageNode *package, const Catalogue &catalogue)
         withRequirements({package}),
         dependentsOf(package)};
     result.allRequired.removeOne(package);
-    for (const KeywordNode *keyword : package->keywords())
+    const auto keywords = package->keywords();
+    for (const KeywordNode *keyword : keywords)
         result.keywords.append(keyword);
     std::sort(
         result.keywords.begin(), result.keywords.end(),
@@ -92,7 +93,8 @@ Table asTable(const Description &d)
         table.rows.insert(2, {QStringLiteral("revision"), d.package->revision().toString()});
     if (!d.issuer.isEmpty())
         table.rows.insert(3, {QStringLiteral("issuer"), d.issuer});
-    for (const auto &key : d.package->manifest().keys())
+    const auto keys = d.package->manifest().keys();
+    for (const auto &key : keys)
         table.rows.append({QStringLiteral("manifest ") + key, fieldText(d.package, key)});
     return table;
 }

@@ -44,7 +44,8 @@ Collection::Collection(CollectionContext *context, QObject *parent)
 QStringList Collection::ids() const
 {
     QStringList ids;
-    for (const QString &key : structKeys()) {
+    const auto keys = structKeys();
+    for (const QString &key : keys) {
         if (contains(key))
             ids.append(key);
     }

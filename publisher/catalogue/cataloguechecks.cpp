@@ -61,11 +61,13 @@ void checkLinks(
 void checkCycles(const Catalogue &catalogue, Problems &problems)
 {
     const QString arrow = QStringLiteral(" -> ");
-    for (const LinkCycle &cycle : findCycles(catalogue.links, Requires))
+    const auto requirements = findCycles(catalogue.links, Requires);
+    for (const LinkCycle &cycle : requirements)
         problems.error(
             cycle.file, QStringLiteral("\"%1\" requires itself: %2")
                             .arg(cycle.identifiers.first(), cycle.identifiers.join(arrow)));
-    for (const LinkCycle &cycle : findCycles(catalogue.links, IsA))
+    const auto kinds = findCycles(catalogue.links, IsA);
+    for (const LinkCycle &cycle : kinds)
         problems.warning(
             cycle.file, QStringLiteral("\"%1\" is a kind of itself: %2")
                             .arg(cycle.identifiers.first(), cycle.identifiers.join(arrow)));

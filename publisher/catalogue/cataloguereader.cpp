@@ -118,7 +118,8 @@ private:
 QVector<Job<CataloguePackage>> packageJobs(const QString &root, Problems &problems)
 {
     QVector<Job<CataloguePackage>> jobs;
-    for (const PackageDirectory &directory : findPackages(root, problems))
+    const auto directories = findPackages(root, problems);
+    for (const PackageDirectory &directory : directories)
         jobs.append({directory.path, {directory.id, directory.type, directory.path, {}, {}}, {}});
     return jobs;
 }
@@ -127,7 +128,8 @@ template<typename Record>
 QVector<Job<Record>> recordJobs(const QString &root, const QString &directory, Problems &problems)
 {
     QVector<Job<Record>> jobs;
-    for (const QString &name : recordFileNames(root, directory, problems))
+    const auto names = recordFileNames(root, directory, problems);
+    for (const QString &name : names)
         jobs.append({directory + u'/' + name, {}, {}});
     return jobs;
 }

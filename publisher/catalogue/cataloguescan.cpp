@@ -128,7 +128,8 @@ QVector<PackageDirectory> findPackages(const QString &root, Problems &problems)
 QStringList packageFileNames(const QString &root, const QString &path, Problems &problems)
 {
     QStringList names;
-    for (const Entry &entry : entriesOf(root, path, problems)) {
+    const auto entries = entriesOf(root, path, problems);
+    for (const Entry &entry : entries) {
         const QString file = path + u'/' + entry.name;
         switch (entry.kind) {
         case EntryKind::File:
@@ -156,7 +157,8 @@ QStringList recordFileNames(const QString &root, const QString &path, Problems &
     QStringList names;
     if (!QFileInfo::exists(root + u'/' + path))
         return names;
-    for (const Entry &entry : entriesOf(root, path, problems)) {
+    const auto entries = entriesOf(root, path, problems);
+    for (const Entry &entry : entries) {
         // Whatever the case, as in the local source's pattern.
         if (!entry.name.endsWith(QLatin1String(".json"), Qt::CaseInsensitive))
             continue;

@@ -91,7 +91,8 @@ QStringList changedFiles(const QJsonValue &before, const QJsonValue &after)
     const QJsonObject old = filesByName(before.toArray());
     const QJsonObject now = filesByName(after.toArray());
     QStringList changes;
-    for (const QString &name : keysOf(old, now)) {
+    const auto names = keysOf(old, now);
+    for (const QString &name : names) {
         if (!old.contains(name))
             changes.append(QStringLiteral("new file: ") + name);
         else if (!now.contains(name))
@@ -107,7 +108,8 @@ QStringList changedManifestKeys(const QJsonValue &before, const QJsonValue &afte
     const QJsonObject old = before.toObject();
     const QJsonObject now = after.toObject();
     QStringList changes;
-    for (const QString &key : keysOf(old, now)) {
+    const auto keys = keysOf(old, now);
+    for (const QString &key : keys) {
         if (old.value(key) != now.value(key))
             changes.append(QStringLiteral("manifest: ") + key);
     }
@@ -117,7 +119,8 @@ QStringList changedManifestKeys(const QJsonValue &before, const QJsonValue &afte
 QStringList changes(const QJsonObject &before, const QJsonObject &after)
 {
     QStringList list;
-    for (const QString &key : keysOf(before, after)) {
+    const auto keys = keysOf(before, after);
+    for (const QString &key : keys) {
         const QJsonValue old = before.value(key);
         const QJsonValue now = after.value(key);
         if (old == now || key == revisionKey)

@@ -49,7 +49,8 @@ QJsonArray describeForms(const QVector<LedgerString> &strings)
 QJsonArray describeFiles(const PackageEntry &package)
 {
     QJsonArray files;
-    for (const LedgerFile &file : package.files.sorted()) {
+    const auto sorted = package.files.sorted();
+    for (const LedgerFile &file : sorted) {
         const auto digest = QByteArray::fromRawData(file.hash, ledger::hashSize).toHex();
         files.append(QJsonObject{
             {QStringLiteral("name"), file.name.text()},

@@ -60,7 +60,7 @@ IssuerRecord IssuerRecord::fromJson(const QByteArray &json, QString *fault)
     QJsonParseError error{};
     const QJsonObject object = QJsonDocument::fromJson(json, &error).object();
     const QJsonArray labels = object.value(labelsKey).toArray();
-    const IssuerRecord record{
+    IssuerRecord record{
         fromBase64(object.value(publicKeyKey)), fromBase64(object.value(signatureKey)),
         labels.at(0).toString(), labels.at(1).toString()};
     if (error.error != QJsonParseError::NoError)

@@ -58,7 +58,8 @@ QString counted(int number, const QString &what)
 
 void printProblems(const Problems &problems, Output &output)
 {
-    for (const Problem &problem : problems.sorted())
+    const auto sorted = problems.sorted();
+    for (const Problem &problem : sorted)
         output.remark(
             problem.severity == Problem::Error ? terminal::Emphasis::Error
                                                : terminal::Emphasis::Warning,
@@ -68,7 +69,8 @@ void printProblems(const Problems &problems, Output &output)
 QJsonArray describeProblems(const Problems &problems)
 {
     QJsonArray list;
-    for (const Problem &problem : problems.sorted())
+    const auto sorted = problems.sorted();
+    for (const Problem &problem : sorted)
         list.append(QJsonObject{
             {QStringLiteral("severity"), label(problem)},
             {QStringLiteral("subject"), problem.file},

@@ -21,7 +21,8 @@ constexpr time_t idleSeconds = 1; // how long stop() waits for a connection with
 /// Whether the value of an If-None-Match field names \a tag. The comparison is the weak one.
 bool namesTag(const QByteArray &field, const QByteArray &tag)
 {
-    for (const QByteArray &part : field.split(',')) {
+    const auto parts = field.split(',');
+    for (const QByteArray &part : parts) {
         const QByteArray candidate = part.trimmed();
         if (candidate == "*" || candidate == tag || candidate == "W/" + tag)
             return true;

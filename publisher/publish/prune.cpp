@@ -19,7 +19,8 @@ QSet<QString> namedFiles(const LedgerTables &tables)
 {
     QSet<QString> names;
     for (const PackageEntry &package : tables.packages) {
-        for (const LedgerFile &file : package.files.sorted())
+        const auto files = package.files.sorted();
+        for (const LedgerFile &file : files)
             names.insert(
                 QString::fromLatin1(QByteArray::fromRawData(file.hash, ledger::hashSize).toHex()));
     }
@@ -31,8 +32,8 @@ QFileInfoList contentFiles(const Layout &layout)
 {
     static const QRegularExpression digest(QStringLiteral("^[0-9a-f]{56}$"));
     QFileInfoList files;
-    for (const QFileInfo &file :
-         QDir(layout.filesDirectory()).entryInfoList(QDir::Files, QDir::NoSort)) {
+    const auto entries = QDir(layout.filesDirectory()).entryInfoList(QDir::Files, QDir::NoSort);
+    for (const QFileInfo &file : entries) {
         if (digest.match(file.fileName()).hasMatch())
             files.append(file);
     }
@@ -55,7 +56,8 @@ PruneReport prune(const QString &target, bool dryRun)
         return report;
     }
     const QSet<QString> named = namedFiles(reading.tables);
-    for (const QFileInfo &file : contentFiles(publication.layout())) {
+    const auto files = contentFiles(publication.layout());
+    for (const QFileInfo &file : files) {
         if (named.contains(file.fileName())) {
             ++report.keptFiles;
             continue;

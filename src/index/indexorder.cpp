@@ -71,7 +71,8 @@ QMap<QStringRef, QPair<int, int>> typeRangesOf(const QVector<PackageNode *> &pac
         const QStringRef type = packages.at(first)->type();
         while (next < packages.size() && packages.at(next)->type() == type)
             ++next;
-        for (const QStringRef &prefix : typePrefixes(type)) {
+        const auto prefixes = typePrefixes(type);
+        for (const QStringRef &prefix : prefixes) {
             auto range = ranges.find(prefix);
             if (range == ranges.end())
                 range = ranges.insert(prefix, {first, first});

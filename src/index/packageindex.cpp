@@ -42,7 +42,8 @@ void PackageIndexPrivate::chooseActiveLanguage()
 {
     QSet<QString> available;
     for (const auto &accessor : accessors) {
-        for (const QString &language : accessor->languages())
+        const auto languages = accessor->languages();
+        for (const QString &language : languages)
             available.insert(language);
     }
     activeLanguage = pool.add(bestLanguage(QLocale().name(), available));

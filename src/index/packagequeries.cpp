@@ -75,7 +75,7 @@ KeywordList PackageIndex::selectKeywords(
     if (!index)
         return KeywordList();
     QVector<KeywordNode const *> hits;
-    for (KeywordNode *keyword : index->d->keywords) {
+    for (KeywordNode *keyword : qAsConst(index->d->keywords)) {
         if (!matcher || matcher(keyword))
             hits.append(keyword);
     }

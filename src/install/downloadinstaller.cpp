@@ -165,7 +165,8 @@ void DownloadInstaller::downloadFinished()
 
 void DownloadInstaller::installFinished()
 {
-    for (const InstallError &error : d->watcher->result())
+    const auto errors = d->watcher->result();
+    for (const InstallError &error : errors)
         addError(error);
     d->watcher->deleteLater();
     d->watcher = nullptr;

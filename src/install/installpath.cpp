@@ -33,7 +33,7 @@ QString pathInside(const QString &base, const QString &joined)
 {
     if (holdsForbiddenCharacter(joined))
         return QString();
-    const QString cleaned = QDir::cleanPath(QDir::fromNativeSeparators(joined));
+    QString cleaned = QDir::cleanPath(QDir::fromNativeSeparators(joined));
     if (cleaned == base || isBelow(base, cleaned))
         return cleaned;
     if (base != QLatin1String("."))

@@ -49,7 +49,8 @@ LocalPackageInstaller::LocalPackageInstaller(const QDir &source, const InstallLo
 void LocalPackageInstaller::installFinished()
 {
     const auto *watcher = static_cast<ErrorWatcher *>(sender());
-    for (const InstallError &error : watcher->result())
+    const auto errors = watcher->result();
+    for (const InstallError &error : errors)
         addError(error);
     finish();
 }

@@ -58,7 +58,8 @@ protected:
 private Q_SLOTS:
     void read();
     void handleDisconnect();
-    void writeErrorResponse(ResponseCode responseCode, bool close = false);
+    void writeErrorResponse(
+        nk::pm::FileProxyConnection::ResponseCode responseCode, bool close = false);
 
 private:
     bool hasLine() const;

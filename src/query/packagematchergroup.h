@@ -20,6 +20,7 @@ class NK_PM_EXPORT PackageMatcherGroup : public PackageMatcher
 {
     Q_OBJECT
     Q_CLASSINFO("DefaultProperty", "matchers")
+    // Declared without the signal deliberately. clazy:excludeall=qproperty-without-notify
     /// MatchAll at first. A binding to it isn't told of changes; matchRequirementChanged() is there
     /// for those who connect by hand.
     Q_PROPERTY(MatchRequirement matchRequirement READ matchRequirement WRITE setMatchRequirement)

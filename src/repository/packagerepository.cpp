@@ -127,7 +127,7 @@ void PackageRepository::scheduleUpdate()
 void PackageRepository::update()
 {
     d->updateScheduled = false;
-    const QSharedPointer<PackageIndex> index(new PackageIndex, freeIndex);
+    QSharedPointer<PackageIndex> index(new PackageIndex, freeIndex);
     const QList<PackageSource *> sources = d->sources;
     for (PackageSource *source : sources)
         index->addSource(source);

@@ -123,7 +123,8 @@ std::unique_ptr<PackageInstaller> PackageServerAccessor::createInstaller(
     int index, const InstallLocation &location) const
 {
     QHash<QByteArray, QString> namesByHash;
-    for (const LedgerFile &file : d->tables.packages.at(index).files.sorted()) {
+    const auto files = d->tables.packages.at(index).files.sorted();
+    for (const LedgerFile &file : files) {
         const QByteArray hash(file.hash, ledger::hashSize);
         if (!namesByHash.contains(hash)) // of equal files, always the same one is installed
             namesByHash.insert(hash, file.name.text());
@@ -154,7 +155,7 @@ KeywordInfo PackageServerAccessor::keywordInfo(int index) const
 QStringList PackageServerAccessor::languages() const
 {
     QStringList languages;
-    for (const LedgerString &language : d->tables.languages)
+    for (const LedgerString &language : qAsConst(d->tables.languages))
         languages.append(language.text());
     return languages;
 }
