@@ -26,7 +26,7 @@ struct PackageIndexPrivate
 {
     PackageIndex *q;
     const quint64 serial; // another one for each index of the process
-    StringPool pool; // outlives everything below, which refers to its text
+    StringPool pool;      // outlives everything below, which refers to its text
     std::vector<std::unique_ptr<PackageIndexNode>> arena; // every node ever made, replaced ones too
     QHash<QStringRef, PackageIndexNode *> nodes;          // the nodes that count, by identifier
     QVector<PackageNode *> packages;                      // by type, then by sort key

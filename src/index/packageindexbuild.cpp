@@ -8,7 +8,6 @@
 #include "index/packageindex_p.h"
 #include "install/closingdown.h"
 
-
 namespace nk::pm {
 
 namespace {

@@ -84,8 +84,8 @@ public:
     bool seek(qint64 position) override;
     bool reset() override;
 
-    /// Does now what commit() would else spend its time on: digests what is left and lets the system
-    /// begin to write the content to the disk. Optional; once all content is written.
+    /// Does now what commit() would else spend its time on: digests what is left and lets the
+    /// system begin to write the content to the disk. Optional; once all content is written.
     void prepareCommit();
 
     /// Puts the file in place and forces it to the disk, replacing one that is there already.
