@@ -1,19 +1,11 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "plugin.h"
+
 #include "norvakpackagesqml.h"
 
-#include <QQmlExtensionPlugin>
-
-/// What an engine loads for "import Norvak.Packages 1.0" in an application that doesn't register
-/// the types itself.
-class NorvakPackagesPlugin : public QQmlExtensionPlugin
+void NorvakPackagesPlugin::registerTypes(const char *uri)
 {
-    Q_OBJECT
-    Q_PLUGIN_METADATA(IID QQmlExtensionInterface_iid)
-
-public:
-    void registerTypes(const char *uri) override { nk::pm::registerQmlTypes(uri); }
-};
-
-#include "plugin.moc"
+    nk::pm::registerQmlTypes(uri);
+}
