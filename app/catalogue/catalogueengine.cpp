@@ -108,7 +108,7 @@ QString CatalogueEngine::open()
     if (m_options.sources.isEmpty())
         m_sources.restore();
     m_installs.restore();
-    const QString fault =
+    QString fault =
         m_options.collection.isEmpty() ? QString() : m_collection.open(m_options.collection);
     if (!fault.isEmpty())
         return fault;

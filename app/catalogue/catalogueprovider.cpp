@@ -80,7 +80,7 @@ const TrackedSource *CatalogueProvider::ownerOf(const PackageAccessor *snapshot)
 
 QString CatalogueProvider::currentFault(const OpenSource &source) const
 {
-    const QString fault = source.fault();
+    QString fault = source.fault();
     if (!fault.isEmpty())
         return fault;
     for (const PackageAccessor *snapshot : m_summary.refused) {

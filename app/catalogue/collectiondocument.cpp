@@ -66,8 +66,8 @@ QString CollectionDocument::open(const QString &path)
 {
     const QFileInfo file(path);
     const QString absolute = file.absoluteFilePath();
-    const QString noCollection = tr("%1 is not a collection, or it is damaged.").arg(absolute)
-                                 + QLatin1Char('\n') + tr("Choose another file.");
+    QString noCollection = tr("%1 is not a collection, or it is damaged.").arg(absolute)
+                           + QLatin1Char('\n') + tr("Choose another file.");
     if (file.exists() && (!file.isFile() || file.size() > maximumSize))
         return noCollection;
     auto collection = std::make_unique<Collection>(&m_context);

@@ -53,7 +53,7 @@ QString CollectionModel::add(const QString &id)
     PackageReference *reference = m_provider.packageReference(id);
     if (!reference || m_collection->contains(id))
         return {};
-    const QString fault = m_collection->add(reference);
+    QString fault = m_collection->add(reference);
     if (!fault.isEmpty())
         return fault;
     m_installs.follow({reference});
