@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "backgroundpriority.h"
 #include "catalogueengine.h"
 #include "measurement.h"
 #include "options.h"
@@ -37,6 +38,7 @@ int main(int argc, char *argv[])
         QQuickWindow::setSceneGraphBackend(QSGRendererInterface::Software);
     setUpCatalogueModule();
 
+    lowerPoolPriority();
     const Options options = parseOptions(QCoreApplication::arguments());
     if (!options.dataDirectory.isEmpty())
         nk::Locations::setDataLocation(options.dataDirectory);

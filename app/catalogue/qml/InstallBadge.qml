@@ -7,8 +7,8 @@ import Norvak.Packages 1.0
 import Norvak.Catalogue 1.0
 
 // The state of a package that the user has asked for, as a small mark on its picture; nothing for
-// any other package.
-Rectangle {
+// any other package, of which a view has many more.
+Loader {
     id: badge
 
     property string packageId
@@ -24,19 +24,22 @@ Rectangle {
         return null
     }
 
-    visible: look !== null
-    implicitWidth: Style.icon + Style.small
-    implicitHeight: implicitWidth
-    radius: width / 2
-    color: Style.base
-    border.color: Style.border
-    Accessible.role: Accessible.StaticText
-    Accessible.name: look ? look.text : ""
+    visible: active
+    active: look !== null
+    sourceComponent: Rectangle {
+        implicitWidth: Style.icon + Style.small
+        implicitHeight: implicitWidth
+        radius: width / 2
+        color: Style.base
+        border.color: Style.border
+        Accessible.role: Accessible.StaticText
+        Accessible.name: badge.look ? badge.look.text : ""
 
-    Icon {
-        anchors.centerIn: parent
-        icon: badge.look ? badge.look.icon : ""
-        color: badge.look ? badge.look.color : Style.text
-        sourceSize: Qt.size(Style.smallIcon, Style.smallIcon)
+        Icon {
+            anchors.centerIn: parent
+            icon: badge.look ? badge.look.icon : ""
+            color: badge.look ? badge.look.color : Style.text
+            sourceSize: Qt.size(Style.smallIcon, Style.smallIcon)
+        }
     }
 }

@@ -4,7 +4,7 @@
 import QtQuick 2.15
 import Norvak.Catalogue 1.0
 
-// A package's picture; a placeholder while it comes and when there is none.
+// A package's picture; a blank while it comes, a placeholder where there is none.
 Item {
     property alias source: picture.source
 
@@ -13,12 +13,15 @@ Item {
         radius: Style.radius
         color: Style.hover
         visible: picture.status !== Image.Ready
-        Icon {
+        // An icon takes longer to make than all else of a view's item together.
+        Loader {
             anchors.centerIn: parent
-            icon: "package"
-            color: Style.mutedText
-            opacity: picture.status === Image.Loading ? 0.4 : 1
-            sourceSize: Qt.size(parent.height / 3, parent.height / 3)
+            active: picture.status === Image.Null || picture.status === Image.Error
+            sourceComponent: Icon {
+                icon: "package"
+                color: Style.mutedText
+                sourceSize: Qt.size(picture.height / 3, picture.height / 3)
+            }
         }
     }
     Image {
