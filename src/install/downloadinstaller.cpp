@@ -13,6 +13,8 @@
 #include <QtConcurrent>
 #include <norvak/request.h>
 
+#include <atomic>
+
 namespace nk::pm {
 
 namespace {
@@ -51,19 +53,31 @@ QList<InstallError> CopyJob::run() const
 
 struct DownloadInstallerPrivate
 {
+    using CommitResult = FileStoreTarget::CommitResult;
+    using Step = void (DownloadInstallerPrivate::*)();
+
     DownloadInstaller *q;
     DownloadInstaller::ErrorCodes codes;
     QSharedPointer<FileStore> store;
     QMap<QString, QString> fileNames;    ///< hexadecimal digest to file name, stored or not
     QHash<int, DownloadEntry> downloads; ///< by number, from 0
-    int pendingCount = 0;                ///< requests that have not finished
-    ErrorWatcher *watcher = nullptr;     ///< of the running copy job
+    QHash<int, QFuture<CommitResult>> commits;
+    int pendingCount = 0;            ///< requests or commits that have not finished
+    ErrorWatcher *watcher = nullptr; ///< of the running copy job
+    QVector<QFuture<void>> diskJobs; ///< what works on targets of this installer
+    std::atomic_bool isAbandoned{false};
 
     DownloadInstallerPrivate(
         DownloadInstaller *installer, const DownloadInstaller::ErrorCodes &errorCodes,
         const QSharedPointer<FileStore> &fileStore);
-    void endDownloads();
-    void endDownload(DownloadEntry *entry);
+    ~DownloadInstallerPrivate();
+    template<typename Job>
+    auto onDiskThread(Job job, Step next);
+    void prepareCommit(FileStoreTarget *target);
+    void endDownload();
+    void startCommits();
+    void endCommit();
+    void report(int number, DownloadEntry *entry);
     void startInstall();
 };
 
@@ -75,17 +89,71 @@ DownloadInstallerPrivate::DownloadInstallerPrivate(
     , store(fileStore)
 {}
 
-void DownloadInstallerPrivate::endDownloads()
+// The targets go next, and a job works on one of them.
+DownloadInstallerPrivate::~DownloadInstallerPrivate()
 {
-    for (DownloadEntry &entry : downloads)
-        endDownload(&entry);
-    startInstall();
+    isAbandoned = true;
+    for (QFuture<void> &job : diskJobs)
+        job.waitForFinished();
 }
 
-void DownloadInstallerPrivate::endDownload(DownloadEntry *entry)
+/// Runs \a job on a thread of the store and then, back on the GUI thread, \a next.
+template<typename Job>
+auto DownloadInstallerPrivate::onDiskThread(Job job, Step next)
+{
+    using Result = decltype(job());
+    auto *jobWatcher = new QFutureWatcher<Result>(q);
+    QObject::connect(jobWatcher, &QFutureWatcherBase::finished, q, [this, jobWatcher, next] {
+        jobWatcher->deleteLater();
+        (this->*next)();
+    });
+    const QFuture<Result> future = QtConcurrent::run(store->diskThreads(), job);
+    diskJobs.append(QFuture<void>(future));
+    jobWatcher->setFuture(future);
+    return future;
+}
+
+void DownloadInstallerPrivate::prepareCommit(FileStoreTarget *target)
+{
+    const auto job = [this, target] {
+        if (!isAbandoned)
+            target->prepareCommit();
+    };
+    onDiskThread(job, &DownloadInstallerPrivate::endDownload);
+}
+
+void DownloadInstallerPrivate::endDownload()
+{
+    if (--pendingCount < 1)
+        startCommits();
+}
+
+// All at the same time, so that the device can make several files durable at once.
+void DownloadInstallerPrivate::startCommits()
+{
+    for (auto entry = downloads.constBegin(); entry != downloads.constEnd(); ++entry) {
+        if (entry->responseCode != httpOk)
+            continue;
+        const auto job = [this, target = entry->target] {
+            return isAbandoned ? FileStoreTarget::CommitFailed : target->commit();
+        };
+        commits.insert(entry.key(), onDiskThread(job, &DownloadInstallerPrivate::endCommit));
+    }
+    pendingCount = commits.size();
+    if (pendingCount < 1)
+        startInstall();
+}
+
+void DownloadInstallerPrivate::endCommit()
+{
+    if (--pendingCount < 1)
+        startInstall();
+}
+
+void DownloadInstallerPrivate::report(int number, DownloadEntry *entry)
 {
     if (entry->responseCode == httpOk) {
-        const FileStoreTarget::CommitResult result = entry->target->commit();
+        const CommitResult result = commits.value(number).result();
         if (result != FileStoreTarget::CommitOk) {
             const auto text = QStringLiteral("Commit of file %1 (%2) failed (code %3)");
             q->addError(
@@ -104,6 +172,8 @@ void DownloadInstallerPrivate::endDownload(DownloadEntry *entry)
 
 void DownloadInstallerPrivate::startInstall()
 {
+    for (auto entry = downloads.begin(); entry != downloads.end(); ++entry)
+        report(entry.key(), &*entry);
     const CopyJob job{store, q->location(), fileNames, codes.install};
     watcher = new ErrorWatcher(q);
     QObject::connect(watcher, &ErrorWatcher::finished, q, &DownloadInstaller::installFinished);
@@ -148,7 +218,7 @@ void DownloadInstaller::fetch(
 void DownloadInstaller::start()
 {
     if (d->pendingCount < 1)
-        d->endDownloads();
+        d->startCommits();
 }
 
 void DownloadInstaller::downloadFinished()
@@ -158,9 +228,9 @@ void DownloadInstaller::downloadFinished()
     entry.responseCode = request->responseCode();
     entry.request = nullptr;
     if (entry.responseCode == httpOk)
-        entry.target->prepareCommit();
-    if (--d->pendingCount < 1)
-        d->endDownloads();
+        d->prepareCommit(entry.target);
+    else
+        d->endDownload();
 }
 
 void DownloadInstaller::installFinished()

@@ -35,11 +35,13 @@ struct DownloadEntry
 
 /// What the installers of the network sources have in common: all files that the store lacks are
 /// downloaded at once, all are committed when the last request has ended, and one job on the thread
-/// pool then links or copies every file of the package from the store into the location.
+/// pool then links or copies every file of the package from the store into the location. The GUI
+/// thread doesn't wait for the disk but to open the files.
 ///
 /// A file that fails gives an error, and the others go on. There is no retry: a new installer
 /// downloads only what the store still lacks. Destroyed during the downloads, the installer leaves
-/// the store unchanged; destroyed later, it leaves the job to run to its end.
+/// the store unchanged; during the commits, it waits for those that have begun and drops the
+/// others; destroyed later, it leaves the job to run to its end.
 ///
 /// A concrete class calls addFile(), and fetch() where needed, for each file and then start(), all
 /// in its constructor.

@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QThread>
+#include <QThreadPool>
 #include <QWeakPointer>
 #include <norvak/locations.h>
 #include <norvakutil/fileutils.h>
@@ -24,6 +25,8 @@ constexpr int maxDigestLength = 128;
 constexpr int hashBlockSize = 64 * 1024; // bytes
 // bytes that a target leaves in the cache at most before it has the system write them to the disk
 constexpr qint64 writebackStep = 8 * 1024 * 1024;
+// A device makes durable together what several threads wait for at the same time.
+constexpr int diskThreadCount = 8;
 
 bool isHexDigit(QChar c)
 {
@@ -70,11 +73,14 @@ struct FileStorePrivate
         : q(store)
         , root(Locations::dataLocation().absoluteFilePath(QStringLiteral("packages")))
         , files(root.absoluteFilePath(QStringLiteral("files")))
-    {}
+    {
+        diskThreads.setMaxThreadCount(diskThreadCount);
+    }
 
     FileStore *q;
     const QDir root;
     const QDir files;
+    QThreadPool diskThreads;
 };
 
 QSharedPointer<FileStore> FileStore::instance()
@@ -113,6 +119,11 @@ QString FileStore::filePath(const QString &digest) const
 bool FileStore::contains(const QString &digest) const
 {
     return QFile::exists(filePath(digest));
+}
+
+QThreadPool *FileStore::diskThreads() const
+{
+    return &d->diskThreads;
 }
 
 FileStoreTarget *FileStore::createTarget(

@@ -11,6 +11,8 @@
 #include <QSharedPointer>
 #include <QString>
 
+class QThreadPool;
+
 namespace nk::pm {
 
 class FileStoreTarget;
@@ -49,13 +51,18 @@ public:
     /// store, until the caller gives it another parent.
     FileStoreTarget *createTarget(const QString &digest, QCryptographicHash::Algorithm algorithm);
 
+    /// Threads that may wait for the disk, which those of the global pool had better not: it has as
+    /// many as there are processors. They live as long as the store.
+    QThreadPool *diskThreads() const;
+
 private:
     FileStore();
     QScopedPointer<FileStorePrivate> d;
 };
 
 /// The write side of one file of the store: takes its content in order, and puts it in place with
-/// commit(). A target that is destroyed without that leaves no trace. GUI thread.
+/// commit(). A target that is destroyed without that leaves no trace. GUI thread, but for what says
+/// otherwise.
 class FileStoreTarget final : public QIODevice
 {
     Q_OBJECT
@@ -85,11 +92,12 @@ public:
     bool reset() override;
 
     /// Does now what commit() would else spend its time on: digests what is left and lets the
-    /// system begin to write the content to the disk. Optional; once all content is written.
+    /// system begin to write the content to the disk. Optional; once all content is written. Any
+    /// thread, as long as no other one touches the target.
     void prepareCommit();
 
     /// Puts the file in place and forces it to the disk, replacing one that is there already.
-    /// Blocks until the device has answered. Call once.
+    /// Blocks until the device has answered. Call once; any thread, as above.
     CommitResult commit();
 
 protected:
