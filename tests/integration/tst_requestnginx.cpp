@@ -41,6 +41,7 @@ private Q_SLOTS:
     void statuses_data();
     void statuses();
     void conditionalRequestsGet304();
+    void partsOfAFile();
     void strangersAuthorityIsRefused();
     void neverFromTlsToPlain();
     void connectionsAreReused();
@@ -140,6 +141,18 @@ void tst_RequestNginx::conditionalRequestsGet304()
     QNetworkRequest again = request(m_server->url("/small"));
     again.setRawHeader("If-None-Match", etag);
     QCOMPARE(run(again, &m_manager), 304);
+}
+
+void tst_RequestNginx::partsOfAFile()
+{
+    QNetworkRequest what = request(m_server->url("/large"));
+    what.setRawHeader("Range", "bytes=1000000-1000999");
+    QBuffer sink;
+    QVERIFY(sink.open(QIODevice::WriteOnly));
+    QCOMPARE(run(what, &m_manager, &sink), 206);
+    QCOMPARE(sink.data(), m_large.mid(1000000, 1000));
+    what.setRawHeader("Range", "bytes=900000000-");
+    QCOMPARE(run(what, &m_manager), 416);
 }
 
 void tst_RequestNginx::strangersAuthorityIsRefused()
