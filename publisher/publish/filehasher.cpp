@@ -82,6 +82,19 @@ void runJob(const QString &root, HashJob &job)
         job.fault = QStringLiteral("can't be read: ") + device.errorString();
 }
 
+/// A disk that gets full takes a part, and says why not the rest only when asked once more.
+bool writeAll(QIODevice &device, const char *data, qint64 size)
+{
+    while (size > 0) {
+        const qint64 written = device.write(data, size);
+        if (written <= 0)
+            return false;
+        data += written;
+        size -= written;
+    }
+    return true;
+}
+
 } // namespace
 
 QByteArray digestOf(QIODevice &source, QIODevice *copy)
@@ -90,7 +103,7 @@ QByteArray digestOf(QIODevice &source, QIODevice *copy)
     std::vector<char> buffer(bufferSize);
     for (;;) {
         const qint64 count = source.read(buffer.data(), bufferSize);
-        if (count < 0 || (copy && copy->write(buffer.data(), count) != count))
+        if (count < 0 || (copy && !writeAll(*copy, buffer.data(), count)))
             return {};
         if (count == 0)
             return hash.result();

@@ -15,6 +15,8 @@
 #include <QFile>
 #include <QSet>
 
+#include <atomic>
+
 namespace nk::pm::publisher {
 
 namespace {
@@ -99,12 +101,17 @@ void stageFiles(
     Progress &progress)
 {
     progress.begin(QStringLiteral("Copying files"), jobs.size());
+    std::atomic_bool failed{false}; // most likely the disk is full, so that the others would too
     forEachOnAllCores(jobs, [&](AddJob &job) {
+        if (failed)
+            return;
         QFile source(catalogue.absolutePath(job.path));
         if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             job.fault = QStringLiteral("can't be read: ") + source.errorString();
         else
             job.fault = publication.stageFile(job.digest, source);
+        if (!job.fault.isEmpty())
+            failed = true;
         progress.advance();
     });
     progress.end();

@@ -10,6 +10,8 @@
 #include "publish/publish.h"
 #include "sources/ledgerloader.h"
 #include "sources/verifiedsignatures.h"
+#include "support/filesizelimit.h"
+#include "support/testfiles.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -22,6 +24,8 @@ using namespace nk::pm;
 using namespace nk::pm::publisher;
 using nk::crypto::ed25519::PrivateKey;
 using nk::pm::test::CatalogueTree;
+using nk::pm::test::FileSizeLimit;
+using nk::pm::test::numberedContent;
 
 namespace {
 
@@ -119,6 +123,7 @@ private Q_SLOTS:
     void chosenIssuersSign();
     void refuses_data();
     void refuses();
+    void fullDisk();
     void errorLeavesOldPublication_data();
     void errorLeavesOldPublication();
     void twoPublishersAreKeptApart();
@@ -339,6 +344,26 @@ void tst_Publish::refuses()
     QVERIFY(!report.published);
     QVERIFY2(errors(report).contains(expected), qPrintable(errors(report)));
     QCOMPARE(shop.served(), QStringList());
+}
+
+void tst_Publish::fullDisk()
+{
+    Shop shop;
+    for (int i = 0; i < 200; ++i)
+        shop.tree.file(QString("packages/loose/%1.bin").arg(i), numberedContent(i, 20000));
+    shop.tree.package("loose");
+    PublishReport report;
+    {
+        const FileSizeLimit limit(10000);
+        report = shop.publish();
+    }
+    QVERIFY(!report.published);
+    QVERIFY2(errors(report).contains(": can't write \""), qPrintable(errors(report)));
+    QVERIFY(!errors(report).contains("can't be read"));
+    // Those that were at it, and not each file.
+    QVERIFY2(errors(report).count("can't write") < 100, qPrintable(errors(report)));
+    QCOMPARE(shop.served(), QStringList());
+    QVERIFY(shop.publish().published);
 }
 
 void tst_Publish::errorLeavesOldPublication_data()
