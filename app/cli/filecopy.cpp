@@ -17,6 +17,19 @@ QString fault(const QFile &file)
     return QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
 }
 
+/// A disk that gets full takes a part, and says why not the rest only when asked once more.
+bool writeAll(QFile &file, const QByteArray &bytes)
+{
+    qint64 done = 0;
+    while (done < bytes.size()) {
+        const qint64 written = file.write(bytes.constData() + done, bytes.size() - done);
+        if (written <= 0)
+            return false;
+        done += written;
+    }
+    return true;
+}
+
 } // namespace
 
 QString copyFile(const QString &from, const QString &to, const std::atomic<bool> &cancelled)
@@ -31,7 +44,7 @@ QString copyFile(const QString &from, const QString &to, const std::atomic<bool>
         if (cancelled)
             return QStringLiteral("%1: stopped").arg(to);
         piece = source.read(pieceSize);
-        if (target.write(piece) != piece.size())
+        if (!writeAll(target, piece))
             return fault(target);
     } while (!piece.isEmpty());
     if (source.error() != QFile::NoError)

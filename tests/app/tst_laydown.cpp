@@ -4,6 +4,7 @@
 #include "filecopy.h"
 #include "laydown.h"
 
+#include "support/filesizelimit.h"
 #include "support/testfiles.h"
 
 #include <QDirIterator>
@@ -34,6 +35,7 @@ private Q_SLOTS:
     void linksShareTheFile();
     void sweepsWhatAKilledProcessLeft();
     void oneProcessAtATime();
+    void saysWhyThereIsNoRoom();
     void saysWhatStandsInTheWay_data();
     void saysWhatStandsInTheWay();
 
@@ -240,6 +242,15 @@ void tst_LayDown::oneProcessAtATime()
     QVERIFY(layDown({package("t/two")}).contains("another nkpm"));
     QCOMPARE(first.commit({one}), QString());
     QCOMPARE(readFile(target("/t/one/a.txt")), QByteArray("content"));
+}
+
+void tst_LayDown::saysWhyThereIsNoRoom()
+{
+    QTemporaryDir directory;
+    const QString from = directory.filePath("from"), to = directory.filePath("to");
+    nk::pm::test::writeFile(from, nk::pm::test::numberedContent(1, 20000));
+    const nk::pm::test::FileSizeLimit limit(10000);
+    QCOMPARE(copyFile(from, to, m_goOn), to + ": " + qt_error_string(EFBIG));
 }
 
 void tst_LayDown::saysWhatStandsInTheWay_data()
