@@ -3,6 +3,7 @@
 
 #include "backgroundpriority.h"
 #include "catalogueengine.h"
+#include "display.h"
 #include "measurement.h"
 #include "options.h"
 #include "screenshot.h"
@@ -28,6 +29,7 @@ static int failed(const QString &fault)
 int main(int argc, char *argv[])
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    makeDoWithoutDisplay();
     QApplication application(argc, argv); // has the file dialogs
     QCoreApplication::setApplicationName(QStringLiteral("norvak-catalogue"));
     QCoreApplication::setOrganizationName(QStringLiteral("norvak"));
@@ -40,6 +42,11 @@ int main(int argc, char *argv[])
 
     lowerPoolPriority();
     const Options options = parseOptions(QCoreApplication::arguments());
+    if (!options.passing && !hasDisplay()) {
+        return failed(QStringLiteral(
+            "There is no display to open a window on. Set DISPLAY or WAYLAND_DISPLAY, take "
+            "--screenshot FILE, or use nkpm, which needs none."));
+    }
     if (!options.dataDirectory.isEmpty())
         nk::Locations::setDataLocation(options.dataDirectory);
     const QString dataFault = dataDirectoryFault(nk::Locations::dataLocation().path());

@@ -57,9 +57,7 @@ struct Parser
         QStringLiteral("file")};
     QCommandLineOption screenshot{
         QStringLiteral("screenshot"),
-        QStringLiteral(
-            "Writes a picture of the window to the file and quits; needs no display with "
-            "QT_QPA_PLATFORM=offscreen."),
+        QStringLiteral("Writes a picture of the window to the file and quits; needs no display."),
         QStringLiteral("file")};
     QCommandLineOption view{
         QStringLiteral("view"),
