@@ -48,6 +48,7 @@ if(NKPM_SANITIZE)
 endif()
 
 if(NKPM_COVERAGE)
-    add_compile_options(--coverage -O0 -g1)
+    # Threads that count at once without it make numbers that gcovr refuses to read.
+    add_compile_options(--coverage -fprofile-update=atomic -O0 -g1)
     add_link_options(--coverage)
 endif()
