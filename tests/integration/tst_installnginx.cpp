@@ -183,8 +183,8 @@ void InstallNginxTest::manyRequestsLeaveNothingBehind()
     }
     QCOMPARE(codes, (QMap<int, int>{{200, 3750}, {304, 1250}, {404, 2500}, {503, 2500}}));
     QTRY_COMPARE(objects(), objectsBefore);
-    // The manager keeps up to six connections; the server ends each after some requests, so that any
-    // number of them may have been there before and now.
+    // The manager keeps up to six connections; the server ends each after some requests, so that
+    // any number of them may have been there before and now.
     const int connections = 6;
     QTRY_VERIFY(openDescriptors() <= descriptorsBefore + connections);
     QCOMPARE(storedFiles().size(), 1); // every commit was of the same digest
