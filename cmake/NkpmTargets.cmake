@@ -60,7 +60,7 @@ function(nkpm_install_library target)
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 endfunction()
 
-# nkpm_install_tool(TARGET): installs a program with its man page and, where they are, completions.
+# nkpm_install_tool(TARGET): installs a program with its man page and completions.
 function(nkpm_install_tool target)
     if(NOT NKPM_INSTALL)
         return()
@@ -69,13 +69,11 @@ function(nkpm_install_tool target)
     install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
     install(FILES ${packaging}/man/${target}.1
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
-    if(EXISTS ${packaging}/completions/${target}.bash)
-        install(FILES ${packaging}/completions/${target}.bash
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${target}
-            COMPONENT runtime)
-        install(FILES ${packaging}/completions/_${target}
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT runtime)
-    endif()
+    install(FILES ${packaging}/completions/${target}.bash
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${target}
+        COMPONENT runtime)
+    install(FILES ${packaging}/completions/_${target}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT runtime)
 endfunction()
 
 # nkpm_install_desktop_entry(TARGET ID): makes and installs what a desktop knows of a program.

@@ -21,7 +21,8 @@ private Q_SLOTS:
     void pagesFollowTheHelp();
     void bashCompletes_data();
     void bashCompletes();
-    void cataloguePageFollowsTheHelp();
+    void cataloguePagesFollowTheHelp_data();
+    void cataloguePagesFollowTheHelp();
 
 private:
     const ToolPages m_pages{NKPM_PROGRAM, true};
@@ -81,11 +82,20 @@ void tst_NkpmPages::bashCompletes()
     QTEST(bashCompletions("nkpm", words, directory.path()), "expected");
 }
 
-void tst_NkpmPages::cataloguePageFollowsTheHelp()
+void tst_NkpmPages::cataloguePagesFollowTheHelp_data()
 {
+    QTest::addColumn<QString>("name");
+    QTest::newRow("man page") << "man/norvak-catalogue.1";
+    QTest::newRow("bash") << "completions/norvak-catalogue.bash";
+    QTest::newRow("zsh") << "completions/_norvak-catalogue";
+}
+
+void tst_NkpmPages::cataloguePagesFollowTheHelp()
+{
+    QFETCH(QString, name);
     QVERIFY(m_cataloguePages.options().contains("--screenshot"));
-    QCOMPARE(m_cataloguePages.missingIn("man/norvak-catalogue.1"), QStringList());
-    QCOMPARE(m_cataloguePages.unknownIn("man/norvak-catalogue.1"), QStringList());
+    QCOMPARE(m_cataloguePages.missingIn(name), QStringList());
+    QCOMPARE(m_cataloguePages.unknownIn(name), QStringList());
 }
 
 QTEST_GUILESS_MAIN(tst_NkpmPages)
