@@ -47,18 +47,6 @@ bool search(const NodeLink &link, const QStringRef &type, QVector<int> &path)
     return false;
 }
 
-bool searchClean(const NodeLink &link, const QStringRef &type, QVector<int> path)
-{
-    path.append(link.type);
-    if (isHit(link.node, type))
-        return passesChainTest(path);
-    for (const NodeLink &next : link.node->inLinks()) {
-        if (searchClean(next, type, path))
-            return true;
-    }
-    return false;
-}
-
 } // namespace
 
 QSet<KeywordNode *> keywords(const PackageNode &package)
@@ -97,13 +85,6 @@ bool isUsedByType(const KeywordNode &keyword, const QStringRef &type)
             return true;
     }
     return false;
-}
-
-bool isUsedByTypeOnCleanPaths(const KeywordNode &keyword, const QStringRef &type)
-{
-    return std::any_of(
-        keyword.inLinks().begin(), keyword.inLinks().end(),
-        [&type](const NodeLink &link) { return searchClean(link, type, {}); });
 }
 
 QString sortKey(const PackageNode &package)

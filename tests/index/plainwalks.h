@@ -21,8 +21,4 @@ QString sortKey(const PackageNode &package);
 /// The chain test on link types from a keyword (first) to a package (last).
 bool passesChainTest(const QVector<int> &path);
 
-/// isUsedByType() if failed searches cleaned up behind themselves, to tell whether a graph shows
-/// the difference.
-bool isUsedByTypeOnCleanPaths(const KeywordNode &keyword, const QStringRef &type);
-
 } // namespace nk::pm::test::plain

@@ -3,6 +3,7 @@
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
+#include "support/columns.h"
 #include "support/logrecorder.h"
 #include "support/memorysource.h"
 #include "support/scopeddatalocation.h"
@@ -16,26 +17,27 @@ using namespace nk::pm::test;
 namespace {
 
 /// One index of a catalogue, with the trees that its packages make.
-class Fixture
+struct Fixture
 {
-public:
     explicit Fixture(const MemoryCatalogue &catalogue)
     {
-        m_source.catalogue = catalogue;
-        m_index = buildIndex({&m_source});
+        source.catalogue = catalogue;
+        index = buildIndex({&source});
     }
-
     std::unique_ptr<PackageInstaller> installer(const QString &id, const InstallLocation &root = {})
     {
-        return m_index->getPackage(&id)->createInstaller(root);
+        return packageOf(index, id)->createInstaller(root);
     }
-    const PackageIndex &index() const { return *m_index; }
-    MemorySource &source() { return m_source; }
-    QList<QPointer<MemoryInstaller>> made() { return m_source.log().installers; }
+    QList<QPointer<MemoryInstaller>> made() { return source.log().installers; }
+    /// Where \a id is being installed, seen from \a root.
+    QString pathOf(const QString &id, const InstallLocation &root)
+    {
+        const QString path = QDir::cleanPath(source.installer(id)->directory());
+        return root.directory(false).relativeFilePath(path);
+    }
 
-private:
-    MemorySource m_source;
-    QSharedPointer<PackageIndex> m_index;
+    MemorySource source;
+    QSharedPointer<PackageIndex> index;
 };
 
 /// The tree in brackets: a(b(c),d).
@@ -79,8 +81,7 @@ class TestInstallerTree : public QObject
 private Q_SLOTS:
     void shapes_data();
     void shapes();
-    void installsBelowTheRoot();
-    void installsBelowAnotherRoot();
+    void installsBelowTheIndexOrAnotherRoot();
     void statusRisesToTheRoot();
     void longChainKeepsItsShape();
     void manyRepetitionsAreCut();
@@ -91,76 +92,60 @@ private:
 
 void TestInstallerTree::shapes_data()
 {
-    QTest::addColumn<QStringList>("required"); // pairs of package and requirement
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("alone") << QStringList{} << "a";
-    QTest::newRow("in the links' order") << QStringList{"ac", "ab", "ad"} << "a(c,b,d)";
-    QTest::newRow("chain") << QStringList{"ab", "bc", "cd"} << "a(b(c(d)))";
-    QTest::newRow("needed twice, there twice")
-        << QStringList{"ab", "ac", "bd", "cd"} << "a(b(d),c(d))";
-    QTest::newRow("doubled link") << QStringList{"ab", "ab"} << "a(b,b)";
-    QTest::newRow("requires itself") << QStringList{"aa", "ab"} << "a(b)";
-    QTest::newRow("cycle of two") << QStringList{"ab", "ba", "bc"} << "a(b(c))";
-    QTest::newRow("cycle below the root")
-        << QStringList{"ab", "bc", "cd", "db", "ac"} << "a(b(c(d)),c(d(b)))";
-    QTest::newRow("a keyword is passed over") << QStringList{"ak", "ab"} << "a(b)";
+    Columns<QString, QString>("requirements", "expected")
+        .row("alone", "", "a")
+        .row("in the links' order", "ac ab ad", "a(c,b,d)")
+        .row("chain", "ab bc cd", "a(b(c(d)))")
+        .row("needed twice, there twice", "ab ac bd cd", "a(b(d),c(d))")
+        .row("doubled link", "ab ab", "a(b,b)")
+        .row("requires itself", "aa ab", "a(b)")
+        .row("cycle of two", "ab ba bc", "a(b(c))")
+        .row("cycle below the root", "ab bc cd db ac", "a(b(c(d)),c(d(b)))")
+        .row("a keyword is passed over", "ak ab", "a(b)");
 }
 
 void TestInstallerTree::shapes()
 {
-    QFETCH(QStringList, required);
+    QFETCH(QString, requirements);
     MemoryCatalogue catalogue;
     for (const QString id : {"a", "b", "c", "d"})
         catalogue.package(id);
-    catalogue.word("k", "k").link("a", IsA, "d").link("a", Uses, "b");
-    for (const QString &pair : required)
+    catalogue.word("k", "k").linked("a is_a d, a uses b");
+    for (const QString &pair : requirements.split(' ', Qt::SkipEmptyParts))
         catalogue.link(pair.left(1), Requires, pair.right(1));
     Fixture fixture(catalogue);
     const auto root = fixture.installer("a");
     QTEST(shape(*root), "expected");
 }
 
-void TestInstallerTree::installsBelowTheRoot()
+void TestInstallerTree::installsBelowTheIndexOrAnotherRoot()
 {
     MemoryCatalogue catalogue;
-    catalogue.package("p", "a:b").package("q", "c").link("p", Requires, "q");
+    catalogue.package("p", "a:b").package("q", "c").linked("p requires q");
     Fixture fixture(catalogue);
-    const auto root = fixture.installer("p");
-    const QDir directory = fixture.index().installLocation().directory(false);
-    const auto pathOf = [&](const QString &id) {
-        return directory.relativeFilePath(
-            QDir::cleanPath(fixture.source().installer(id)->directory()));
-    };
-    QCOMPARE(pathOf("p"), QString("a/b/p"));
-    QCOMPARE(pathOf("q"), QString("c/q"));
-}
+    const InstallLocation location = fixture.index->installLocation();
+    const auto tree = fixture.installer("p");
+    QCOMPARE(fixture.pathOf("p", location), QString("a/b/p"));
+    QCOMPARE(fixture.pathOf("q", location), QString("c/q"));
 
-void TestInstallerTree::installsBelowAnotherRoot()
-{
-    MemoryCatalogue catalogue;
-    catalogue.package("p", "a:b").package("q", "c").link("p", Requires, "q");
-    Fixture fixture(catalogue);
     const auto other = buildIndex(MemoryCatalogue());
-    const auto root = fixture.installer("p", other->installLocation().subLocation("sub"));
-    const QDir directory = other->installLocation().directory(false);
-    QCOMPARE(
-        directory.relativeFilePath(QDir::cleanPath(fixture.source().installer("q")->directory())),
-        QString("sub/c/q"));
+    const InstallLocation below = other->installLocation().subLocation("sub");
+    const auto otherTree = fixture.installer("p", below);
+    QCOMPARE(fixture.pathOf("q", other->installLocation()), QString("sub/c/q"));
 }
 
 void TestInstallerTree::statusRisesToTheRoot()
 {
     MemoryCatalogue catalogue;
-    catalogue.package("p").package("q").package("r");
-    catalogue.link("p", Requires, "q").link("q", Requires, "r");
+    catalogue.package("p").package("q").package("r").linked("p requires q, q requires r");
     Fixture fixture(catalogue);
     const auto root = fixture.installer("p");
     QSignalSpy changes(root.get(), &PackageInstaller::statusChanged);
-    fixture.source().installer("p")->succeed();
-    fixture.source().installer("q")->fail(7, "no room");
+    fixture.source.installer("p")->succeed();
+    fixture.source.installer("q")->fail(7, "no room");
     QCOMPARE(root->status(), PackageInstaller::InProgress);
     QVERIFY(!root->isFinished());
-    fixture.source().installer("r")->succeed();
+    fixture.source.installer("r")->succeed();
     QCOMPARE(root->status(), PackageInstaller::Failed);
     QVERIFY(root->isFinished());
     QCOMPARE(changes.count(), 1);
@@ -200,7 +185,7 @@ void TestInstallerTree::manyRepetitionsAreCut()
     MemoryCatalogue catalogue = chain(40);
     for (int i = 1; i < 40; ++i)
         catalogue.link(QString::number(i - 1), Requires, QString::number(i));
-    catalogue.package("last").link("0", Requires, "last").link("0", Requires, "last");
+    catalogue.package("last").linked("0 requires last, 0 requires last");
     Fixture fixture(catalogue);
     LogRecorder log("norvak.package.index");
     const auto root = fixture.installer("0");

@@ -4,7 +4,7 @@
 #include "index/keywordnodes.h"
 
 #include "index/packageindex.h"
-#include "repository/packageaccessor.h"
+#include "support/columns.h"
 #include "support/logrecorder.h"
 #include "support/memorysource.h"
 #include "support/scopeddatalocation.h"
@@ -27,11 +27,7 @@ public:
     OneKeyword(KeywordType type, const Strings &strings)
         : m_index(buildIndex(MemoryCatalogue().keyword("k", type, strings)))
     {}
-    const KeywordNode *operator->() const
-    {
-        const QString id = "k";
-        return m_index->getKeyword(&id);
-    }
+    const KeywordNode *operator->() const { return keywordOf(m_index, "k"); }
 
 private:
     const QSharedPointer<PackageIndex> m_index;
@@ -56,11 +52,8 @@ private Q_SLOTS:
     void namesItself();
     void matches_data();
     void matches();
-    void tellsItsKind_data();
     void tellsItsKind();
-    void warnsOfMissingText_data();
     void warnsOfMissingText();
-    void literalWithoutTextWarns();
 
 private:
     ScopedDataLocation m_data;
@@ -68,41 +61,28 @@ private:
 
 void TestKeywordNodes::namesItself_data()
 {
-    QTest::addColumn<KeywordType>("type");
-    QTest::addColumn<Strings>("strings");
-    QTest::addColumn<QString>("display");
-    QTest::addColumn<QString>("canonical");
-
-    QTest::newRow("noun shows its singular")
-        << KeywordType::Noun << Strings{{"de", "Stuhl", "St\u00fchle"}, {"en", "chair", "chairs"}}
-        << "chair"
-        << "Stuhl";
-    QTest::newRow("noun without singular shows its plural")
-        << KeywordType::Noun << Strings{{"de", "", "Leute"}, {"en", "", "people"}} << "people"
-        << "Leute";
-    QTest::newRow("first of two forms")
-        << KeywordType::Noun << Strings{{"en", "a", "as"}, {"en", "b", "bs"}} << "a"
-        << "";
-    QTest::newRow("first of two texts")
-        << KeywordType::Name << Strings{{"en", "first", ""}, {"en", "second", ""}} << "first"
-        << "";
-    QTest::newRow("first German text is canonical")
-        << KeywordType::Adjective
-        << Strings{{"de", "rot", ""}, {"de", "r\u00f6tlich", ""}, {"en", "red", ""}} << "red"
-        << "rot";
-    QTest::newRow("first German text that isn't empty")
-        << KeywordType::Category << Strings{{"de", "", ""}, {"de", "zwei", ""}, {"en", "two", ""}}
-        << "two"
-        << "zwei";
-    QTest::newRow("other languages don't count")
-        << KeywordType::Name << Strings{{"fr", "trois", ""}, {"en", "three", ""}} << "three"
-        << "";
-    QTest::newRow("empty text in the active language")
-        << KeywordType::Name << Strings{{"en", "", ""}, {"en", "later", ""}} << ""
-        << "";
-    QTest::newRow("literal takes its first text, of any language")
-        << KeywordType::Literal << Strings{{"fr", "100 %1", ""}, {"en", "other", ""}} << "100 %1"
-        << "100 %1";
+    using T = KeywordType;
+    Columns<KeywordType, Strings, QString, QString>("type", "strings", "display", "canonical")
+        .row(
+            "noun shows its singular", T::Noun,
+            {{"de", "Stuhl", "St\u00fchle"}, {"en", "chair", "chairs"}}, "chair", "Stuhl")
+        .row(
+            "noun without singular shows its plural", T::Noun,
+            {{"de", "", "Leute"}, {"en", "", "people"}}, "people", "Leute")
+        .row("first of two forms", T::Noun, {{"en", "a", "as"}, {"en", "b", "bs"}}, "a", "")
+        .row("first of two texts", T::Name, {{"en", "first"}, {"en", "second"}}, "first", "")
+        .row(
+            "first German text is canonical", T::Adjective,
+            {{"de", "rot"}, {"de", "r\u00f6tlich"}, {"en", "red"}}, "red", "rot")
+        .row(
+            "first German text that isn't empty", T::Category,
+            {{"de", ""}, {"de", "zwei"}, {"en", "two"}}, "two", "zwei")
+        .row(
+            "other languages don't count", T::Name, {{"fr", "trois"}, {"en", "three"}}, "three", "")
+        .row("empty text in the active language", T::Name, {{"en", ""}, {"en", "later"}}, "", "")
+        .row(
+            "literal takes its first text, of any language", T::Literal,
+            {{"fr", "100 %1"}, {"en", "other"}}, "100 %1", "100 %1");
 }
 
 void TestKeywordNodes::namesItself()
@@ -116,42 +96,30 @@ void TestKeywordNodes::namesItself()
 
 void TestKeywordNodes::matches_data()
 {
-    QTest::addColumn<KeywordType>("type");
-    QTest::addColumn<Strings>("strings");
-    QTest::addColumn<QString>("search");
-    QTest::addColumn<int>("level");
-    QTest::addColumn<QStringList>("matching");
-
+    using T = KeywordType;
     const Strings noun{{"en", "Chair", "Chairs"}, {"en", "Seat", "Seating"}};
-    QTest::newRow("noun, singular")
-        << KeywordType::Noun << noun << "chair" << 2 << QStringList{"Chair"};
-    QTest::newRow("noun, plural") << KeywordType::Noun << noun << "CHAIRS" << 2
-                                  << QStringList{"Chairs"};
-    QTest::newRow("noun, part of both forms")
-        << KeywordType::Noun << noun << "a" << 1 << QStringList{"Chair", "Seat"};
-    QTest::newRow("noun, second pair")
-        << KeywordType::Noun << noun << "seating" << 2 << QStringList{"Seating"};
-    QTest::newRow("noun, none") << KeywordType::Noun << noun << "table" << 0 << QStringList{};
-    const Strings names{{"en", "Windsor chair", ""}, {"en", "Windsor", ""}};
-    QTest::newRow("part of the first text hides the second")
-        << KeywordType::Name << names << "windsor" << 1 << QStringList{"Windsor chair", "Windsor"};
-    QTest::newRow("whole text") << KeywordType::Adjective << Strings{{"en", "R\u00f6d", ""}}
-                                << "r\u00d6D" << 2 << QStringList{"R\u00f6d"};
-    QTest::newRow("literal, whole")
-        << KeywordType::Literal << Strings{{"", "Oak", ""}} << "oak" << 2 << QStringList{"Oak"};
-    QTest::newRow("literal, part")
-        << KeywordType::Literal << Strings{{"", "Oak", ""}} << "a" << 1 << QStringList{"Oak"};
-    QTest::newRow("literal, none")
-        << KeywordType::Literal << Strings{{"", "Oak", ""}} << "oaks" << 0 << QStringList{};
-    QTest::newRow("empty search in a text")
-        << KeywordType::Name << Strings{{"en", "a", ""}} << "" << 1 << QStringList{"a"};
-    QTest::newRow("empty search in an empty text")
-        << KeywordType::Name << Strings{{"en", "", ""}} << "" << 2 << QStringList{""};
-    QTest::newRow("empty search in no text")
-        << KeywordType::Category << Strings{{"de", "a", ""}} << "" << 2 << QStringList{""};
-    QTest::newRow("texts of other languages")
-        << KeywordType::Name << Strings{{"de", "Stuhl", ""}, {"en", "chair", ""}} << "Stuhl" << 0
-        << QStringList{};
+    const Strings names{{"en", "Windsor chair"}, {"en", "Windsor"}};
+    const Strings literal{{"", "Oak"}};
+    Columns<KeywordType, Strings, QString, int, QStringList>(
+        "type", "strings", "search", "level", "matching")
+        .row("noun, singular", T::Noun, noun, "chair", 2, {"Chair"})
+        .row("noun, plural", T::Noun, noun, "CHAIRS", 2, {"Chairs"})
+        .row("noun, part of both forms", T::Noun, noun, "a", 1, {"Chair", "Seat"})
+        .row("noun, second pair", T::Noun, noun, "seating", 2, {"Seating"})
+        .row("noun, none", T::Noun, noun, "table", 0, {})
+        .row(
+            "part of the first text hides the second", T::Name, names, "windsor", 1,
+            {"Windsor chair", "Windsor"})
+        .row("whole text", T::Adjective, {{"en", "R\u00f6d"}}, "r\u00d6D", 2, {"R\u00f6d"})
+        .row("literal, whole", T::Literal, literal, "oak", 2, {"Oak"})
+        .row("literal, part", T::Literal, literal, "a", 1, {"Oak"})
+        .row("literal, none", T::Literal, literal, "oaks", 0, {})
+        .row("empty search in a text", T::Name, {{"en", "a"}}, "", 1, {"a"})
+        .row("empty search in an empty text", T::Name, {{"en", ""}}, "", 2, {""})
+        .row("empty search in no text", T::Category, {{"de", "a"}}, "", 2, {""})
+        .row(
+            "texts of other languages", T::Name, {{"de", "Stuhl"}, {"en", "chair"}}, "Stuhl", 0,
+            {});
 }
 
 void TestKeywordNodes::matches()
@@ -164,54 +132,34 @@ void TestKeywordNodes::matches()
     QTEST(texts(keyword->matchingStrings(&search)), "matching");
 }
 
-void TestKeywordNodes::tellsItsKind_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("number");
-    QTest::newRow("noun") << "noun" << 0;
-    QTest::newRow("name") << "name" << 1;
-    QTest::newRow("adjective") << "adjective" << 2;
-    QTest::newRow("literal") << "literal" << 3;
-    QTest::newRow("category") << "category" << 4;
-}
-
+/// The numbers are part of every source's data.
 void TestKeywordNodes::tellsItsKind()
 {
-    QFETCH(QString, name);
-    QFETCH(int, number);
-    const KeywordType type = keywordTypeFromString(name);
-    QCOMPARE(int(type), number);
-    QCOMPARE(keywordTypeFromString(name.toUpper()), KeywordType::Invalid);
-    const OneKeyword keyword(type, {{"en", "text", ""}});
-    QCOMPARE(keyword->type(), number);
-    QCOMPARE(keyword->isCategory(), name == "category");
-    QCOMPARE(keyword->kind(), PackageIndexNode::Keyword);
-}
-
-void TestKeywordNodes::warnsOfMissingText_data()
-{
-    QTest::addColumn<KeywordType>("type");
-    QTest::newRow("noun") << KeywordType::Noun;
-    QTest::newRow("name") << KeywordType::Name;
-    QTest::newRow("adjective") << KeywordType::Adjective;
-    QTest::newRow("category") << KeywordType::Category;
+    int number = 0;
+    for (const QString name : {"noun", "name", "adjective", "literal", "category"}) {
+        const KeywordType type = keywordTypeFromString(name);
+        QCOMPARE(int(type), number++);
+        QCOMPARE(keywordTypeFromString(name.toUpper()), KeywordType::Invalid);
+        const OneKeyword keyword(type, {{"en", "text"}});
+        QCOMPARE(keyword->type(), int(type));
+        QCOMPARE(keyword->isCategory(), name == "category");
+    }
 }
 
 void TestKeywordNodes::warnsOfMissingText()
 {
-    QFETCH(KeywordType, type);
     LogRecorder log("norvak.package.index");
-    const OneKeyword keyword(type, {{"de", "Stuhl", ""}});
-    QVERIFY(keyword->displayString().isNull());
-    QCOMPARE(keyword->canonicalString().toString(), QString("Stuhl"));
-    QCOMPARE(log.lines("warning"), QStringList("Keyword \"k\" has empty string list"));
-}
-
-void TestKeywordNodes::literalWithoutTextWarns()
-{
+    using T = KeywordType;
+    for (const KeywordType type : {T::Noun, T::Name, T::Adjective, T::Category}) {
+        log.clear();
+        const OneKeyword keyword(type, {{"de", "Stuhl"}});
+        QVERIFY(keyword->displayString().isNull());
+        QCOMPARE(keyword->canonicalString().toString(), QString("Stuhl"));
+        QCOMPARE(log.lines("warning"), QStringList("Keyword \"k\" has empty string list"));
+    }
+    log.clear();
     PackageIndex index;
-    LogRecorder log("norvak.package.index");
-    const LiteralNode literal({"k", int(KeywordType::Literal), {}}, &index);
+    const LiteralNode literal({"k", int(T::Literal), {}}, &index);
     QVERIFY(literal.displayString().isNull());
     QCOMPARE(log.lines(), QStringList("warning: Keyword \"k\" has empty string"));
 }

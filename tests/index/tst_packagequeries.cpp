@@ -11,26 +11,6 @@
 using namespace nk::pm;
 using namespace nk::pm::test;
 
-namespace {
-
-QString ids(const PackageList &list)
-{
-    QString ids;
-    for (const PackageNode *node : list)
-        ids += node->id();
-    return ids;
-}
-
-QString ids(const KeywordList &list)
-{
-    QString ids;
-    for (const KeywordNode *node : list)
-        ids += node->id();
-    return ids;
-}
-
-} // namespace
-
 class TestPackageQueries : public QObject
 {
     Q_OBJECT
@@ -39,8 +19,7 @@ private Q_SLOTS:
     void init();
     void selectsByTypeAndMatcher();
     void noHitIsValidUnknownTypeIsNot();
-    void sortsStably();
-    void doesNotSortASingleHit();
+    void sortsStablyAndOnlyIfNeeded();
     void selectsKeywords();
     void looksNodesUpByKind();
     void listsAnswerOutsideTheirRange();
@@ -62,11 +41,9 @@ void TestPackageQueries::init()
 void TestPackageQueries::selectsByTypeAndMatcher()
 {
     const auto isOdd = [](PackageNode *node) { return node->id().toInt() % 2 == 1; };
-    QCOMPARE(ids(PackageIndex::selectPackages(m_index, {}, {}, {})), QString("1234"));
-    QCOMPARE(ids(PackageIndex::selectPackages(m_index, {}, isOdd, {})), QString("13"));
-    QCOMPARE(ids(PackageIndex::selectPackages(m_index, "a:b", {}, {})), QString("23"));
+    QCOMPARE(ids(PackageIndex::selectPackages(m_index, {}, {}, {})), QString("1 2 3 4"));
+    QCOMPARE(ids(PackageIndex::selectPackages(m_index, {}, isOdd, {})), QString("1 3"));
     QCOMPARE(ids(PackageIndex::selectPackages(m_index, "a:b", isOdd, {})), QString("3"));
-    QCOMPARE(PackageIndex::selectPackages(m_index, "a", {}, {}).index(), m_index);
 }
 
 void TestPackageQueries::noHitIsValidUnknownTypeIsNot()
@@ -86,16 +63,13 @@ void TestPackageQueries::noHitIsValidUnknownTypeIsNot()
     QCOMPARE(PackageIndex::selectPackages(empty, {}, {}, {}).size(), 0);
 }
 
-void TestPackageQueries::sortsStably()
+void TestPackageQueries::sortsStablyAndOnlyIfNeeded()
 {
     const auto evenFirst = [](PackageNode *a, PackageNode *b) {
         return a->id().toInt() % 2 < b->id().toInt() % 2;
     };
-    QCOMPARE(ids(PackageIndex::selectPackages(m_index, {}, {}, evenFirst)), QString("2413"));
-}
+    QCOMPARE(ids(PackageIndex::selectPackages(m_index, {}, {}, evenFirst)), QString("2 4 1 3"));
 
-void TestPackageQueries::doesNotSortASingleHit()
-{
     int calls = 0;
     const auto sorter = [&calls](PackageNode *, PackageNode *) { return ++calls > 0; };
     QCOMPARE(ids(PackageIndex::selectPackages(m_index, "c", {}, sorter)), QString("4"));
@@ -104,28 +78,24 @@ void TestPackageQueries::doesNotSortASingleHit()
 
 void TestPackageQueries::selectsKeywords()
 {
-    QCOMPARE(ids(PackageIndex::selectKeywords(m_index, {})), QString("yxz"));
+    QCOMPARE(ids(PackageIndex::selectKeywords(m_index, {})), QString("y x z"));
     const KeywordList hits = PackageIndex::selectKeywords(m_index, [](KeywordNode *node) {
         const QString search = "p";
         return node->displayString().startsWith(search);
     });
-    QCOMPARE(ids(hits), QString("xz"));
+    QCOMPARE(ids(hits), QString("x z"));
     QCOMPARE(hits.displayString(1), QString("plum"));
     QCOMPARE(hits.id(0), QString("x"));
 }
 
 void TestPackageQueries::looksNodesUpByKind()
 {
-    const QString package = "2";
-    const QString keyword = "x";
-    const QString nobody = "nobody";
-    QCOMPARE(m_index->getPackage(&package)->type().toString(), QString("a:b"));
-    QCOMPARE(m_index->getKeyword(&keyword)->displayString().toString(), QString("pear"));
-    QVERIFY(!m_index->getPackage(&keyword));
-    QVERIFY(!m_index->getKeyword(&package));
-    QVERIFY(!m_index->getPackage(&nobody));
+    QCOMPARE(packageOf(m_index, "2")->type().toString(), QString("a:b"));
+    QCOMPARE(keywordOf(m_index, "x")->displayString().toString(), QString("pear"));
+    QVERIFY(!packageOf(m_index, "x"));
+    QVERIFY(!keywordOf(m_index, "2"));
+    QVERIFY(!packageOf(m_index, "nobody"));
     QVERIFY(!m_index->getPackage(QStringRef()));
-    QVERIFY(!PackageIndex().getKeyword(&keyword));
 }
 
 void TestPackageQueries::listsAnswerOutsideTheirRange()
@@ -138,8 +108,6 @@ void TestPackageQueries::listsAnswerOutsideTheirRange()
         QCOMPARE(keywords.displayString(i), QString());
         QCOMPARE(PackageList().id(i), QString());
     }
-    QVERIFY(!PackageList().isValid());
-    QVERIFY(!KeywordList().isValid());
 }
 
 void TestPackageQueries::listKeepsItsIndexAlive()

@@ -5,18 +5,66 @@
 #include "install/localpackageinstaller.h"
 #include "repository/packagerepository.h"
 #include "sources/localpackagesource.h"
+#include "support/memorysource.h"
 #include "support/testfiles.h"
 
+#include <QtConcurrent>
 #include <QtTest>
 #include <norvak/locations.h>
 
 #include <cstdlib>
-#include <cstring>
 
 using namespace nk::pm;
 using namespace nk::pm::test;
 
 namespace {
+
+/// Goes on without end in one of its tables, so that only the end of the application ends a build.
+class EndlessAccessor : public MemoryAccessor
+{
+public:
+    EndlessAccessor(const QString &table, QSemaphore &reached)
+        : MemoryAccessor(MemoryCatalogue())
+        , m_table(table)
+        , m_reached(reached)
+    {}
+
+    int packageCount() const override { return countOf("packages"); }
+    int keywordCount() const override { return countOf("keywords"); }
+    int linkCount() const override { return countOf("links"); }
+    PackageInfo packageInfo(int) const override { return reached<PackageInfo>(); }
+    KeywordInfo keywordInfo(int) const override { return reached<KeywordInfo>(); }
+    LinkInfo linkInfo(int) const override { return reached<LinkInfo>(); }
+
+private:
+    int countOf(const QString &table) const { return table == m_table ? INT_MAX : 0; }
+
+    template<typename Info>
+    Info reached() const
+    {
+        m_reached.release();
+        return Info();
+    }
+
+    const QString m_table;
+    QSemaphore &m_reached;
+};
+
+/// Leaves main() while a pool thread builds an index that never ends by itself.
+int runEndlessBuild(int &argc, char **argv)
+{
+    QSemaphore reached;
+    MemorySource source;
+    QCoreApplication application(argc, argv);
+    source.accessorMaker = [&] {
+        return std::make_unique<EndlessAccessor>(application.arguments().value(2), reached);
+    };
+    auto index = QSharedPointer<PackageIndex>::create();
+    index->addSource(&source);
+    QtConcurrent::run([index] { index->build(); });
+    reached.acquire();
+    return 0;
+}
 
 /// The application that quits: the test runs itself with these arguments.
 int runApplication(int argc, char **argv)
@@ -58,6 +106,12 @@ class ExitTest : public QObject
 private Q_SLOTS:
     void quitsCleanly_data();
     void quitsCleanly();
+    void quitsDuringAnEndlessBuild_data();
+    void quitsDuringAnEndlessBuild();
+
+private:
+    /// Runs this program as the application \a arguments with an empty home.
+    static void run(const QStringList &arguments);
 };
 
 void ExitTest::quitsCleanly_data()
@@ -78,20 +132,49 @@ void ExitTest::quitsCleanly()
         writeFile(directory + "manifest.json", "{}");
         writeFile(directory + "file", "content");
     }
+    run({"--application", moment, catalogue.path(), data.path()});
+}
+
+void ExitTest::quitsDuringAnEndlessBuild_data()
+{
+    QTest::addColumn<QString>("table");
+    for (const char *table : {"packages", "keywords", "links"})
+        QTest::newRow(table) << table;
+}
+
+void ExitTest::quitsDuringAnEndlessBuild()
+{
+    QFETCH(QString, table);
+    run({"--endless", table});
+}
+
+void ExitTest::run(const QStringList &arguments)
+{
+    QTemporaryDir home;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("HOME", home.path());
+    environment.remove("XDG_DATA_HOME");
     QProcess application;
+    application.setProcessEnvironment(environment);
     application.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    application.start(
-        QCoreApplication::applicationFilePath(),
-        {"--application", moment, catalogue.path(), data.path()});
-    QVERIFY(application.waitForFinished(120000));
+    application.start(QCoreApplication::applicationFilePath(), arguments);
+    const bool ended = application.waitForFinished(120000);
+    if (!ended)
+        application.kill();
+    QVERIFY(ended);
     QCOMPARE(application.exitStatus(), QProcess::NormalExit);
     QCOMPARE(application.exitCode(), 0);
+    // A build that nobody will see makes no directory for itself.
+    QCOMPARE(QDir(home.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries), QStringList());
 }
 
 int main(int argc, char **argv)
 {
-    if (argc > 1 && std::strcmp(argv[1], "--application") == 0)
+    const QByteArray role(argc > 1 ? argv[1] : "");
+    if (role == "--application")
         return runApplication(argc, argv);
+    if (role == "--endless")
+        return runEndlessBuild(argc, argv);
     QCoreApplication application(argc, argv);
     ExitTest test;
     return QTest::qExec(&test, argc, argv);

@@ -4,6 +4,7 @@
 #include "support/memorysource.h"
 
 #include "index/packageindex.h"
+#include "index/packageindexnode.h"
 
 #include <QUrl>
 
@@ -32,6 +33,15 @@ MemoryCatalogue &MemoryCatalogue::word(const QString &id, const QString &text, K
 MemoryCatalogue &MemoryCatalogue::link(const QString &from, int linkType, const QString &to)
 {
     links.append({linkType, from, to});
+    return *this;
+}
+
+MemoryCatalogue &MemoryCatalogue::linked(const QString &links)
+{
+    for (const QString &text : links.split(", ", Qt::SkipEmptyParts)) {
+        const QStringList words = text.split(' ');
+        link(words.at(0), linkTypeFromString(words.at(1)), words.at(2));
+    }
     return *this;
 }
 
@@ -88,6 +98,8 @@ MemoryInstaller *MemorySource::installer(const QString &id) const
 
 std::unique_ptr<PackageAccessor> MemorySource::getAccessor()
 {
+    if (accessorMaker)
+        return accessorMaker();
     return std::make_unique<MemoryAccessor>(catalogue, m_log);
 }
 
@@ -105,6 +117,32 @@ QSharedPointer<PackageIndex> buildIndex(const MemoryCatalogue &catalogue)
     MemorySource source;
     source.catalogue = catalogue;
     return buildIndex({&source});
+}
+
+PackageNode *packageOf(const QSharedPointer<PackageIndex> &index, const QString &id)
+{
+    return index->getPackage(&id);
+}
+
+KeywordNode *keywordOf(const QSharedPointer<PackageIndex> &index, const QString &id)
+{
+    return index->getKeyword(&id);
+}
+
+QString ids(const PackageList &list)
+{
+    QStringList ids;
+    for (const PackageNode *node : list)
+        ids.append(node->id().toString());
+    return ids.join(' ');
+}
+
+QString ids(const KeywordList &list)
+{
+    QStringList ids;
+    for (const KeywordNode *node : list)
+        ids.append(node->id().toString());
+    return ids.join(' ');
 }
 
 } // namespace nk::pm::test

@@ -15,10 +15,15 @@
 #include <QSharedPointer>
 
 #include <atomic>
+#include <functional>
 
 namespace nk::pm {
+class KeywordList;
+class KeywordNode;
 class PackageIndex;
-}
+class PackageList;
+class PackageNode;
+} // namespace nk::pm
 
 namespace nk::pm::test {
 
@@ -40,6 +45,8 @@ struct MemoryCatalogue
     MemoryCatalogue &word(
         const QString &id, const QString &text, KeywordType type = KeywordType::Name);
     MemoryCatalogue &link(const QString &from, int linkType, const QString &to);
+    /// Links as they are read: "car is_a vehicle, vehicle uses road".
+    MemoryCatalogue &linked(const QString &links);
 };
 
 /// What the accessors of one MemorySource report; outlives the source.
@@ -71,7 +78,9 @@ private:
 class MemoryAccessor : public PackageAccessor
 {
 public:
-    MemoryAccessor(const MemoryCatalogue &catalogue, const QSharedPointer<MemoryLog> &log);
+    explicit MemoryAccessor(
+        const MemoryCatalogue &catalogue,
+        const QSharedPointer<MemoryLog> &log = QSharedPointer<MemoryLog>::create());
 
     void load() override { ++m_log->loads; }
     int packageCount() const override { return m_catalogue.packages.size(); }
@@ -100,6 +109,8 @@ public:
     explicit MemorySource(int priority = 3, QObject *parent = nullptr);
 
     MemoryCatalogue catalogue; ///< taken as it stands by the next getAccessor()
+    /// Makes the accessors instead, if it is set.
+    std::function<std::unique_ptr<PackageAccessor>()> accessorMaker;
     int persistCount = 0;
     int updateCount = 0;
 
@@ -124,5 +135,13 @@ private:
 QSharedPointer<PackageIndex> buildIndex(const QList<PackageSource *> &sources);
 /// A finished index of one MemorySource with \a catalogue.
 QSharedPointer<PackageIndex> buildIndex(const MemoryCatalogue &catalogue);
+
+/// The node with the identifier \a id; null if there is none of this kind.
+PackageNode *packageOf(const QSharedPointer<PackageIndex> &index, const QString &id);
+KeywordNode *keywordOf(const QSharedPointer<PackageIndex> &index, const QString &id);
+
+/// The identifiers of a selection in its order, joined with blanks.
+QString ids(const PackageList &list);
+QString ids(const KeywordList &list);
 
 } // namespace nk::pm::test
