@@ -3,6 +3,8 @@
 
 #include "catalogue.h"
 
+#include "output.h"
+
 #include "network/directoryfault.h"
 
 #include "index/packageindex.h"
@@ -12,16 +14,19 @@
 
 #include <QDir>
 #include <QEventLoop>
+#include <QHash>
 #include <QTimer>
 
 #include <algorithm>
 #include <chrono>
+#include <numeric>
 
 namespace nk::pm::cli {
 namespace {
 
 constexpr std::chrono::seconds translationPatience{10};
-constexpr std::chrono::seconds answerPatience{20};
+constexpr std::chrono::seconds answerPatience{20}; // without a byte
+constexpr std::chrono::milliseconds progressInterval{500};
 
 QString faultOf(const TrackedSource &source, const PackageAccessor &snapshot)
 {
@@ -32,6 +37,34 @@ QString faultOf(const TrackedSource &source, const PackageAccessor &snapshot)
         return network->fault();
     return source.refusalOf(snapshot);
 }
+
+/// Tells on a terminal how much has come from all sources together, once that takes a while.
+class AnswerProgress
+{
+public:
+    AnswerProgress()
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { show(); });
+        m_timer.start(progressInterval);
+    }
+
+    void note(const app::SourceNetwork *network, qint64 bytes)
+    {
+        qint64 &known = m_bytes[network];
+        known = std::max(known, bytes); // where a redirect leads, it begins again
+    }
+
+private:
+    void show()
+    {
+        const qint64 bytes = std::accumulate(m_bytes.cbegin(), m_bytes.cend(), qint64(0));
+        m_line.show(QStringLiteral("Waiting for the sources: %1 bytes so far").arg(bytes));
+    }
+
+    QHash<const app::SourceNetwork *, qint64> m_bytes;
+    QTimer m_timer;
+    Progress m_line;
+};
 
 } // namespace
 
@@ -92,14 +125,23 @@ void Catalogue::waitForAnswers()
             return !source->network() || source->network()->hasPolled();
         });
     };
+    QTimer patience;
+    connect(&patience, &QTimer::timeout, &loop, &QEventLoop::quit);
+    patience.start(answerPatience);
+    AnswerProgress progress;
     for (const auto &source : m_sources) {
-        if (source->network())
-            connect(source->network(), &app::SourceNetwork::polled, &loop, [&] {
-                if (haveAllPolled())
-                    loop.quit();
-            });
+        const app::SourceNetwork *network = source->network();
+        if (!network)
+            continue;
+        connect(network, &app::SourceNetwork::polled, &loop, [&] {
+            if (haveAllPolled())
+                loop.quit();
+        });
+        connect(network, &app::SourceNetwork::pollProgress, &loop, [&, network](qint64 bytes) {
+            patience.start(); // patience is for silence: a large answer may take its time
+            progress.note(network, bytes);
+        });
     }
-    QTimer::singleShot(answerPatience, &loop, &QEventLoop::quit);
     if (!haveAllPolled())
         loop.exec();
 }

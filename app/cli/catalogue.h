@@ -34,8 +34,9 @@ public:
     explicit Catalogue(const SourceOptions &options, QObject *parent = nullptr);
     ~Catalogue() override;
 
-    /// Opens the sources, gives those on the network some seconds to answer, and waits for the
-    /// first index. Gives what is wrong with a source, or an empty text.
+    /// Opens the sources, waits for those on the network until they have answered or been silent
+    /// for some seconds, and for the first index. Gives what is wrong with a source, or an empty
+    /// text.
     QString open();
 
     /// What the user should know of sources that are used all the same.

@@ -21,6 +21,7 @@ namespace nk::pm::cli {
 namespace {
 
 constexpr int silenceMilliseconds = 30000; // without a byte; then a download is given up
+constexpr int badGateway = 502; // HTTP; the proxy's for a source without a complete answer
 
 /// Passes on what \a source has got; false if \a sink takes less.
 bool pass(QIODevice &source, QIODevice &sink)
@@ -69,6 +70,8 @@ QString download(const QUrl &url, QNetworkAccessManager &network, QIODevice &sin
         return fault;
     // The address of a reply that failed is often that of the proxy, which tells the user nothing.
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    if (status == badGateway)
+        return QStringLiteral("the source can't be reached, and the file isn't in the store");
     return QStringLiteral("the source doesn't give the file: %1")
         .arg(status > 0 ? QStringLiteral("status %1").arg(status) : reply->errorString());
 }

@@ -46,18 +46,46 @@ QNetworkReply *SourceNetwork::createRequest(
     if (!m_authorization.isEmpty() && nk::sameOrigin(request.url(), m_url))
         ownRequest.setRawHeader("Authorization", m_authorization);
     QNetworkReply *reply = QNetworkAccessManager::createRequest(operation, ownRequest, body);
-    if (request.url().path().endsWith(m_pollPath))
-        connect(reply, &QNetworkReply::finished, this, [this, reply] { notePoll(*reply); });
+    const bool continues = !m_redirectTarget.isEmpty() && request.url() == m_redirectTarget;
+    if (continues)
+        m_redirectTarget.clear();
+    if (continues || request.url().path().endsWith(m_pollPath))
+        watchPoll(reply);
     return reply;
 }
 
-void SourceNetwork::notePoll(const QNetworkReply &reply)
+void SourceNetwork::watchPoll(QNetworkReply *reply)
+{
+    connect(reply, &QNetworkReply::downloadProgress, this, &SourceNetwork::pollProgress);
+    connect(reply, &QNetworkReply::finished, this, [this, reply] { noteAnswer(*reply); });
+}
+
+void SourceNetwork::noteAnswer(const QNetworkReply &reply)
 {
     const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     if (isRedirect(status))
-        return; // the poll goes on elsewhere
+        noteRedirect(reply.url().resolved(QUrl::fromEncoded(reply.rawHeader("Location"))));
+    else
+        notePoll(faultOf(reply, status));
+}
+
+// The request hears of this reply after us. By its next event loop turn it has gone on or given up.
+void SourceNetwork::noteRedirect(const QUrl &target)
+{
+    m_redirectTarget = target;
+    const auto giveUp = [this] {
+        if (m_redirectTarget.isEmpty())
+            return;
+        m_redirectTarget.clear();
+        notePoll(tr("the server redirects to an address that can't be followed"));
+    };
+    QMetaObject::invokeMethod(this, giveUp, Qt::QueuedConnection);
+}
+
+void SourceNetwork::notePoll(const QString &fault)
+{
     m_hasPolled = true;
-    m_fault = faultOf(reply, status);
+    m_fault = fault;
     if (m_fault.isEmpty())
         m_lastAnswer = QDateTime::currentDateTime();
     // The request hears of this reply after us, and the source after the request.

@@ -18,7 +18,7 @@ class SourceNetwork : public QNetworkAccessManager
 public:
     /// \a url is the source's and may hold a user and a password. They go, in an Authorization of
     /// the kind Basic, with each request to the URL's own origin and with no other. A poll is a
-    /// request whose path ends with \a pollPath.
+    /// request whose path ends with \a pollPath, with what its redirects lead to.
     SourceNetwork(const QUrl &url, const QString &pollPath, QObject *parent = nullptr);
 
     /// The source's URL without user and password.
@@ -32,6 +32,8 @@ public:
     QString fault() const { return m_fault; }
 
 Q_SIGNALS:
+    /// So many bytes of a poll's answer have come; \a size of it, -1 if unknown.
+    void pollProgress(qint64 bytes, qint64 size);
     /// A poll has ended, and the source has dealt with its outcome.
     void polled();
 
@@ -40,11 +42,15 @@ protected:
         Operation operation, const QNetworkRequest &request, QIODevice *body) override;
 
 private:
-    void notePoll(const QNetworkReply &reply);
+    void watchPoll(QNetworkReply *reply);
+    void noteAnswer(const QNetworkReply &reply);
+    void noteRedirect(const QUrl &target);
+    void notePoll(const QString &fault);
 
     const QUrl m_url;
     const QString m_pollPath;
     QByteArray m_authorization;
+    QUrl m_redirectTarget; // of a poll that is about to go on there
     bool m_hasPolled = false;
     QDateTime m_lastAnswer;
     QString m_fault;

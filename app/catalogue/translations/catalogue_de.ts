@@ -701,6 +701,10 @@
             <source>the server didn't answer in time</source>
             <translation>Der Server antwortete nicht rechtzeitig</translation>
         </message>
+        <message>
+            <source>the server redirects to an address that can't be followed</source>
+            <translation>Der Server leitet an eine Adresse weiter, der nicht gefolgt werden kann</translation>
+        </message>
     </context>
     <context>
         <name>nk::pm::app::TrackedSource</name>
