@@ -3,9 +3,9 @@
 
 #include "cataloguetree.h"
 
+#include "support/testfiles.h"
+
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 
 #include <filesystem>
 
@@ -24,10 +24,7 @@ CatalogueTree::~CatalogueTree()
 
 void CatalogueTree::file(const QString &relative, const QByteArray &content)
 {
-    QFile target(path() + '/' + relative);
-    QDir().mkpath(QFileInfo(target).path());
-    if (!target.open(QIODevice::WriteOnly) || target.write(content) != content.size())
-        qFatal("Can't write %s", qPrintable(target.fileName()));
+    writeFile(path() + '/' + relative, content);
 }
 
 void CatalogueTree::directory(const QString &relative)

@@ -3,7 +3,7 @@
 
 #include "nkledgerprocess.h"
 
-#include <QJsonDocument>
+#include <QFile>
 
 #include <csignal>
 
@@ -13,24 +13,18 @@ namespace {
 
 constexpr int patience = 120000; // milliseconds
 
-} // namespace
-
-QJsonObject CallResult::json() const
+void succeed(const QString &directory, const QStringList &arguments)
 {
-    return QJsonDocument::fromJson(output).object();
+    const CallResult result = callNkledger(directory, arguments);
+    if (result.exitCode != 0)
+        qFatal("nkledger %s: %s", qPrintable(arguments.join(' ')), qPrintable(result.errors));
 }
+
+} // namespace
 
 CallResult callNkledger(const QString &directory, const QStringList &arguments)
 {
-    QProcess process;
-    process.setWorkingDirectory(directory);
-    process.start(NKLEDGER, arguments);
-    process.closeWriteChannel();
-    const bool ended = process.waitForFinished(patience);
-    const bool exited = ended && process.exitStatus() == QProcess::NormalExit;
-    return {
-        exited ? process.exitCode() : -1, process.readAllStandardOutput(),
-        QString::fromUtf8(process.readAllStandardError())};
+    return call(NKLEDGER, arguments, directory);
 }
 
 ServedPublication::ServedPublication(const QString &publication)
@@ -50,27 +44,30 @@ ServedPublication::~ServedPublication()
 int ServedPublication::interrupt()
 {
     ::kill(pid_t(m_process.processId()), SIGINT);
-    const bool ended = m_process.waitForFinished(patience);
-    return ended && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+    return finish(m_process).exitCode;
 }
 
-void makeKeys(const QString &directory)
+void makeKeys(const QString &directory, Trust trust)
 {
-    const QVector<QStringList> calls{
-        {"keygen", "trust"},
-        {"keygen", "studio"},
-        {"issue", "studio.pem", "--trust", "trust-private.pem", "--label", "Studio"},
-    };
-    for (const QStringList &call : calls) {
-        const CallResult result = callNkledger(directory, call);
-        if (result.exitCode != 0)
-            qFatal("nkledger %s: %s", qPrintable(call.join(' ')), qPrintable(result.errors));
+    if (trust == Trust::Nobody) {
+        succeed(directory, {"keygen", "trust"});
+    } else {
+        for (const QString name : {"trust.pem", "trust-private.pem"})
+            QFile::copy(NKPM_SOURCE_DIR "/keys/development-" + name, directory + '/' + name);
     }
+    succeed(directory, {"keygen", "studio"});
+    succeed(
+        directory, {"issue", "studio.pem", "--trust", "trust-private.pem", "--label", "Studio"});
 }
 
-QStringList keyArguments()
+QStringList publishArguments(const QString &catalogue, const QString &target)
 {
-    return {"--issuer", "studio-private.pem", "--trust", "trust.pem"};
+    return {"publish", catalogue, target, "--issuer", "studio-private.pem", "--trust", "trust.pem"};
+}
+
+void publishWithKeys(const QString &directory, const QString &catalogue, const QString &target)
+{
+    succeed(directory, publishArguments(catalogue, target));
 }
 
 } // namespace nk::pm::test

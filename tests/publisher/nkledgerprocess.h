@@ -3,23 +3,9 @@
 
 #pragma once
 
-#include <QByteArray>
-#include <QJsonObject>
-#include <QProcess>
-#include <QString>
-#include <QStringList>
+#include "support/programcall.h"
 
 namespace nk::pm::test {
-
-/// What a call of nkledger gave.
-struct CallResult
-{
-    int exitCode = -1; ///< -1 if it crashed
-    QByteArray output;
-    QString errors;
-
-    QJsonObject json() const;
-};
 
 /// Calls nkledger with \a arguments in \a directory and waits for its end.
 CallResult callNkledger(const QString &directory, const QStringList &arguments);
@@ -42,10 +28,18 @@ private:
     QString m_url;
 };
 
-/// Makes keys in \a directory: a trust key "trust" and an issuer "studio" that it has signed.
-void makeKeys(const QString &directory);
+enum class Trust {
+    Nobody,         ///< a new trust key that no program knows
+    DefaultPrograms ///< the development key, which the programs of this build trust
+};
 
-/// The arguments after "publish CATALOGUE_DIR OUT_DIR" that use these keys.
-QStringList keyArguments();
+/// Makes keys in \a directory: a trust key "trust" and an issuer "studio" that it has signed.
+void makeKeys(const QString &directory, Trust trust = Trust::Nobody);
+
+/// The call of nkledger that publishes \a catalogue in \a target with these keys.
+QStringList publishArguments(const QString &catalogue, const QString &target);
+/// Calls it; whatever goes wrong is fatal.
+void publishWithKeys(
+    const QString &directory, const QString &catalogue, const QString &target = "public");
 
 } // namespace nk::pm::test

@@ -4,7 +4,6 @@
 #include "catalogue/progress.h"
 #include "cataloguetree.h"
 #include "ledger/ledgerencoder.h"
-#include "ledger/ledgerreading.h"
 #include "publish/filehasher.h"
 #include "publish/publication.h"
 #include "publish/publish.h"
@@ -23,9 +22,7 @@
 using namespace nk::pm;
 using namespace nk::pm::publisher;
 using nk::crypto::ed25519::PrivateKey;
-using nk::pm::test::CatalogueTree;
-using nk::pm::test::FileSizeLimit;
-using nk::pm::test::numberedContent;
+using namespace nk::pm::test;
 
 namespace {
 
@@ -58,9 +55,18 @@ private:
     std::function<void()> m_what;
 };
 
+/// What a reader that verifies everything has of \a ledger, which has to stay.
+LedgerTables tablesOf(const QByteArray &ledger)
+{
+    VerifiedSignatures known;
+    return loadLedger(ledger, trustKey.publicKey(), known);
+}
+
 /// A catalogue, and a directory to publish it in.
 struct Shop
 {
+    Shop() { tree.fillWithGoods(); }
+
     CatalogueTree tree;
     QTemporaryDir directory;
     PublishOrder order{
@@ -73,13 +79,7 @@ struct Shop
         return nk::pm::publisher::publish(order, progress);
     }
 
-    QByteArray ledger() const { return content(layout.ledgerFile()); }
-
-    static QByteArray content(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    QByteArray ledger() const { return readFile(layout.ledgerFile()); }
 
     /// Path, size, time and content of all that is served.
     QStringList served() const
@@ -92,7 +92,7 @@ struct Shop
                             .arg(info.filePath().mid(order.target.size()))
                             .arg(info.size())
                             .arg(info.lastModified().toMSecsSinceEpoch())
-                            .arg(QString(digestOf(content(info.filePath())).toHex())));
+                            .arg(QString(digestOf(readFile(info.filePath())).toHex())));
         }
         list.sort();
         return list;
@@ -114,12 +114,10 @@ class tst_Publish : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void publishesForTheReader();
-    void publishesNothing();
+    void servesFilesByTheirDigest();
     void sameCatalogueSameTree();
     void reusesWhatIsUnchanged();
-    void replacesDamagedFile();
-    void keepsNoSignatureOfAForeignLedger();
+    void mendsWhatWasDamaged();
     void chosenIssuersSign();
     void refuses_data();
     void refuses();
@@ -127,78 +125,45 @@ private Q_SLOTS:
     void errorLeavesOldPublication_data();
     void errorLeavesOldPublication();
     void twoPublishersAreKeptApart();
-    void clearsAwayAfterKilledPublisher();
-    void othersMayReadFilesButNotState();
 };
 
-void tst_Publish::publishesForTheReader()
+/// What the ledger says of a catalogue is compared by tst_roundtrip.
+void tst_Publish::servesFilesByTheirDigest()
 {
     Shop shop;
-    shop.tree.fillWithGoods();
     const PublishReport report = shop.publish();
     QVERIFY2(report.published, qPrintable(errors(report)));
     QCOMPARE(report.newSignatures, 3);
-
     const QByteArray ledger = shop.ledger();
     QCOMPARE(report.ledgerDigest, digestOf(ledger));
-    VerifiedSignatures known;
-    const LedgerTables tables = loadLedger(ledger, trustKey.publicKey(), known);
-    QCOMPARE(tables.packages.size(), 3);
-    QCOMPARE(tables.keywords.size(), 5);
-    QCOMPARE(tables.links.size(), 4);
 
+    const LedgerTables tables = tablesOf(ledger);
     const PackageEntry &stool = tables.packages[2];
-    QCOMPARE(stool.id.text(), "stool");
-    QCOMPARE(tables.types[stool.typeIndex].text(), "furniture:chairs");
     QCOMPARE(stool.files.sorted().size(), 2);
     const QByteArray digest = QCryptographicHash::hash("v 0 0 0\n", QCryptographicHash::Sha224);
     QCOMPARE(QByteArray(stool.files.hashOf("stool.obj"), 28), digest);
-    QCOMPARE(Shop::content(shop.layout.contentFile(digest)), "v 0 0 0\n");
+    const QString file = shop.layout.contentFile(digest);
+    QCOMPARE(readFile(file), "v 0 0 0\n");
 
-    const LedgerKeyword &chair = tables.keywords[0];
-    QCOMPARE(chair.strings.size(), 2);
-    QCOMPARE(tables.languages[chair.strings.firstKey()].text(), "de");
-    QCOMPARE(chair.strings.first()[0].bytes(), QByteArray("Stuhl\0St\xc3\xbchle", 13));
-    QCOMPARE(
-        chair.strings.first()[1].bytes(), QByteArray(
-                                              "\0Sitzm\xc3\xb6"
-                                              "bel",
-                                              11));
-    QCOMPARE(chair.strings.last()[1].bytes(), QByteArray("seat"));
-
-    QStringList links;
-    for (const LedgerLink &link : tables.links)
-        links.append(linkStart(tables, link).text() + " " + linkEnd(tables, link).text());
-    QCOMPARE(links, QStringList({"chair wooden", "rooms stool", "stool chair", "stool oak"}));
-}
-
-void tst_Publish::publishesNothing()
-{
-    Shop shop;
-    shop.order.issuers.clear();
-    QVERIFY(shop.publish().published);
-    QByteArray expected = QByteArray::fromHex(
-        "6c64677201002e697373260000002e6b7764300000002e706b673e0000002e6c6e6b4c000000");
-    expected += QByteArray::fromHex("2e69737302000000"
-                                    "0000");
-    expected += QByteArray::fromHex("2e6b776406000000"
-                                    "000000000000");
-    expected += QByteArray::fromHex("2e706b6706000000"
-                                    "000000000000");
-    expected += QByteArray::fromHex("2e6c6e6b04000000"
-                                    "00000000");
-    QCOMPARE(shop.ledger().toHex(), expected.toHex());
+    // The web server's user reads what is served, and nothing else.
+    const auto others = QFile::ReadOther | QFile::ReadGroup;
+    for (const QString &path : {file, shop.layout.ledgerFile()}) {
+        QCOMPARE(QFile::permissions(path) & others, others);
+        QVERIFY(!(QFile::permissions(path) & (QFile::WriteGroup | QFile::WriteOther)));
+    }
+    QVERIFY(
+        !(QFile::permissions(shop.layout.stateDirectory())
+          & (others | QFile::ExeOther | QFile::ExeGroup)));
 }
 
 void tst_Publish::sameCatalogueSameTree()
 {
     Shop one;
-    one.tree.fillWithGoods();
     Shop other;
     other.order.issuers = one.order.issuers;
     // Other file times, another order of directory entries, other white space.
-    other.tree.link("stool-needs-oak", "stool", "requires", "oak");
-    other.tree.package("materials/oak", "{}");
+    other.tree.remove("packages/furniture");
+    other.tree.remove("links/chair-is-wooden.json");
     other.tree.fillWithGoods();
     other.tree.package("loose", "\n{\n}\n");
     QVERIFY(one.publish().published);
@@ -210,7 +175,6 @@ void tst_Publish::sameCatalogueSameTree()
 void tst_Publish::reusesWhatIsUnchanged()
 {
     Shop shop;
-    shop.tree.fillWithGoods();
     QVERIFY(shop.publish().published);
     const QStringList served = shop.served();
 
@@ -231,8 +195,7 @@ void tst_Publish::reusesWhatIsUnchanged()
     QCOMPARE(report.newBytes, 4);
     QCOMPARE(report.newSignatures, 2);
     QCOMPARE(report.keptSignatures, 1);
-    VerifiedSignatures known;
-    QCOMPARE(loadLedger(shop.ledger(), trustKey.publicKey(), known).packages.size(), 3);
+    QCOMPARE(tablesOf(shop.ledger()).packages.size(), 3);
 
     // The same content under another type or from another issuer isn't the same to the signature.
     shop.order.issuers.append(newIssuer("materials"));
@@ -242,55 +205,39 @@ void tst_Publish::reusesWhatIsUnchanged()
     report = shop.publish();
     QCOMPARE(report.newSignatures, 2);
     QCOMPARE(report.keptSignatures, 1);
-    QCOMPARE(loadLedger(shop.ledger(), trustKey.publicKey(), known).packages.size(), 3);
+    QCOMPARE(tablesOf(shop.ledger()).packages.size(), 3);
 }
 
-void tst_Publish::replacesDamagedFile()
+void tst_Publish::mendsWhatWasDamaged()
 {
     Shop shop;
-    shop.tree.fillWithGoods();
     QVERIFY(shop.publish().published);
     const QStringList served = shop.served();
-    const QString path = shop.layout.contentFile(digestOf(QByteArray("<svg/>")));
-    QVERIFY(QFile::resize(path, 3));
-    const PublishReport report = shop.publish();
-    QCOMPARE(report.newFiles, 1);
-    QCOMPARE(shop.served(), served);
-}
-
-void tst_Publish::keepsNoSignatureOfAForeignLedger()
-{
-    Shop shop;
-    shop.tree.fillWithGoods();
-    QVERIFY(shop.publish().published);
+    QVERIFY(QFile::resize(shop.layout.contentFile(digestOf(QByteArray("<svg/>"))), 3));
     const QByteArray ledger = shop.ledger();
     QByteArray damaged = ledger;
-    const LedgerReading reading = readLedger(ledger);
-    char &signatureByte = damaged.data()[reading.tables.packages[1].signature - ledger.constData()];
-    signatureByte = char(~signatureByte);
-    QFile file(shop.layout.ledgerFile());
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(damaged);
-    file.close();
+    const auto offset = int(tablesOf(ledger).packages[1].signature - ledger.constData());
+    damaged[offset] = char(~damaged[offset]);
+    writeFile(shop.layout.ledgerFile(), damaged);
 
     const PublishReport report = shop.publish();
+    QCOMPARE(report.newFiles, 1);
     QCOMPARE(report.keptSignatures, 0);
     QVERIFY(report.ledgerChanged);
-    QCOMPARE(shop.ledger(), ledger);
+    QCOMPARE(shop.served(), served);
 }
 
 void tst_Publish::chosenIssuersSign()
 {
     Shop shop;
-    shop.tree.fillWithGoods();
     shop.tree.package("furniturelike/hook");
     shop.tree.package("furniture/table");
     shop.order.issuers = {
         newIssuer("furniture"), newIssuer(), newIssuer("furniture:chairs"), newIssuer("unused")};
     const PublishReport report = shop.publish();
     QVERIFY2(report.published, qPrintable(errors(report)));
-    VerifiedSignatures known;
-    const LedgerTables tables = loadLedger(shop.ledger(), trustKey.publicKey(), known);
+    const QByteArray ledger = shop.ledger();
+    const LedgerTables tables = tablesOf(ledger);
     QCOMPARE(tables.issuers.size(), 4);
     QMap<QString, int> signers;
     for (const PackageEntry &package : tables.packages)
@@ -338,7 +285,6 @@ void tst_Publish::refuses()
     QFETCH(Break, breakIt);
     QFETCH(QString, expected);
     Shop shop;
-    shop.tree.fillWithGoods();
     breakIt(shop);
     const PublishReport report = shop.publish();
     QVERIFY(!report.published);
@@ -369,30 +315,29 @@ void tst_Publish::fullDisk()
 void tst_Publish::errorLeavesOldPublication_data()
 {
     QTest::addColumn<QString>("when");
-    QTest::addColumn<Break>("breakIt");
     QTest::addColumn<QString>("expected");
-
-    QTest::newRow("file vanishes before it is hashed")
-        << "Hashing files" << Break([](Shop &shop) { shop.tree.remove("packages/loose/new.png"); })
-        << "packages/loose/new.png: can't be read";
-    QTest::newRow("file vanishes before it is copied")
-        << "Copying files" << Break([](Shop &shop) { shop.tree.remove("packages/loose/new.png"); })
-        << "packages/loose/new.png: can't be read";
-    QTest::newRow("file changes before it is copied") << "Copying files" << Break([](Shop &shop) {
-        shop.tree.file("packages/loose/new.png", "newer");
-    }) << "packages/loose/new.png: changed while it was being published";
-    QTest::newRow("file can't take its place") << "Copying files" << Break([](Shop &shop) {
+    QTest::addColumn<Break>("breakIt");
+    const auto row = [](const char *name, const char *when, const char *expected,
+                        const Break &breakIt) {
+        QTest::newRow(name) << QString(when) << "packages/loose/new.png: " + QString(expected)
+                            << breakIt;
+    };
+    const Break vanish = [](Shop &shop) { shop.tree.remove("packages/loose/new.png"); };
+    row("file vanishes before it is hashed", "Hashing files", "can't be read", vanish);
+    row("file vanishes before it is copied", "Copying files", "can't be read", vanish);
+    row("file changes before it is copied", "Copying files", "changed while it was being published",
+        [](Shop &shop) { shop.tree.file("packages/loose/new.png", "newer"); });
+    row("file can't take its place", "Copying files", "can't replace", [](Shop &shop) {
         QDir().mkpath(shop.layout.contentFile(digestOf(QByteArray("new"))) + "/x");
-    }) << "packages/loose/new.png: can't replace";
+    });
 }
 
 void tst_Publish::errorLeavesOldPublication()
 {
     QFETCH(QString, when);
-    QFETCH(Break, breakIt);
     QFETCH(QString, expected);
+    QFETCH(Break, breakIt);
     Shop shop;
-    shop.tree.fillWithGoods();
     QVERIFY(shop.publish().published);
     const QStringList served = shop.served();
 
@@ -407,7 +352,6 @@ void tst_Publish::errorLeavesOldPublication()
 void tst_Publish::twoPublishersAreKeptApart()
 {
     Shop shop;
-    shop.tree.fillWithGoods();
     PublishReport second;
     Interruption interruption("Signing packages", [&] { second = shop.publish(); });
     const PublishReport first = nk::pm::publisher::publish(shop.order, interruption);
@@ -415,32 +359,6 @@ void tst_Publish::twoPublishersAreKeptApart()
     QVERIFY(!second.published);
     QVERIFY2(errors(second).contains("another publisher is at work"), qPrintable(errors(second)));
     QVERIFY(shop.publish().published);
-}
-
-void tst_Publish::clearsAwayAfterKilledPublisher()
-{
-    Shop shop;
-    QDir().mkpath(shop.layout.stagingDirectory() + "/x");
-    QFile remains(shop.layout.stagedFile(QByteArray(28, 'x')));
-    QVERIFY(remains.open(QIODevice::WriteOnly));
-    remains.close();
-    QVERIFY(shop.publish().published);
-    QVERIFY(!QFileInfo::exists(shop.layout.stagingDirectory()));
-}
-
-void tst_Publish::othersMayReadFilesButNotState()
-{
-    Shop shop;
-    shop.tree.fillWithGoods();
-    QVERIFY(shop.publish().published);
-    const auto others = QFile::ReadOther | QFile::ReadGroup;
-    const QString file = shop.layout.contentFile(digestOf(QByteArray("<svg/>")));
-    QCOMPARE(QFile::permissions(file) & others, others);
-    QCOMPARE(QFile::permissions(shop.layout.ledgerFile()) & others, others);
-    QVERIFY(!(QFile::permissions(file) & (QFile::WriteGroup | QFile::WriteOther)));
-    QVERIFY(
-        !(QFile::permissions(shop.layout.stateDirectory())
-          & (QFile::ReadOther | QFile::ExeOther | QFile::ReadGroup | QFile::ExeGroup)));
 }
 
 QTEST_GUILESS_MAIN(tst_Publish)

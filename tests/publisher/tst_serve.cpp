@@ -70,10 +70,9 @@ struct Answer
 /// One request by curl.
 Answer curl(const QStringList &arguments)
 {
-    QProcess process;
-    process.start("curl", QStringList{"-s", "-i", "--path-as-is", "--max-time", "60"} + arguments);
-    process.waitForFinished(120000);
-    const QByteArray all = process.readAllStandardOutput();
+    const QByteArray all =
+        call("curl", QStringList{"-s", "-i", "--path-as-is", "--max-time", "60"} + arguments)
+            .output;
     const int end = all.indexOf("\r\n\r\n");
     Answer answer;
     answer.body = all.mid(end + 4);
@@ -97,32 +96,25 @@ private Q_SLOTS:
     void answers_data();
     void answers();
     void ledgerIsSeenAsSoonAsItIsReplaced();
-    void endsWhenInterrupted();
-    void refusesValuesThatNginxWouldMisread_data();
     void refusesValuesThatNginxWouldMisread();
 
 private:
     QTemporaryDir m_directory;
     CatalogueTree m_tree;
     const Layout m_layout{m_directory.path() + "/public dir"};
+    const QByteArray m_content = QByteArray(200000, 'o'); // of one of the goods
     QByteArray m_ledger;
     QByteArray m_etag;
-    QString m_digest; // of a file of 200,000 bytes
 };
 
 void tst_Serve::initTestCase()
 {
     makeKeys(m_directory.path());
     m_tree.fillWithGoods();
-    const CallResult published = callNkledger(
-        m_directory.path(),
-        QStringList{"publish", m_tree.path(), m_layout.root()} + keyArguments());
-    QCOMPARE(published.exitCode, 0);
+    publishWithKeys(m_directory.path(), m_tree.path(), m_layout.root());
     m_ledger = readFile(m_layout.ledgerFile());
-    m_digest = digestOf(QByteArray(200000, 'o')).toHex();
-    const QByteArray ledgerDigest = digestOf(m_ledger);
     m_etag = nk::pm::publisher::entityTag(
-        nk::pm::publisher::modificationTime(ledgerDigest), m_ledger.size());
+        nk::pm::publisher::modificationTime(digestOf(m_ledger)), m_ledger.size());
 }
 
 void tst_Serve::answers_data()
@@ -131,32 +123,29 @@ void tst_Serve::answers_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<int>("status");
     QTest::addColumn<QByteArray>("body");
-
-    const QString ledger = "/api/v1/ledger";
-    const QString file = ledger + "/" + m_digest;
-    const auto condition = [](const QByteArray &value) {
-        return QStringList{"-H", "If-None-Match: " + value};
+    const auto row = [](const char *name, const QStringList &arguments, const QString &path,
+                        int status, const QByteArray &body = {}) {
+        QTest::newRow(name) << arguments << path << status << body;
     };
-    const QByteArray none;
-    QTest::newRow("ledger") << QStringList() << ledger << 200 << m_ledger;
-    QTest::newRow("known ledger") << condition(m_etag) << ledger << 304 << none;
-    QTest::newRow("weak tag") << condition("W/" + m_etag) << ledger << 304 << none;
-    QTest::newRow("one of two tags") << condition("\"a\", " + m_etag) << ledger << 304 << none;
-    QTest::newRow("any tag") << condition("*") << ledger << 304 << none;
-    QTest::newRow("other ledger") << condition("\"1-2\"") << ledger << 200 << m_ledger;
-    QTest::newRow("head") << QStringList{"--head"} << ledger << 200 << none;
-    QTest::newRow("file") << QStringList() << file << 200 << QByteArray(200000, 'o');
-    QTest::newRow("range") << QStringList{"-r", "10-19"} << file << 206 << QByteArray(10, 'o');
-    QTest::newRow("unknown file") << QStringList() << ledger + "/" + QString(56, '0') << 404
-                                  << none;
-    QTest::newRow("digest in capitals")
-        << QStringList() << ledger + "/" + m_digest.toUpper() << 404 << none;
-    QTest::newRow("ledger by its file name")
-        << QStringList() << ledger + "/index.html" << 404 << none;
-    QTest::newRow("publisher's state") << QStringList() << "/.nkledger/ledger" << 404 << none;
-    QTest::newRow("path that climbs")
-        << QStringList() << ledger + "/../../../.nkledger/ledger" << 404 << none;
-    QTest::newRow("root") << QStringList() << "/" << 404 << none;
+    const auto unless = [](const QByteArray &tags) {
+        return QStringList{"-H", "If-None-Match: " + tags};
+    };
+
+    row("ledger", {}, "", 200, m_ledger);
+    row("known ledger", unless(m_etag), "", 304);
+    row("weak tag", unless("W/" + m_etag), "", 304);
+    row("one of two tags", unless("\"a\", " + m_etag), "", 304);
+    row("any tag", unless("*"), "", 304);
+    row("other ledger", unless("\"1-2\""), "", 200, m_ledger);
+    row("head", {"--head"}, "", 200);
+    const QString file = '/' + digestOf(m_content).toHex();
+    row("file", {}, file, 200, m_content);
+    row("range", {"-r", "10-19"}, file, 206, m_content.mid(10, 10));
+    row("unknown file", {}, '/' + QString(56, '0'), 404);
+    row("digest in capitals", {}, file.toUpper(), 404);
+    row("ledger by its file name", {}, "/index.html", 404);
+    row("publisher's state", {}, "/../../../.nkledger/ledger", 404);
+    row("root", {}, "/../../..", 404);
 }
 
 void tst_Serve::answers()
@@ -172,12 +161,13 @@ void tst_Serve::answers()
     QTRY_VERIFY2(QFileInfo::exists(plainNginx.socket()), qPrintable(plainNginx.errors()));
 
     const QVector<QStringList> places{
-        {server.url().chopped(1) + path},
-        {"--unix-socket", nginx.socket(), "http://localhost/shop.v1" + path},
-        {"--unix-socket", plainNginx.socket(), "http://localhost" + path},
+        {server.url() + "api/v1/ledger"},
+        {"--unix-socket", nginx.socket(), "http://localhost/shop.v1/api/v1/ledger"},
+        {"--unix-socket", plainNginx.socket(), "http://localhost/api/v1/ledger"},
     };
     QByteArray etag;
-    for (const QStringList &place : places) {
+    for (QStringList place : places) {
+        place.last() += path;
         const Answer answer = curl(arguments + place);
         QCOMPARE(answer.status, status);
         if (status == 404)
@@ -195,48 +185,33 @@ void tst_Serve::answers()
 void tst_Serve::ledgerIsSeenAsSoonAsItIsReplaced()
 {
     QTemporaryDir copy;
-    const QString publication = copy.path() + "/public";
-    const auto publish = [&] {
-        return callNkledger(
-            m_directory.path(),
-            QStringList{"publish", m_tree.path(), publication} + keyArguments());
-    };
-    QCOMPARE(publish().exitCode, 0);
-    const ServedPublication server(publication);
+    const Layout layout(copy.path() + "/public");
+    publishWithKeys(m_directory.path(), m_tree.path(), layout.root());
+    ServedPublication server(layout.root());
+    QVERIFY(server.url().startsWith("http://127.0.0.1:"));
     const QStringList request{"-H", "If-None-Match: " + m_etag, server.url() + "api/v1/ledger"};
     QCOMPARE(curl(request).status, 304);
     m_tree.package("loose", R"({"new":true})");
-    QCOMPARE(publish().exitCode, 0);
+    publishWithKeys(m_directory.path(), m_tree.path(), layout.root());
     const Answer answer = curl(request);
     QCOMPARE(answer.status, 200);
-    QCOMPARE(answer.body, readFile(Layout(publication).ledgerFile()));
-}
-
-void tst_Serve::endsWhenInterrupted()
-{
-    ServedPublication server(m_layout.root());
-    QVERIFY(server.url().startsWith("http://127.0.0.1:"));
+    QCOMPARE(answer.body, readFile(layout.ledgerFile()));
     QCOMPARE(server.interrupt(), 0);
-}
-
-void tst_Serve::refusesValuesThatNginxWouldMisread_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::newRow("address that ends the line") << QStringList{"--listen", "80; root /"};
-    QTest::newRow("name that opens a block") << QStringList{"--server-name", "a {"};
-    QTest::newRow("relative prefix") << QStringList{"--prefix", "shop"};
-    QTest::newRow("prefix that ends in a slash") << QStringList{"--prefix", "/shop/"};
-    QTest::newRow("prefix with a variable") << QStringList{"--prefix", "/$uri"};
 }
 
 void tst_Serve::refusesValuesThatNginxWouldMisread()
 {
-    QFETCH(QStringList, arguments);
-    const CallResult result =
-        callNkledger(m_directory.path(), QStringList{"nginx-config", m_layout.root()} + arguments);
-    QCOMPARE(result.exitCode, 1);
-    QCOMPARE(result.output, QByteArray());
-    QVERIFY(!result.errors.isEmpty());
+    const QVector<QStringList> values{
+        {"--listen", "80; root /"}, {"--server-name", "a {"}, {"--prefix", "shop"},
+        {"--prefix", "/shop/"},     {"--prefix", "/$uri"},
+    };
+    for (const QStringList &value : values) {
+        const CallResult result =
+            callNkledger(m_directory.path(), QStringList{"nginx-config", m_layout.root()} + value);
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.output, QByteArray());
+        QVERIFY2(result.errors.contains(value.last()), qPrintable(result.errors));
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Serve)
