@@ -19,15 +19,13 @@ class TestNkpmCollection : public QObject
 private Q_SLOTS:
     void initTestCase();
     void keepsPackagesInAFile();
-    void installsWhatIsInIt();
     void keepsWhatItDoesNotKnow();
     void refuses_data();
     void refuses();
 
 private:
-    CallResult nkpm(const QStringList &arguments);
-    CallResult collection(const QStringList &arguments);
-    QStringList packages();
+    CallResult collection(const QStringList &arguments) const;
+    QStringList packages() const;
 
     QTemporaryDir m_directory;
     CatalogueTree m_catalogue;
@@ -43,28 +41,14 @@ void TestNkpmCollection::initTestCase()
     m_catalogue.link("1", "box", "requires", "ball");
 }
 
-CallResult TestNkpmCollection::nkpm(const QStringList &arguments)
+CallResult TestNkpmCollection::collection(const QStringList &arguments) const
 {
-    QProcess process;
-    process.start(
-        NKPM_PROGRAM,
-        arguments
-            + QStringList{
-                "--local", m_catalogue.path(), "--data", m_directory.filePath("data"), "--json"});
-    CallResult result;
-    if (process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit)
-        result.exitCode = process.exitCode();
-    result.output = process.readAllStandardOutput();
-    result.errors = QString::fromUtf8(process.readAllStandardError());
-    return result;
+    const QStringList options{
+        "--local", m_catalogue.path(), "--data", m_directory.filePath("data"), "--json"};
+    return call(NKPM_PROGRAM, QStringList{"collection", m_file} + arguments + options);
 }
 
-CallResult TestNkpmCollection::collection(const QStringList &arguments)
-{
-    return nkpm(QStringList{"collection", m_file} + arguments);
-}
-
-QStringList TestNkpmCollection::packages()
+QStringList TestNkpmCollection::packages() const
 {
     QStringList lines;
     const QJsonArray array = collection({"list"}).json().value("packages").toArray();
@@ -80,10 +64,7 @@ void TestNkpmCollection::keepsPackagesInAFile()
     QCOMPARE(packages(), (QStringList{"box things", "ball things"}));
     QCOMPARE(collection({"remove", "ball"}).exitCode, 0);
     QCOMPARE(packages(), QStringList{"box things"});
-}
 
-void TestNkpmCollection::installsWhatIsInIt()
-{
     const QString into = m_directory.filePath("into");
     QCOMPARE(collection({"install", "--into", into}).exitCode, 0);
     QCOMPARE(readFile(into + "/things/ball/ball.txt"), QByteArray("round")); // required by the box
@@ -115,17 +96,20 @@ void TestNkpmCollection::refuses_data()
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("says");
 
-    const QByteArray fine = R"({"structs": {"box": {"package": "ref:1:box"}}})";
-    QTest::newRow("unknown package") << fine << QStringList{"add", "ghost"} << 1 << "'ghost'";
-    QTest::newRow("not in it") << fine << QStringList{"remove", "ball"} << 1 << "'ball'";
-    QTest::newRow("characters beyond Latin-1")
-        << fine << QStringList{"add", QString::fromUtf8("日本")} << 1 << "beyond Latin-1";
-    QTest::newRow("no JSON") << QByteArray("box") << QStringList{"list"} << 1 << "collection.json";
-    QTest::newRow("of a newer version") << QByteArray(R"({"version": 2, "structs": {}})")
-                                        << QStringList{"add", "ball"} << 1 << "newer version";
-    QTest::newRow("no action") << fine << QStringList() << 2 << "--help";
-    QTest::newRow("nothing to add") << fine << QStringList{"add"} << 2 << "ID";
-    QTest::newRow("nowhere to install") << fine << QStringList{"install"} << 2 << "--into";
+    const auto row = [](const char *name, const QStringList &arguments, int exitCode,
+                        const char *says,
+                        const char *content = R"({"structs": {"box": {"package": "ref:1:box"}}})") {
+        QTest::newRow(name) << QByteArray(content) << arguments << exitCode << QString(says);
+    };
+    row("unknown package", {"add", "ghost"}, 1, "'ghost'");
+    row("not in it", {"remove", "ball"}, 1, "'ball'");
+    row("characters beyond Latin-1", {"add", QString::fromUtf8("日本")}, 1, "beyond Latin-1");
+    row("no JSON", {"list"}, 1, "collection.json", "box");
+    row("of a newer version", {"add", "ball"}, 1, "newer version",
+        R"({"version": 2, "structs": {}})");
+    row("no action", {}, 2, "--help");
+    row("nothing to add", {"add"}, 2, "ID");
+    row("nowhere to install", {"install"}, 2, "--into");
 }
 
 void TestNkpmCollection::refuses()

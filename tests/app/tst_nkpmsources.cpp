@@ -7,7 +7,6 @@
 #include "support/testfiles.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QtTest>
 
 using namespace nk::pm::test;
@@ -33,17 +32,14 @@ private Q_SLOTS:
     void mergesByPriority();
     void writesFilesBeforeTheyAreInstalled_data();
     void writesFilesBeforeTheyAreInstalled();
-    void installsFromTheServer();
-    void installsFromTheDatabase();
-    void showsWhoSigned();
+    void installsFiles();
     void refusesAStrangersLedger();
     void showsWhatItHadBefore();
     void saysWhyASourceFails_data();
     void saysWhyASourceFails();
 
 private:
-    CallResult nkpm(const QStringList &arguments);
-    QJsonObject show(const QString &id);
+    CallResult nkpm(const QStringList &arguments) const;
 
     QTemporaryDir m_directory;
     CatalogueTree m_local;
@@ -63,31 +59,15 @@ void TestNkpmSources::initTestCase()
     database.file("packages/things/middle/middle.txt", "from the database");
     m_database = std::make_unique<CouchDBServer>(CouchDBServer::NoETag, credentials);
     QVERIFY(m_database->isRunning());
-    QCOMPARE(
-        callNkledger(
-            m_directory.path(),
-            {"couch-push", database.path(), m_database->databaseUrl(credentials).toString()})
-            .exitCode,
-        0);
+    const QString url = m_database->databaseUrl(credentials).toString();
+    QCOMPARE(callNkledger(m_directory.path(), {"couch-push", database.path(), url}).exitCode, 0);
 
     CatalogueTree server;
     for (const char *id : {"shared", "middle", "lowest"})
         server.package(QString("things/%1").arg(id), nameManifest("of the server"));
     server.file("packages/things/lowest/lowest.txt", "from the server");
-    const QString directory = m_directory.path();
-    QCOMPARE(callNkledger(directory, {"keygen", "studio"}).exitCode, 0);
-    QCOMPARE(
-        callNkledger(
-            directory, {"issue", "studio.pem", "--label", "Studio", "--trust",
-                        NKPM_SOURCE_DIR "/keys/development-trust-private.pem"})
-            .exitCode,
-        0);
-    QCOMPARE(
-        callNkledger(
-            directory, {"publish", server.path(), "public", "--issuer", "studio-private.pem",
-                        "--trust", NKPM_SOURCE_DIR "/keys/development-trust.pem"})
-            .exitCode,
-        0);
+    makeKeys(m_directory.path(), Trust::DefaultPrograms);
+    publishWithKeys(m_directory.path(), server.path());
     m_server = std::make_unique<ServedPublication>(m_directory.filePath("public"));
     QVERIFY(!m_server->url().isEmpty());
     m_sources =
@@ -95,40 +75,35 @@ void TestNkpmSources::initTestCase()
                     "--local",  m_local.path()};
 }
 
-CallResult TestNkpmSources::nkpm(const QStringList &arguments)
+CallResult TestNkpmSources::nkpm(const QStringList &arguments) const
 {
-    QProcess process;
-    process.setEnvironment(
-        QProcess::systemEnvironment() << "NKPM_COUCHDB_USER=reader"
-                                      << "NKPM_COUCHDB_PASSWORD=top-secret");
-    process.start(
-        NKPM_PROGRAM, arguments + QStringList{"--data", m_directory.filePath(m_data), "--json"});
-    CallResult result;
-    if (process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit)
-        result.exitCode = process.exitCode();
-    result.output = process.readAllStandardOutput();
-    result.errors = QString::fromUtf8(process.readAllStandardError());
-    return result;
-}
-
-QJsonObject TestNkpmSources::show(const QString &id)
-{
-    return nkpm(QStringList{"show", id} + m_sources).json();
+    return call(
+        NKPM_PROGRAM, arguments + QStringList{"--data", m_directory.filePath(m_data), "--json"}, {},
+        {{"NKPM_COUCHDB_USER", "reader"}, {"NKPM_COUCHDB_PASSWORD", "top-secret"}});
 }
 
 void TestNkpmSources::mergesByPriority()
 {
-    QCOMPARE(show("shared").value("manifest").toObject().value("name"), "of the directory");
-    QCOMPARE(show("middle").value("manifest").toObject().value("name"), "of the database");
-    QCOMPARE(show("lowest").value("manifest").toObject().value("name"), "of the server");
-    QVERIFY(show("middle").value("revision").toString().startsWith("1-"));
-    QCOMPARE(show("lowest").value("revision").toString().size(), 32);
+    const auto show = [this](const QString &id) {
+        return nkpm(QStringList{"show", id} + m_sources).json();
+    };
+    const QJsonObject shared = show("shared"), middle = show("middle"), lowest = show("lowest");
+    QCOMPARE(shared["manifest"]["name"], "of the directory");
+    QCOMPARE(middle["manifest"]["name"], "of the database");
+    QCOMPARE(lowest["manifest"]["name"], "of the server");
+    QVERIFY(middle["revision"].toString().startsWith("1-"));
+    QCOMPARE(lowest["revision"].toString().size(), 32);
+    // The issuer as it stands in its PEM file, so that it can be compared; never the label.
+    const QByteArray issuer = lowest["issuer"].toString().toLatin1();
+    QCOMPARE(issuer, readFile(m_directory.filePath("studio.pem")).split('\n').value(1));
+    QVERIFY(!issuer.isEmpty());
+    QCOMPARE(middle["issuer"].toString() + shared["issuer"].toString(), QString());
 
     const CallResult result = nkpm(QStringList{"sources"} + m_sources);
     QCOMPARE(result.exitCode, 0);
     QVERIFY(!(result.output + result.errors.toUtf8()).contains("top-secret"));
     QMap<QString, QPair<int, int>> offeredAndUsed;
-    const QJsonArray sources = result.json().value("sources").toArray();
+    const QJsonArray sources = result.json()["sources"].toArray();
     for (const QJsonValue &source : sources)
         offeredAndUsed.insert(
             source["kind"].toString(), {source["packages"].toInt(), source["used"].toInt()});
@@ -143,21 +118,19 @@ void TestNkpmSources::writesFilesBeforeTheyAreInstalled_data()
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QByteArray>("output");
     QTest::addColumn<QString>("error");
-    QTest::newRow("of the server, through the proxy")
-        << QStringList{"lowest", "lowest.txt"} << 0 << QByteArray("from the server") << "";
-    QTest::newRow("of the database")
-        << QStringList{"middle", "middle.txt"} << 0 << QByteArray("from the database") << "";
-    QTest::newRow("of the directory")
-        << QStringList{"shared", "manifest.json"} << 0 << nameManifest("of the directory") << "";
-    QTest::newRow("file that the server hasn't got")
-        << QStringList{"lowest", "other.txt"} << 1 << QByteArray() << "has no file \"other.txt\"";
-    QTest::newRow("file that the directory hasn't got")
-        << QStringList{"shared", "other.txt"} << 1 << QByteArray() << "No such file";
-    QTest::newRow("unknown package")
-        << QStringList{"nowhere", "a.txt"} << 1 << QByteArray() << "nowhere";
-    QTest::newRow("place that can't be written")
-        << QStringList{"lowest", "lowest.txt", "--output", "/nowhere/a"} << 1 << QByteArray()
-        << "can't write \"/nowhere/a\"";
+    const auto row = [](const char *name, const QStringList &arguments, int exitCode,
+                        const QByteArray &output, const char *error = "") {
+        QTest::newRow(name) << arguments << exitCode << output << QString(error);
+    };
+    row("of the server, through the proxy", {"lowest", "lowest.txt"}, 0, "from the server");
+    row("of the database", {"middle", "middle.txt"}, 0, "from the database");
+    row("of the directory", {"shared", "manifest.json"}, 0, nameManifest("of the directory"));
+    row("file that the server hasn't got", {"lowest", "other.txt"}, 1, "",
+        "has no file \"other.txt\"");
+    row("file that the directory hasn't got", {"shared", "other.txt"}, 1, "", "No such file");
+    row("unknown package", {"nowhere", "a.txt"}, 1, "", "nowhere");
+    row("place that can't be written", {"lowest", "lowest.txt", "--output", "/nowhere/a"}, 1, "",
+        "can't write \"/nowhere/a\"");
 }
 
 void TestNkpmSources::writesFilesBeforeTheyAreInstalled()
@@ -179,45 +152,20 @@ void TestNkpmSources::writesFilesBeforeTheyAreInstalled()
     }
 }
 
-void TestNkpmSources::installsFromTheServer()
+void TestNkpmSources::installsFiles()
 {
-    const QString into = m_directory.filePath("from-server");
-    QCOMPARE(nkpm(QStringList{"install", "lowest", "--into", into} + m_sources).exitCode, 0);
-    QFile file(into + "/things/lowest/lowest.txt");
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), QByteArray("from the server"));
-}
-
-void TestNkpmSources::installsFromTheDatabase()
-{
-    const QString into = m_directory.filePath("from-database");
-    QCOMPARE(nkpm(QStringList{"install", "middle", "--into", into} + m_sources).exitCode, 0);
-    QFile file(into + "/things/middle/middle.txt");
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), QByteArray("from the database"));
-}
-
-/// As it stands in the issuer's PEM file, so that it can be compared; never the label.
-void TestNkpmSources::showsWhoSigned()
-{
-    const QString issuer = show("lowest").value("issuer").toString();
-    QVERIFY(!issuer.isEmpty());
-    QVERIFY(readFile(m_directory.filePath("studio.pem")).contains(issuer.toUtf8() + '\n'));
-    QCOMPARE(show("middle").value("issuer").toString(), QString()); // of the database
-    QCOMPARE(show("shared").value("issuer").toString(), QString()); // of the directory
+    const QString into = m_directory.filePath("into");
+    const QStringList install{"install", "lowest", "middle", "--into", into};
+    QCOMPARE(nkpm(install + m_sources).exitCode, 0);
+    QCOMPARE(readFile(into + "/things/lowest/lowest.txt"), QByteArray("from the server"));
+    QCOMPARE(readFile(into + "/things/middle/middle.txt"), QByteArray("from the database"));
 }
 
 void TestNkpmSources::refusesAStrangersLedger()
 {
-    CatalogueTree tree;
-    tree.package("things/a", nameManifest("a"));
     QTemporaryDir directory;
-    makeKeys(directory.path());
-    QCOMPARE(
-        callNkledger(
-            directory.path(), QStringList{"publish", tree.path(), "public"} + keyArguments())
-            .exitCode,
-        0);
+    makeKeys(directory.path(), Trust::Nobody);
+    publishWithKeys(directory.path(), m_local.path());
     ServedPublication server(directory.filePath("public"));
     const QStringList list{"list", "--server", server.url()};
     const CallResult alone = nkpm(list);
@@ -238,7 +186,7 @@ void TestNkpmSources::showsWhatItHadBefore()
     const CallResult offline = nkpm({"show", "lowest", "--server", url});
     QCOMPARE(offline.exitCode, 0);
     QVERIFY2(offline.errors.contains("showing what it had before"), qPrintable(offline.errors));
-    QCOMPARE(offline.json().value("manifest").toObject().value("name"), "of the server");
+    QCOMPARE(offline.json().value("manifest")["name"], "of the server");
 }
 
 void TestNkpmSources::saysWhyASourceFails_data()
@@ -247,17 +195,17 @@ void TestNkpmSources::saysWhyASourceFails_data()
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("says");
 
+    const auto row = [](const char *name, const QStringList &sources, int exitCode,
+                        const char *says) {
+        QTest::newRow(name) << QStringList{"list"} + sources << exitCode << QString(says);
+    };
     const QString nobody = "http://127.0.0.1:1/db";
-    QTest::newRow("nobody listens") << QStringList{"list", "--couchdb", nobody} << 1 << "refused";
-    QTest::newRow("others go on") << QStringList{
-        "list", "--couchdb", nobody, "--local",
-        m_local.path()} << 0 << "refused";
-    QTest::newRow("not for strangers")
-        << QStringList{"list", "--couchdb", m_database->databaseUrl("reader:wrong").toString()} << 1
-        << "another user";
-    QTest::newRow("no database in the URL")
-        << QStringList{"list", "--couchdb", "http://127.0.0.1"} << 2 << "a database has a URL";
-    QTest::newRow("no URL") << QStringList{"list", "--server", "somewhere"} << 2 << "address";
+    row("nobody listens", {"--couchdb", nobody}, 1, "refused");
+    row("others go on", {"--couchdb", nobody, "--local", m_local.path()}, 0, "refused");
+    row("not for strangers", {"--couchdb", m_database->databaseUrl("reader:wrong").toString()}, 1,
+        "another user");
+    row("no database in the URL", {"--couchdb", "http://127.0.0.1"}, 2, "a database has a URL");
+    row("no URL", {"--server", "somewhere"}, 2, "address");
 }
 
 void TestNkpmSources::saysWhyASourceFails()
