@@ -72,14 +72,9 @@ private Q_SLOTS:
     void mixedEscapesAreFound();
     void filesThatAreNoDocuments_data();
     void filesThatAreNoDocuments();
-    void saveThatFailsLeavesTheFile_data();
     void saveThatFailsLeavesTheFile();
-    void saveIntoNowhere();
-    void references_data();
+    void whatIsNoReference();
     void references();
-    void strangeReferences_data();
-    void strangeReferences();
-    void objectsWithoutReference();
     void attachReferences();
 
 private:
@@ -94,7 +89,6 @@ void TestLinkedDocument::initTestCase()
 void TestLinkedDocument::structs()
 {
     LinkedDocument document;
-    QVERIFY(document.getStructValue("a", "x").isUndefined());
     document.setStructValue("a", "x", QJsonValue::Undefined);
     QCOMPARE(document.structKeys(), QStringList());
 
@@ -102,8 +96,6 @@ void TestLinkedDocument::structs()
     document.setStructValue("a", "x", "one");
     document.setStructValue("a", "y", QJsonValue::Null);
     QCOMPARE(document.structKeys(), (QStringList{"a", "b"}));
-    QCOMPARE(document.getStructValue("a", "x"), QJsonValue("one"));
-    QCOMPARE(document.getStructValue("a", "y"), QJsonValue(QJsonValue::Null));
     QCOMPARE(document.getStructValue("b", "x"), QJsonValue(1));
     QVERIFY(document.getStructValue("b", "y").isUndefined());
 
@@ -118,18 +110,15 @@ void TestLinkedDocument::contextIsNotOwned()
 {
     QScopedPointer<Context> context(new Context);
     LinkedDocument document(context.data());
-    QCOMPARE(document.context(), context.data());
     context.reset();
     QCOMPARE(document.context(), nullptr);
-    Context other;
-    document.setContext(&other);
-    QCOMPARE(document.context(), &other);
 }
 
 void TestLinkedDocument::roundTripThroughAFile()
 {
     const QString path = m_directory.filePath("round.json");
-    const QJsonValue values[] = {
+    const QString key = QString::fromUtf8("key \u00e4");
+    const QJsonArray values{
         "text",
         QString::fromUtf8("\u00e4\u6f22\U0001F600\n"),
         QString(QChar(0)),
@@ -140,19 +129,17 @@ void TestLinkedDocument::roundTripThroughAFile()
         QJsonArray{1, QJsonArray{"deep"}},
         ""};
     LinkedDocument document;
-    int count = 0;
-    for (const QJsonValue &value : values)
-        document.setStructValue(QString::fromUtf8("key \u00e4"), QString::number(count++), value);
+    for (int i = 0; i < values.size(); ++i)
+        document.setStructValue(key, QString::number(i), values.at(i));
     QString error;
     QVERIFY2(document.save(path, &error), qPrintable(error));
 
     LinkedDocument loaded;
     loaded.setStructValue("gone", "x", 1);
     QVERIFY2(loaded.load(path, &error), qPrintable(error));
-    QCOMPARE(loaded.structKeys(), QStringList{QString::fromUtf8("key \u00e4")});
-    for (int i = 0; i < count; ++i)
-        QCOMPARE(
-            loaded.getStructValue(QString::fromUtf8("key \u00e4"), QString::number(i)), values[i]);
+    QCOMPARE(loaded.structKeys(), QStringList{key});
+    for (int i = 0; i < values.size(); ++i)
+        QCOMPARE(loaded.getStructValue(key, QString::number(i)), QJsonValue(values.at(i)));
 
     const QByteArray bytes = readFile(path);
     QVERIFY(loaded.save(path));
@@ -225,104 +212,65 @@ void TestLinkedDocument::filesThatAreNoDocuments()
     QCOMPARE(document.structKeys(), QStringList{"mine"});
 }
 
-void TestLinkedDocument::saveThatFailsLeavesTheFile_data()
-{
-    QTest::addColumn<int>("size");
-    QTest::newRow("in the last buffer") << 200;
-    QTest::newRow("before") << 100000;
-}
-
 void TestLinkedDocument::saveThatFailsLeavesTheFile()
 {
-    QFETCH(int, size);
-    QDir directory(m_directory.path());
-    QVERIFY(directory.mkpath("full"));
-    const QString path = directory.filePath("full/collection.json");
+    const QDir directory(m_directory.filePath("full"));
+    QVERIFY(directory.mkpath("."));
+    const QString path = directory.filePath("collection.json");
     LinkedDocument document;
     QVERIFY(document.save(path));
     const QByteArray before = readFile(path);
-
-    document.setStructValue("a", "x", QString(size, 'x'));
-    QString error;
-    {
-        const FileSizeLimit disk(size / 2);
-        QVERIFY(!document.save(path, &error));
+    for (const int size : {200, 100000}) { // fails in the last buffer, and before
+        document.setStructValue("a", "x", QString(size, 'x'));
+        QString error;
+        {
+            const FileSizeLimit disk(size / 2);
+            QVERIFY(!document.save(path, &error));
+        }
+        QCOMPARE(error, path + ": can't be written whole");
+        QCOMPARE(readFile(path), before);
+        QCOMPARE(directory.entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 1);
     }
-    QCOMPARE(error, path + ": can't be written whole");
-    QCOMPARE(readFile(path), before);
-    QCOMPARE(
-        QDir(m_directory.filePath("full"))
-            .entryList(QDir::AllEntries | QDir::NoDotAndDotDot)
-            .size(),
-        1);
-}
-
-void TestLinkedDocument::saveIntoNowhere()
-{
-    LinkedDocument document;
     QString error;
-    QVERIFY(!document.save(m_directory.filePath("no/such/directory.json"), &error));
+    QVERIFY(!document.save(directory.filePath("no/such/directory.json"), &error));
     QVERIFY2(error.contains("directory.json: "), qPrintable(error));
-    QVERIFY(!document.save(m_directory.path()));
-}
-
-void TestLinkedDocument::references_data()
-{
-    QTest::addColumn<QByteArray>("identifier");
-    QTest::addColumn<QString>("reference");
-    QTest::newRow("plain") << QByteArray("desk") << "ref:7:desk";
-    QTest::newRow("separators") << QByteArray("a:b:") << "ref:7:a:b:";
-    QTest::newRow("a reference") << QByteArray("ref:1:x") << "ref:7:ref:1:x";
-    QTest::newRow("blank") << QByteArray(" ") << "ref:7: ";
-    QTest::newRow("latin") << QByteArray("\xe4") << QString::fromUtf8("ref:7:\u00e4");
+    QVERIFY(!document.save(directory.path()));
 }
 
 void TestLinkedDocument::references()
 {
-    QFETCH(QByteArray, identifier);
-    QFETCH(QString, reference);
     const QString path = m_directory.filePath("references.json");
-    Context context;
-    Lamp other("other", &context);
-    BrightLamp lamp(identifier, &context);
-    LinkedDocument document(&context);
-    QCOMPARE(document.encodeReference(&lamp), reference);
-    document.setStructValue("room", "light", reference);
-    QVERIFY(document.save(path));
+    for (const char *identifier : {"desk", "a:b:", "ref:1:x", " ", "\xe4"}) {
+        const QString reference = "ref:7:" + QString::fromLatin1(identifier);
+        Context context;
+        Lamp other("other", &context);
+        BrightLamp lamp(identifier, &context);
+        LinkedDocument document(&context);
+        QCOMPARE(document.encodeReference(&lamp), reference);
+        document.setStructValue("room", "light", reference);
+        QVERIFY(document.save(path));
 
-    LinkedDocument loaded(&context);
-    QVERIFY(loaded.load(path));
-    QCOMPARE(loaded.decodeReference(loaded.getStructValue("room", "light").toString()), &lamp);
-    loaded.setContext(nullptr);
-    QCOMPARE(loaded.decodeReference(reference), nullptr);
+        LinkedDocument loaded(&context);
+        QVERIFY(loaded.load(path));
+        QCOMPARE(loaded.decodeReference(loaded.getStructValue("room", "light").toString()), &lamp);
+        loaded.setContext(nullptr);
+        QCOMPARE(loaded.decodeReference(reference), nullptr);
+    }
 }
 
-void TestLinkedDocument::strangeReferences_data()
+void TestLinkedDocument::whatIsNoReference()
 {
-    QTest::addColumn<QString>("reference");
+    Context context;
+    Lamp lamp("desk", &context);
+    Lamp nameless({}, nullptr);
+    LinkedDocument document(&context);
     for (const char *reference :
          {"", "desk", "7:desk", "ref", "ref:", "ref:7", "ref::desk", "ref:x:desk", "ref:8:desk",
           "ref:-7:desk", "ref:99999999999:desk", "REF:7:desk", " ref:7:desk", "ref:7:lost",
           "ref:7:"})
-        QTest::newRow(*reference ? reference : "empty") << reference;
-}
-
-void TestLinkedDocument::strangeReferences()
-{
-    QFETCH(QString, reference);
-    Context context;
-    Lamp lamp("desk", &context);
-    LinkedDocument document(&context);
-    QCOMPARE(document.decodeReference(reference), nullptr);
-}
-
-void TestLinkedDocument::objectsWithoutReference()
-{
-    LinkedDocument document;
-    QObject other;
-    Lamp nameless(QByteArray(), &other);
+        QVERIFY2(!document.decodeReference(reference), reference);
     QCOMPARE(document.encodeReference(nullptr), QString());
-    QCOMPARE(document.encodeReference(&other), QString());
+    QCOMPARE(document.encodeReference(&context), QString());
     QCOMPARE(document.encodeReference(&nameless), QString());
 }
 
