@@ -3,11 +3,10 @@
 
 #include "sources/ledgerfileproxy.h"
 
-#include "install/filestore.h"
 #include "proxy/fileproxyserver.h"
 #include "sources/ledgerformat.h"
+#include "sources/proxydownload.h"
 
-#include <norvak/request.h>
 #include <norvakaccount/service.h>
 
 #include <QMutex>
@@ -20,8 +19,6 @@
 namespace nk::pm {
 
 namespace {
-
-enum ProxyStatus { Ok = 200, NotFound = 404, InternalError = 500, BadGateway = 502 };
 
 // The first package with this id, the first file of it with this name; null if there is none.
 const char *findFile(
@@ -101,17 +98,17 @@ QUrl LedgerFileProxy::url(const QString &package, const QString &fileName) const
 void LedgerFileProxy::requestFile(const QUrl &url)
 {
     if (!m_service)
-        return respond(url, BadGateway);
+        return respond(url, ProxyStatus::BadGateway);
     QStringList parts = url.path(QUrl::FullyDecoded).split(QLatin1Char('/'));
     if (parts.size() < 2)
-        return respond(url, NotFound);
+        return respond(url, ProxyStatus::NotFound);
     const QByteArray id = parts.takeFirst().toLatin1();
     const char *hash = findFile(m_packages, id, parts.join(QLatin1Char('/')).toUtf8());
     if (!hash)
-        return respond(url, NotFound);
+        return respond(url, ProxyStatus::NotFound);
     const QString digest = fileDigest(hash);
     if (m_store->contains(digest))
-        respond(url, Ok, m_store->filePath(digest));
+        respond(url, ProxyStatus::Ok, m_store->filePath(digest));
     else
         download(url, digest);
 }
@@ -120,22 +117,10 @@ void LedgerFileProxy::download(const QUrl &url, const QString &digest)
 {
     FileStoreTarget *target = m_store->createTarget(digest, QCryptographicHash::Sha224);
     if (!target)
-        return respond(url, InternalError);
+        return respond(url, ProxyStatus::InternalError);
     nk::GetRequest *request =
         m_service->getRequest(QUrl(QStringLiteral("./api/v1/ledger/%1").arg(digest)));
-    target->setParent(request);
-    request->setDataSink(target);
-    // All by value: the answer is given also when this proxy is gone.
-    const auto answer = [server = m_server, store = m_store, token = m_token, url, digest, request,
-                         target] {
-        int code = request->responseCode();
-        if (code == Ok && target->commit() != FileStoreTarget::CommitOk)
-            code = InternalError;
-        if (code == 0) // there was no answer to pass on
-            code = BadGateway;
-        server->respond(token, url, code, code == Ok ? store->filePath(digest) : QString());
-    };
-    QObject::connect(request, &nk::Request::finished, request, answer);
+    new ProxyDownload({m_server, m_token, url}, m_store, digest, request, target);
 }
 
 void LedgerFileProxy::respond(const QUrl &url, int code, const QString &filePath) const
