@@ -26,6 +26,8 @@ constexpr std::chrono::milliseconds defaultTransferTimeout = std::chrono::second
 constexpr int maxRedirects = 10;
 constexpr qint64 replyBufferSize = 1024 * 1024;
 constexpr int pieceSize = 64 * 1024;
+// A server that never ends would take all memory; a QByteArray ends the process at 2 GiB.
+constexpr int defaultMaximumBodySize = 1024 * 1024 * 1024;
 // The time-out counts ticks rather than time: a blocked event loop or a machine that slept misses
 // ticks, and so isn't taken for a silent server.
 constexpr int ticksPerTimeout = 8;
@@ -113,6 +115,7 @@ struct RequestPrivate
     int responseCode = 0;
     int redirects = 0;
     QByteArray body;
+    int maximumBodySize = defaultMaximumBodySize;
     qint64 received = 0;    ///< body bytes of the current hop
     bool unlimited = false; ///< reads as fast as the network, sink or not
     bool answered = false;  ///< the current hop's headers are there
@@ -221,6 +224,10 @@ bool RequestPrivate::deliver(const char *data, int size)
 {
     if (hasSink)
         return sink && sink->write(data, size) == size;
+    if (size > maximumBodySize - body.size()) {
+        body.clear();
+        return false;
+    }
     body.append(data, size);
     return true;
 }
@@ -350,6 +357,11 @@ void Request::setSuppressErrors(bool suppress)
 void Request::setTransferTimeout(std::chrono::milliseconds timeout)
 {
     d->setTimeout(timeout);
+}
+
+void Request::setMaximumBodySize(int bytes)
+{
+    d->maximumBodySize = bytes;
 }
 
 int Request::responseCode() const

@@ -64,10 +64,14 @@ public:
     /// thing.
     void setTransferTimeout(std::chrono::milliseconds timeout);
 
+    /// A body without a sink, which is held in memory, may have \a bytes, 1 GiB if nothing is set.
+    /// What goes beyond fails the exchange and leaves no body.
+    void setMaximumBodySize(int bytes);
+
     /// The HTTP status of a complete exchange, after redirects, whatever it is. 0 before the end,
     /// and for an exchange that didn't come to one: no answer, a cut or silent connection, a body
-    /// shorter than its Content-Length or delimited by the connection's end alone, a refused write,
-    /// a refused redirect.
+    /// shorter than its Content-Length, delimited by the connection's end alone or too large, a
+    /// refused write, a refused redirect.
     int responseCode() const;
 
     /// The exchange's last reply, for its headers; null if none was made. Owned by the request:

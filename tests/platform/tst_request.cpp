@@ -102,6 +102,7 @@ private Q_SLOTS:
     void largeBodies_data();
     void largeBodies();
     void refusedWriteFails();
+    void bodyBeyondTheLimitFails();
     void deletedSinkFails();
     void followsRedirects_data();
     void followsRedirects();
@@ -241,6 +242,18 @@ void tst_Request::refusedWriteFails()
         Get get(server.url(), &m_manager, &sink);
         QVERIFY(get.ended());
         QVERIFY2(get.code == 0, qPrintable(QString("room for %1").arg(room)));
+    }
+}
+
+void tst_Request::bodyBeyondTheLimitFails()
+{
+    HttpTestServer server(HttpTestAnswer::chunked(numberedContent(1, largeSize), 4096));
+    for (const int room : {0, largeSize - 1, largeSize}) {
+        Get get(server.url(), &m_manager);
+        get.request->setMaximumBodySize(room);
+        QVERIFY(get.ended());
+        QCOMPARE(get.code, room < largeSize ? 0 : 200);
+        QCOMPARE(get.bytes.size(), room < largeSize ? 0 : largeSize);
     }
 }
 
