@@ -101,8 +101,6 @@ private Q_SLOTS:
     void startsWithoutServer();
     void answersWithoutETag_data();
     void answersWithoutETag();
-    void weakETagIsNotPersisted();
-    void viewAboveTheLimitIsEmpty();
     void needsCredentials();
     void wrongDigestIsReported();
 };
@@ -228,39 +226,6 @@ void TestCouchDB::answersWithoutETag()
     QVERIFY(offline.changes.wait(patience));
     QCOMPARE(packages(offline.repository), contentTags ? QStringList({"a", "b"}) : QStringList());
     QTRY_VERIFY_WITH_TIMEOUT(offline.source.children().isEmpty(), patience);
-}
-
-void TestCouchDB::weakETagIsNotPersisted()
-{
-    ScopedDataLocation data;
-    CouchDBServer server(CouchDBServer::WeakETag);
-    QCOMPARE(server.createDatabase(), 201);
-    QCOMPARE(server.putDocument("package:a", packageDocument("x")), 201);
-    Application application(server.databaseUrl());
-    QVERIFY(application.waitForPackages({"a"}));
-
-    QSignalSpy news(&application.source, &PackageSource::updateRequired);
-    application.poll();
-    QCOMPARE(news.count(), 0); // the weak tag earns its 304 all the same
-    CouchDBPackageSource restarted(server.databaseUrl(), nullptr);
-    const auto accessor = restarted.getAccessor();
-    accessor->load();
-    QCOMPARE(accessor->packageCount(), 0);
-}
-
-void TestCouchDB::viewAboveTheLimitIsEmpty()
-{
-    ScopedDataLocation data;
-    CouchDBServer server(CouchDBServer::StrongETag);
-    QCOMPARE(server.createDatabase(), 201);
-    QCOMPARE(server.putDocument("package:a", packageDocument("x")), 201);
-    Application application(server.databaseUrl());
-    QVERIFY(application.waitForPackages({"a"}));
-    QJsonObject large = packageDocument("x");
-    large.insert("manifest", QJsonObject{{"text", QString(5 * 1024 * 1024, 'x')}});
-    QCOMPARE(server.putDocument("package:large", large), 201);
-    application.poll();
-    QVERIFY(application.waitForPackages({}));
 }
 
 void TestCouchDB::needsCredentials()

@@ -3,6 +3,7 @@
 
 #include "support/httptestserver.h"
 #include "support/testfiles.h"
+
 #include <norvak/request.h>
 
 #include <QBuffer>

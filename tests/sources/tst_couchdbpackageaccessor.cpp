@@ -36,7 +36,6 @@ private Q_SLOTS:
     void sortsRowsByKind();
     void readsPackages();
     void readsKeywords();
-    void isEmptyWhenUnreadable_data();
     void isEmptyWhenUnreadable();
     void survivesHostileRows();
 
@@ -71,12 +70,12 @@ void TestCouchDBPackageAccessor::sortsRowsByKind()
     QCOMPARE(accessor.packageInfo(0).id, QString("b"));
     QCOMPARE(accessor.packageInfo(1).id, QString("a"));
     QCOMPARE(accessor.keywordCount(), 1);
-    QCOMPARE(accessor.linkCount(), 3);
-    QCOMPARE(accessor.linkInfo(0).type, int(IsA));
-    QCOMPARE(accessor.linkInfo(0).from, QString("b"));
-    QCOMPARE(accessor.linkInfo(0).to, QString("k"));
-    QCOMPARE(accessor.linkInfo(1).type, -1);
-    QVERIFY(accessor.linkInfo(2).from.isEmpty());
+    QStringList links;
+    for (int i = 0; i < accessor.linkCount(); ++i) {
+        const LinkInfo link = accessor.linkInfo(i);
+        links += QString("%1 %2 %3").arg(link.from).arg(link.type).arg(link.to);
+    }
+    QCOMPARE(links, (QStringList{"b 0 k", "a -1 k", " -1 "}));
 }
 
 void TestCouchDBPackageAccessor::readsPackages()
@@ -86,8 +85,7 @@ void TestCouchDBPackageAccessor::readsPackages()
                         {"_rev", "3-abc"},
                         {"packageType", "wood:oak"},
                         {"manifest", QJsonObject{{"name", "Oak"}}}}),
-        row("package", {{"_id", "12345678"}}),
-        row("package", {{"manifest", 7}}),
+        row("package", {{"_id", "12345678"}, {"manifest", 7}}),
     }));
     const PackageInfo oak = accessor.packageInfo(0);
     QCOMPARE(oak.id, QString("oak"));
@@ -98,8 +96,7 @@ void TestCouchDBPackageAccessor::readsPackages()
         accessor.fileUrl(0, "no such.svg"),
         QUrl("http://127.0.0.1:5984/catalogue/package:oak/no such.svg"));
     QVERIFY(accessor.packageInfo(1).id.isEmpty());
-    QVERIFY(accessor.packageInfo(2).id.isEmpty());
-    QVERIFY(accessor.manifest(2).isEmpty());
+    QVERIFY(accessor.manifest(1).isEmpty());
 }
 
 void TestCouchDBPackageAccessor::readsKeywords()
@@ -119,46 +116,31 @@ void TestCouchDBPackageAccessor::readsKeywords()
                         {"strings", QJsonObject{{"de", QJsonArray{"no"}}}}}),
         row("keyword", {{"_id", "keyword:odd"}, {"keywordType", "verb"}}),
     }));
-    const KeywordInfo tree = accessor.keywordInfo(0);
-    QCOMPARE(tree.id, QString("tree"));
-    QCOMPARE(tree.type, 0);
-    QCOMPARE(tree.strings.size(), 3);
-    QCOMPARE(tree.strings.at(0).language, QString("de"));
-    QCOMPARE(tree.strings.at(0).plural, QString("Bäume"));
-    QCOMPARE(tree.strings.at(1).plural, QString("trees"));
-    QCOMPARE(tree.strings.at(2).language, QString("fr"));
-    const KeywordInfo literal = accessor.keywordInfo(1);
-    QCOMPARE(literal.type, 3);
-    QCOMPARE(literal.strings.size(), 1);
-    QCOMPARE(literal.strings.at(0).string, QString("4K"));
-    QVERIFY(literal.strings.at(0).language.isEmpty());
-    QCOMPARE(accessor.keywordInfo(2).type, -1);
-    QVERIFY(accessor.keywordInfo(2).strings.isEmpty());
-}
-
-void TestCouchDBPackageAccessor::isEmptyWhenUnreadable_data()
-{
-    const QByteArray whole = response({row("package", {{"_id", "package:a"}})});
-    const int limit = int(CouchDBPackageAccessor::maximumResponseSize);
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("packages");
-
-    QTest::newRow("no bytes") << QByteArray() << 0;
-    QTest::newRow("cut in the middle") << whole.left(whole.size() / 2) << 0;
-    QTest::newRow("an array") << QByteArray("[1]") << 0;
-    QTest::newRow("rows of another type") << QByteArray("{\"rows\":{}}") << 0;
-    QTest::newRow("as large as is read") << whole + QByteArray(limit - whole.size(), ' ') << 1;
-    QTest::newRow("cut at 4 MiB") << QByteArray(whole).insert(1, QByteArray(limit, ' ')) << 0;
+    QStringList keywords;
+    for (int i = 0; i < accessor.keywordCount(); ++i) {
+        const KeywordInfo keyword = accessor.keywordInfo(i);
+        keywords += keyword.id + ' ' + QString::number(keyword.type);
+        for (const KeywordString &text : keyword.strings)
+            keywords.last() += ' ' + text.language + ':' + text.string + '/' + text.plural;
+    }
+    QCOMPARE(
+        keywords,
+        (QStringList{"tree 0 de:Baum/Bäume en:/trees fr:arbre/", "url 3 :4K/", "odd -1"}));
 }
 
 void TestCouchDBPackageAccessor::isEmptyWhenUnreadable()
 {
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, packages);
-    const auto accessor = load(bytes);
-    QCOMPARE(accessor.packageCount(), packages);
-    QCOMPARE(accessor.isRefused(), packages == 0);
-    QCOMPARE(accessor.keywordCount(), 0);
+    const QByteArray whole = response({row("package", {{"_id", "package:a"}})});
+    const int limit = int(CouchDBPackageAccessor::maximumResponseSize);
+    for (const QByteArray &bytes :
+         {QByteArray(), whole.left(whole.size() / 2), QByteArray("[1]"),
+          QByteArray("{\"rows\":{}}"), QByteArray(whole).insert(1, QByteArray(limit, ' '))}) {
+        const auto accessor = load(bytes);
+        QVERIFY2(accessor.packageCount() == 0 && accessor.isRefused(), bytes.left(20));
+    }
+    const auto accessor = load(whole + QByteArray(limit - whole.size(), ' '));
+    QCOMPARE(accessor.packageCount(), 1);
+    QVERIFY(!accessor.isRefused());
     QCOMPARE(accessor.languages(), (QStringList{"de", "en"}));
 }
 

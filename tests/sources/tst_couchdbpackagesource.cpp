@@ -4,8 +4,9 @@
 #include "repository/packageaccessor.h"
 #include "sources/couchdbpackagesource.h"
 #include "support/httptestserver.h"
+#include "support/logrecorder.h"
 #include "support/scopeddatalocation.h"
-
+#include "support/testfiles.h"
 #include <QCryptographicHash>
 #include <QLockFile>
 #include <QNetworkAccessManager>
@@ -14,10 +15,7 @@
 #include <QtTest>
 
 using namespace nk::pm;
-using nk::pm::test::HttpTestAnswer;
-using nk::pm::test::HttpTestRequest;
-using nk::pm::test::HttpTestServer;
-using nk::pm::test::ScopedDataLocation;
+using namespace nk::pm::test;
 
 namespace {
 
@@ -83,14 +81,30 @@ QStringList packages(PackageSource &source)
 
 void writeSnapshot(const QDir &directory, const QString &name, const QByteArray &bytes, int age)
 {
-    QVERIFY(directory.mkpath("."));
+    writeFile(directory.filePath(name), bytes);
     QFile file(directory.filePath(name));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), qint64(bytes.size()));
-    QVERIFY(file.flush());
+    QVERIFY(file.open(QIODevice::ReadWrite));
     QVERIFY(file.setFileTime(
         QDateTime::currentDateTime().addSecs(-age), QFileDevice::FileModificationTime));
 }
+
+/// A source that has got its first view, and what it tells.
+struct Started
+{
+    ScopedDataLocation data;
+    Database database;
+    std::unique_ptr<QNetworkAccessManager> manager = std::make_unique<QNetworkAccessManager>();
+    CouchDBPackageSource source{database.url(), manager.get()};
+    QSignalSpy updates{&source, &PackageSource::updateRequired};
+
+    explicit Started(const QByteArray &etag = "\"one\"", bool contentTags = false)
+    {
+        database.etag = etag;
+        source.setContentTags(contentTags);
+        updates.wait(60000);
+        QTest::qWaitFor([this] { return source.children().isEmpty(); }, 60000);
+    }
+};
 
 /// The source with its timer in the test's hand.
 class TickingSource : public CouchDBPackageSource
@@ -121,11 +135,9 @@ class TestCouchDBPackageSource : public QObject
 
 private Q_SLOTS:
     void followsTheView();
-    void keepsTheSnapshotThroughFailures_data();
     void keepsTheSnapshotThroughFailures();
     void startsFromTheNewestSnapshot();
     void persistsUnderTheETag();
-    void persistsNoUnsafeName_data();
     void persistsNoUnsafeName();
     void newPollOvertakesTheOld();
     void pollsEvery122Seconds();
@@ -135,17 +147,10 @@ private Q_SLOTS:
 
 void TestCouchDBPackageSource::followsTheView()
 {
-    ScopedDataLocation data;
-    Database database;
-    QNetworkAccessManager manager;
-    CouchDBPackageSource source(database.url(), &manager);
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QVERIFY(packages(source).isEmpty());
-
-    QVERIFY(updates.wait());
+    Started started;
+    auto &[data, database, manager, source, updates] = started;
     QCOMPARE(packages(source), QStringList{"a"});
     QVERIFY(!database.server.requests().first().headers.contains("if-none-match"));
-
     source.update();
     QTRY_COMPARE(database.server.requestCount(), 2);
     QCOMPARE(database.lastCondition(), QByteArray("\"one\""));
@@ -161,38 +166,27 @@ void TestCouchDBPackageSource::followsTheView()
     QCOMPARE(before->packageCount(), 1); // an older snapshot is left as it was
 }
 
-void TestCouchDBPackageSource::keepsTheSnapshotThroughFailures_data()
-{
-    const HttpTestAnswer whole = HttpTestAnswer::of(200, view({"x"}), "ETag: \"x\"\r\n");
-    QTest::addColumn<HttpTestAnswer>("answer");
-    QTest::addColumn<bool>("isLogged");
-
-    QTest::newRow("not modified") << HttpTestAnswer::of(304) << false;
-    QTest::newRow("no such database") << HttpTestAnswer::of(404, "{}") << false;
-    QTest::newRow("not authorized") << HttpTestAnswer::of(401, "{}") << true;
-    QTest::newRow("server error") << HttpTestAnswer::of(500, "oh") << true;
-    QTest::newRow("half a response") << whole.cutAt(whole.bytes.size() - 5) << true;
-}
-
 void TestCouchDBPackageSource::keepsTheSnapshotThroughFailures()
 {
-    QFETCH(HttpTestAnswer, answer);
-    QFETCH(bool, isLogged);
-    ScopedDataLocation data;
-    Database database;
-    QNetworkAccessManager manager;
-    CouchDBPackageSource source(database.url(), &manager);
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QVERIFY(updates.wait());
-
-    if (isLogged)
-        QTest::ignoreMessage(QtDebugMsg, QRegularExpression("^code \\d+$"));
-    database.server.setHandler([answer](const HttpTestRequest &) { return answer; });
-    source.update();
-    QTRY_VERIFY(source.children().isEmpty()); // the requests have ended
-
-    QCOMPARE(updates.count(), 1);
-    QCOMPARE(packages(source), QStringList{"a"});
+    const HttpTestAnswer whole = HttpTestAnswer::of(200, view({"x"}), "ETag: \"x\"\r\n");
+    const QPair<HttpTestAnswer, QString> failures[] = {
+        {HttpTestAnswer::of(304), {}},
+        {HttpTestAnswer::of(404, "{}"), {}},
+        {HttpTestAnswer::of(401, "{}"), "debug: code 401"},
+        {HttpTestAnswer::of(500, "oh"), "debug: code 500"},
+        {whole.cutAt(whole.bytes.size() - 5), "debug: code 0"},
+    };
+    Started started;
+    for (const auto &[answer, line] : failures) {
+        LogRecorder log("default");
+        const HttpTestAnswer failure = answer;
+        started.database.server.setHandler([failure](const HttpTestRequest &) { return failure; });
+        started.source.update();
+        QTRY_VERIFY(started.source.children().isEmpty()); // the requests have ended
+        QCOMPARE(log.lines().join('\n'), line);
+        QCOMPARE(started.updates.count(), 1);
+        QCOMPARE(packages(started.source), QStringList{"a"});
+    }
 }
 
 void TestCouchDBPackageSource::startsFromTheNewestSnapshot()
@@ -216,58 +210,34 @@ void TestCouchDBPackageSource::startsFromTheNewestSnapshot()
 
 void TestCouchDBPackageSource::persistsUnderTheETag()
 {
-    ScopedDataLocation data;
-    Database database;
-    QNetworkAccessManager manager;
-    CouchDBPackageSource source(database.url(), &manager);
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    const QDir directory = database.persistDirectory(data);
-    source.persist(); // nothing to persist yet, but the directory
-    QCOMPARE(directory.entryList(QDir::Files | QDir::Hidden), QStringList());
-
-    QVERIFY(updates.wait());
+    Started started;
+    const QDir directory = started.database.persistDirectory(started.data);
     writeSnapshot(directory, ".partial", "what a crash has left", 0);
-    source.persist();
+    started.source.persist();
     QCOMPARE(directory.entryList(QDir::Files | QDir::Hidden), QStringList{"one"});
-    QFile file(directory.filePath("one"));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), view({"a"}));
+    QCOMPARE(readFile(directory.filePath("one")), view({"a"}));
 
     writeSnapshot(directory, "one", view({"stays"}), 0);
-    source.persist();
-    CouchDBPackageSource restarted(database.url(), &manager);
-    QCOMPARE(packages(restarted), QStringList{"stays"});
-}
-
-void TestCouchDBPackageSource::persistsNoUnsafeName_data()
-{
-    QTest::addColumn<QByteArray>("etag");
-
-    QTest::newRow("none") << QByteArray();
-    QTest::newRow("nothing between the quotes") << QByteArray("\"\"");
-    QTest::newRow("weak") << QByteArray("W/\"682e-cg+u3f4P\"");
-    QTest::newRow("leads out") << QByteArray("\"../../escaped\"");
-    QTest::newRow("hidden") << QByteArray("\".lock\"");
-    QTest::newRow("other separator") << QByteArray("\"..\\escaped\"");
+    started.source.persist();
+    QCOMPARE(readFile(directory.filePath("one")), view({"stays"}));
 }
 
 void TestCouchDBPackageSource::persistsNoUnsafeName()
 {
-    QFETCH(QByteArray, etag);
-    ScopedDataLocation data;
-    Database database;
-    database.etag = etag;
-    QNetworkAccessManager manager;
-    CouchDBPackageSource source(database.url(), &manager);
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QVERIFY(updates.wait());
-    source.persist();
-    QDirIterator files(data.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (files.hasNext())
-        QVERIFY2(
-            !files.next().contains("couchdb") && !files.filePath().contains("escaped"),
-            qPrintable(files.filePath()));
-    QCOMPARE(packages(source), QStringList{"a"});
+    for (const char *etag :
+         {"", "\"\"", "W/\"682e-cg+u3f4P\"", "\"../../escaped\"", "\".lock\"", "\"..\\escaped\""}) {
+        Started started(etag);
+        started.source.persist();
+        QDirIterator files(
+            started.data.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (files.hasNext())
+            QVERIFY2(
+                !files.next().contains("couchdb") && !files.filePath().contains("escaped"), etag);
+        QCOMPARE(packages(started.source), QStringList{"a"});
+        started.source.update();
+        QTRY_COMPARE(started.database.server.requestCount(), 2);
+        QCOMPARE(started.database.lastCondition(), QByteArray(etag)); // all the same
+    }
 }
 
 void TestCouchDBPackageSource::newPollOvertakesTheOld()
@@ -309,16 +279,8 @@ void TestCouchDBPackageSource::pollsEvery122Seconds()
 
 void TestCouchDBPackageSource::tagsContentWhereAsked()
 {
-    ScopedDataLocation data;
-    Database database;
-    database.etag.clear();
-    QNetworkAccessManager manager;
-    CouchDBPackageSource source(database.url(), &manager);
-    QCOMPARE(source.contentTags(), false);
-    source.setContentTags(true);
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QVERIFY(updates.wait());
-
+    Started started({}, true);
+    auto &[data, database, manager, source, updates] = started;
     source.update();
     QTRY_COMPARE(database.server.requestCount(), 2);
     QCOMPARE(database.lastCondition(), quotedSha256(view({"a"})));
@@ -344,17 +306,11 @@ void TestCouchDBPackageSource::tagsContentWhereAsked()
 
 void TestCouchDBPackageSource::sendsNothingWithoutManager()
 {
-    ScopedDataLocation data;
-    Database database;
-    auto manager = std::make_unique<QNetworkAccessManager>();
-    CouchDBPackageSource source(database.url(), manager.get());
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QVERIFY(updates.wait());
-    QTRY_VERIFY(source.children().isEmpty());
-    manager.reset();
-    source.update();
-    QVERIFY(source.children().isEmpty());
-    QCOMPARE(packages(source), QStringList{"a"});
+    Started started;
+    started.manager.reset();
+    started.source.update();
+    QVERIFY(started.source.children().isEmpty());
+    QCOMPARE(packages(started.source), QStringList{"a"});
 }
 
 QTEST_GUILESS_MAIN(TestCouchDBPackageSource)

@@ -82,24 +82,21 @@ private Q_SLOTS:
     void init() { m_log.reset(new LogRecorder("norvak.packageserver.ledger")); }
     void cleanup() { m_log.reset(); }
     void writesEachStep();
-    void emptyLedgers();
     void structureLines_data();
     void structureLines();
     void recordLines_data();
+    void refusedLedgerKeepsLanguagesAndTypes();
     void recordLines();
     void issuerLines();
-    void failedPackageWritesNoLineOfItsOwn();
     void whatIsSigned_data();
     void whatIsSigned();
     void namesThatAreOneAsTextAreRefused();
     void issuersCannotStandInForEachOther();
-    void refusedLedgerKeepsLanguagesAndTypes();
     void truncatedAnywhere();
     void mutatedAnyhow();
     void loadsOnAFullPool();
     void knownSignaturesChangeNoAnswer();
     void knownSignaturesOfAnotherKeyDontCount();
-    void partlyKnownLedger();
 
 private:
     QScopedPointer<LogRecorder> m_log;
@@ -127,18 +124,6 @@ void tst_LedgerLoader::writesEachStep()
                }));
     const QRegularExpression took("^debug: Ledger parsing took [0-9.e-]+ msecs$");
     QVERIFY2(took.match(last).hasMatch(), qPrintable(last));
-}
-
-void tst_LedgerLoader::emptyLedgers()
-{
-    load({}, {});
-    QCOMPARE(m_log->lines("critical"), QStringList({"Parsing of package ledger failed"}));
-    m_log->clear();
-    const LedgerBuilder builder;
-    load(builder.build(), builder.trustKey());
-    QCOMPARE(m_log->lines("critical"), QStringList());
-    load(builder.build(), PublicKey());
-    QCOMPARE(m_log->lines("critical"), QStringList()); // there is nothing to verify
 }
 
 void tst_LedgerLoader::structureLines_data()
@@ -176,30 +161,28 @@ void tst_LedgerLoader::recordLines_data()
 {
     QTest::addColumn<int>("segment");
     QTest::addColumn<QByteArray>("payload");
-    QTest::addColumn<QStringList>("lines");
-    const QString failed = "Parsing of package ledger failed";
-    const auto row = [](const char *name, int segment, const QByteArray &payload,
-                        const QStringList &lines) {
-        QTest::newRow(name) << segment << payload << lines;
-    };
-    row("issuer cut", 0, u16(1), {failed});
-    row("keyword cut", 1, u16(0) + u32(1), {failed});
-    row("package count cut", 2, u16(0), {failed});
-    row("package cut", 2, u16(0) + u32(1), {"Package parsing failed", failed});
-    row("link count cut", 3, {}, {failed});
-    row("second link cut", 3, u32(2) + QByteArray(10, '\0'),
-        {"Failed to parse link with index 1", failed});
+    QTest::addColumn<QString>("line");
+    QTest::newRow("issuer cut") << 0 << u16(1) << QString();
+    QTest::newRow("keyword cut") << 1 << u16(0) + u32(1) << QString();
+    QTest::newRow("package count cut") << 2 << u16(0) << QString();
+    QTest::newRow("package cut") << 2 << u16(0) + u32(1) << "Package parsing failed";
+    QTest::newRow("link count cut") << 3 << QByteArray() << QString();
+    QTest::newRow("second link cut")
+        << 3 << u32(2) + QByteArray(10, '\0') << "Failed to parse link with index 1";
 }
 
 void tst_LedgerLoader::recordLines()
 {
     QFETCH(int, segment);
     QFETCH(QByteArray, payload);
-    QFETCH(QStringList, lines);
+    QFETCH(QString, line);
     QVector<LedgerSegment> segments = LedgerBuilder().segments();
     segments[segment].second = payload;
     load(ledgerFile(segments).leftJustified(88, 'x'), {});
-    QCOMPARE(m_log->lines("critical"), lines);
+    QStringList lines = m_log->lines("critical");
+    QVERIFY(!lines.isEmpty());
+    QCOMPARE(lines.takeLast(), QString("Parsing of package ledger failed"));
+    QCOMPARE(lines.join('\n'), line);
 }
 
 void tst_LedgerLoader::issuerLines()
@@ -208,9 +191,8 @@ void tst_LedgerLoader::issuerLines()
     builder.addIssuer("good", "one").addIssuerSignedBy(PrivateKey::generate(), "bad", "two");
     load(builder.build(), builder.trustKey());
     QCOMPARE(
-        m_log->lines("critical"), QStringList(
-                                      {"Failed to verify issuer signature of \"bad\" \"two\"",
-                                       "Parsing of package ledger failed"}));
+        m_log->lines("critical").value(0),
+        QString("Failed to verify issuer signature of \"bad\" \"two\""));
     QVERIFY(m_log->lines("debug").contains("Issuer signature of \"good\" \"one\" is valid"));
 
     LedgerBuilder unusable;
@@ -219,20 +201,18 @@ void tst_LedgerLoader::issuerLines()
     load(unusable.build(), unusable.trustKey());
     QVERIFY(m_log->lines("debug").contains("Issuer signature of \"odd\" \"three\" is valid"));
     QCOMPARE(
-        m_log->lines("critical"),
-        QStringList(
-            {"Public key of \"odd\" \"three\" is not valid", "Parsing of package ledger failed"}));
+        m_log->lines("critical").value(0), QString("Public key of \"odd\" \"three\" is not valid"));
 }
 
-void tst_LedgerLoader::failedPackageWritesNoLineOfItsOwn()
+void tst_LedgerLoader::refusedLedgerKeepsLanguagesAndTypes()
 {
     const LedgerBuilder builder = catalogue();
     const LedgerTables tables =
         load(changed(builder.build(), "\"Alpha\"", "\"Omega\""), builder.trustKey());
     QCOMPARE(m_log->lines("critical"), QStringList({"Parsing of package ledger failed"}));
-    QCOMPARE(tables.packages.size(), 0);
-    QCOMPARE(tables.keywords.size(), 0);
-    QCOMPARE(tables.links.size(), 0);
+    QCOMPARE(tables.packages.size() + tables.keywords.size() + tables.links.size(), 0);
+    QCOMPARE(tables.languages.size(), 2);
+    QCOMPARE(tables.types.size(), 2);
 }
 
 void tst_LedgerLoader::whatIsSigned_data()
@@ -296,15 +276,6 @@ void tst_LedgerLoader::issuersCannotStandInForEachOther()
     QCOMPARE(packagesOf(builder.addRawPackage(record)), 0);
 }
 
-void tst_LedgerLoader::refusedLedgerKeepsLanguagesAndTypes()
-{
-    const QByteArray ledger = catalogue().build();
-    const LedgerTables tables = load(ledger, PrivateKey::generate().publicKey());
-    QCOMPARE(tables.packages.size(), 0);
-    QCOMPARE(tables.languages.size(), 2);
-    QCOMPARE(tables.types.size(), 2);
-}
-
 void tst_LedgerLoader::truncatedAnywhere()
 {
     const LedgerBuilder builder = catalogue();
@@ -365,14 +336,19 @@ void tst_LedgerLoader::loadsOnAFullPool()
 
 void tst_LedgerLoader::knownSignaturesChangeNoAnswer()
 {
-    const LedgerBuilder builder = catalogue();
-    const QByteArray ledger = builder.build();
+    LedgerBuilder builder = catalogue();
     VerifiedSignatures known;
-    QCOMPARE(loadLedger(ledger, builder.trustKey(), known).packages.size(), 2);
-    QCOMPARE(known.snapshot()->size(), 2);
-    QCOMPARE(loadLedger(ledger, builder.trustKey(), known).packages.size(), 2);
-    QCOMPARE(known.snapshot()->size(), 2);
-    // Each bit of the package records, with the good ones known and with nothing known.
+    for (int round = 0; round < 2; ++round) {
+        QCOMPARE(loadLedger(builder.build(), builder.trustKey(), known).packages.size(), 2);
+        QCOMPARE(known.snapshot()->size(), 2);
+    }
+    builder.addPackage("pkg.gamma", "model", "{\"name\":\"Gamma\"}");
+    const QByteArray ledger = builder.build();
+    const QByteArray bad = changed(ledger, "\"Gamma\"", "\"Delta\"");
+    QCOMPARE(loadLedger(bad, builder.trustKey(), known).packages.size(), 0);
+    QCOMPARE(loadLedger(ledger, builder.trustKey(), known).packages.size(), 3);
+    QCOMPARE(known.snapshot()->size(), 3);
+    // Each byte of the package records changed, with the good ones known and with nothing known.
     const int start = ledger.indexOf(".pkg", 38);
     for (int at = start; at < ledger.indexOf(".lnk", 38); ++at) {
         QByteArray damaged = ledger;
@@ -397,19 +373,6 @@ void tst_LedgerLoader::knownSignaturesOfAnotherKeyDontCount()
     QCOMPARE(loadLedger(second.build(), second.trustKey(), known).packages.size(), 0);
     // And a stranger's issuer isn't accepted because its packages are known.
     QCOMPARE(loadLedger(first.build(), second.trustKey(), known).packages.size(), 0);
-}
-
-void tst_LedgerLoader::partlyKnownLedger()
-{
-    LedgerBuilder builder = catalogue();
-    VerifiedSignatures known;
-    loadLedger(builder.build(), builder.trustKey(), known);
-    builder.addPackage("pkg.gamma", "model", "{\"name\":\"Gamma\"}");
-    QCOMPARE(loadLedger(builder.build(), builder.trustKey(), known).packages.size(), 3);
-    QCOMPARE(known.snapshot()->size(), 3);
-    const QByteArray bad = changed(builder.build(), "\"Gamma\"", "\"Delta\"");
-    QCOMPARE(loadLedger(bad, builder.trustKey(), known).packages.size(), 0);
-    QCOMPARE(known.snapshot()->size(), 3);
 }
 
 QTEST_GUILESS_MAIN(tst_LedgerLoader)

@@ -24,7 +24,6 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void writesTheFormat();
-    void readsBack_data();
     void readsBack();
     void skipsTheSameEtag();
     void cutFiles();
@@ -32,7 +31,6 @@ private Q_SLOTS:
     void fullDiskKeepsTheOldSnapshot();
     void removesRemainsOfADeadWriter();
     void waitsForTheLock();
-    void uuidsThatNameNoDirectory_data();
     void uuidsThatNameNoDirectory();
 
 private:
@@ -75,32 +73,27 @@ void tst_LedgerStore::writesTheFormat()
     QVERIFY(!QFile::exists(path(".lock")));
 }
 
-void tst_LedgerStore::readsBack_data()
-{
-    QTest::addColumn<QByteArray>("etag");
-    QTest::addColumn<QByteArray>("ledger");
-    QTest::newRow("usual") << QByteArray("\"abc\"") << QByteArray("bytes\0more", 10);
-    QTest::newRow("weak") << QByteArray("W/\"abc\"") << QByteArray("x");
-    QTest::newRow("empty ledger") << QByteArray("\"abc\"") << QByteArray();
-    QTest::newRow("large") << QByteArray("\"abc\"") << numberedContent(1, 5000000);
-}
-
 void tst_LedgerStore::readsBack()
 {
-    QFETCH(QByteArray, etag);
-    QFETCH(QByteArray, ledger);
     const LedgerStore store("service-1");
     QCOMPARE(store.load().etag, QByteArray());
     QVERIFY(m_log->lines().isEmpty());
-    store.save({etag, ledger});
-    m_log->clear();
-    const LedgerSnapshot snapshot = store.load();
-    QCOMPARE(snapshot.etag, etag);
-    QCOMPARE(snapshot.ledger, ledger);
-    QCOMPARE(
-        m_log->lines(), QStringList(
-                            {"debug: Loaded persisted ledger of \"service-1\" ETag \""
-                             + QString(etag).replace('"', "\\\"") + '"'}));
+    const LedgerSnapshot snapshots[] = {
+        {"\"abc\"", QByteArray("bytes\0more", 10)},
+        {"W/\"abc\"", QByteArray()},
+        {"\"large\"", numberedContent(1, 5000000)},
+    };
+    for (const LedgerSnapshot &saved : snapshots) {
+        store.save(saved);
+        m_log->clear();
+        const LedgerSnapshot loaded = store.load();
+        QCOMPARE(loaded.etag, saved.etag);
+        QVERIFY(loaded.ledger == saved.ledger);
+        const QString etag = QString(saved.etag).replace('"', "\\\"");
+        QCOMPARE(
+            m_log->lines(),
+            QStringList({"debug: Loaded persisted ledger of \"service-1\" ETag \"" + etag + '"'}));
+    }
     QCOMPARE(LedgerStore("service-2").load().ledger, QByteArray());
 }
 
@@ -205,22 +198,17 @@ void tst_LedgerStore::waitsForTheLock()
     QCOMPARE(store.load().ledger, QByteArray("two"));
 }
 
-void tst_LedgerStore::uuidsThatNameNoDirectory_data()
-{
-    QTest::addColumn<QString>("uuid");
-    for (const char *uuid : {"", ".", "..", "../service-1", "a/../../b", "a\\b", ".hidden", "/etc"})
-        QTest::newRow(*uuid ? uuid : "none") << QString(uuid);
-}
-
 void tst_LedgerStore::uuidsThatNameNoDirectory()
 {
-    QFETCH(QString, uuid);
-    const LedgerStore store(uuid);
-    store.save({"\"e1\"", "ledger"});
-    QCOMPARE(
-        QDir(m_data->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
-        QStringList());
-    QCOMPARE(store.load().etag, QByteArray());
+    for (const char *uuid :
+         {"", ".", "..", "../service-1", "a/../../b", "a\\b", ".hidden", "/etc"}) {
+        const LedgerStore store(uuid);
+        store.save({"\"e1\"", "ledger"});
+        QVERIFY2(
+            QDir(m_data->path()).isEmpty(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+            uuid);
+        QCOMPARE(store.load().etag, QByteArray());
+    }
 }
 
 QTEST_APPLESS_MAIN(tst_LedgerStore)

@@ -77,28 +77,20 @@ class LocalPackageAccessorTest : public QObject
 
 private Q_SLOTS:
     void sourceHandsOutUnreadSnapshots();
-    void emptyRootIsEmpty();
     void packagesAreNamedByTheirDirectories();
     void manifestIsTheObject_data();
     void manifestIsTheObject();
-    void manifestsOutliveTheTree();
-    void longManifestIsCut();
     void manifestsPastTheCapacityAreEmpty();
     void manifestThatShrinksIsWhatIsLeft();
     void unusableManifestMeansATypeDirectory();
     void linksToDirectoriesAreFollowed();
-    void linksThatLeadBackEndTheWalk();
     void linksThatMultiplyAreBounded();
-    void deepTreeIsRead();
-    void oddNames();
     void unreadableDirectoryIsPassedOver();
-    void fileUrls();
-    void installerReadsThePackageDirectory();
+    void filesOfAPackage();
     void keywordTexts_data();
     void keywordTexts();
     void keywordFilesAreListedByBaseName();
     void keywordFileMayDisappear();
-    void links_data();
     void links();
     void readsFromManyThreads();
 };
@@ -106,45 +98,43 @@ private Q_SLOTS:
 void LocalPackageAccessorTest::sourceHandsOutUnreadSnapshots()
 {
     Tree tree;
-    tree.package("p");
     LocalPackageSource source(tree.directory.path());
-    QCOMPARE(source.priority(), 3);
     QSignalSpy spy(&source, &PackageSource::updateRequired);
     const auto accessor = source.getAccessor();
+    const auto missing = LocalPackageSource("/nowhere/at/all").getAccessor();
+    tree.package("p");
     QCOMPARE(accessor->packageCount(), 0);
-    QCOMPARE(accessor->languages(), (QStringList{"de", "en"}));
-    tree.package("q");
     accessor->load();
-    QCOMPARE(accessor->packageCount(), 2);
+    missing->load();
+    QCOMPARE(accessor->packageCount(), 1);
+    QCOMPARE(missing->packageCount() + missing->keywordCount() + missing->linkCount(), 0);
+    QCOMPARE(missing->languages(), (QStringList{"de", "en"}));
     source.update();
     source.persist();
     QCOMPARE(spy.count(), 0);
 }
 
-void LocalPackageAccessorTest::emptyRootIsEmpty()
-{
-    for (const QString &root : {QTemporaryDir().path(), QString("/nowhere/at/all")}) {
-        LocalPackageAccessor accessor(root);
-        accessor.load();
-        QCOMPARE(accessor.packageCount(), 0);
-        QCOMPARE(accessor.keywordCount(), 0);
-        QCOMPARE(accessor.linkCount(), 0);
-        QCOMPARE(accessor.languages(), (QStringList{"de", "en"}));
-    }
-}
-
 void LocalPackageAccessorTest::packagesAreNamedByTheirDirectories()
 {
     Tree tree;
-    tree.package("top");
-    tree.package("a/one");
-    tree.package("a/b/two");
-    tree.package("a/b/two/inner");
-    tree.package("a/b/c/three");
+    QStringList expected{"/top", "a/one", "a:b/two", "a:b:c/three"};
+    for (const char *name : {"top", "a/one", "a/b/two", "a/b/two/inner", "a/b/c/three"})
+        tree.package(name);
+    for (const char *name :
+         {"%1", "a b", "a:b", "manifest.json", "\u00e4\u6f22", "new\nline", "x.json"}) {
+        tree.package("odd/" + QString(name));
+        expected << "odd/" + QString(name);
+    }
+    QString deep;
+    for (int level = 0; level < 400; ++level)
+        deep += "level/";
+    tree.package(deep + "p");
+    expected << QString("level:").repeated(399) + "level/p";
+    expected.sort();
     tree.write("packages/manifest.json", "{}");
     tree.write("packages/a/.hidden/p/manifest.json", "{}");
     tree.write("packages/nothing/readme", "");
-    QCOMPARE(tree.packages(), (QStringList{"/top", "a/one", "a:b/two", "a:b:c/three"}));
+    QCOMPARE(tree.packages(), expected);
     QCOMPARE(tree.accessor->packageInfo(0).revision, QString());
 }
 
@@ -158,6 +148,11 @@ void LocalPackageAccessorTest::manifestIsTheObject_data()
     QTest::newRow("array") << QByteArray("[1]") << QJsonObject();
     QTest::newRow("broken") << QByteArray(R"({"a": 1)") << QJsonObject();
     QTest::newRow("nested without end") << QByteArray(1000000, '[') << QJsonObject();
+    const int room = LocalManifests::longestManifest;
+    const QByteArray object = R"({"a": 1})";
+    QTest::newRow("as long as is read")
+        << object + QByteArray(room - object.size(), ' ') << QJsonObject{{"a", 1}};
+    QTest::newRow("longer") << R"({"a": ")" + QByteArray(room, 'x') + "\"}" << QJsonObject();
 }
 
 void LocalPackageAccessorTest::manifestIsTheObject()
@@ -168,33 +163,10 @@ void LocalPackageAccessorTest::manifestIsTheObject()
     tree.package("p", file);
     tree.package("q", R"({"q": true})");
     QCOMPARE(tree.packages(), (QStringList{"/p", "/q"}));
+    tree.directory.remove(); // read once, by then
     for (int i = 0; i < 2; ++i) {
         const bool isP = tree.accessor->packageInfo(i).id == "p";
         QCOMPARE(tree.accessor->manifest(i), isP ? manifest : (QJsonObject{{"q", true}}));
-    }
-}
-
-void LocalPackageAccessorTest::manifestsOutliveTheTree()
-{
-    Tree tree;
-    tree.package("p", R"({"a": 1})");
-    tree.load();
-    tree.directory.remove();
-    QCOMPARE(tree.accessor->manifest(0), (QJsonObject{{"a", 1}}));
-}
-
-void LocalPackageAccessorTest::longManifestIsCut()
-{
-    Tree tree;
-    const QByteArray start = R"({"a": ")";
-    const QByteArray end = "\"}";
-    const int room = LocalManifests::longestManifest - start.size() - end.size();
-    tree.package("fits", start + QByteArray(room, 'x') + end);
-    tree.package("long", start + QByteArray(5 * 1024 * 1024, 'x') + end);
-    QCOMPARE(tree.packages(), (QStringList{"/fits", "/long"}));
-    for (int i = 0; i < 2; ++i) {
-        const int size = tree.accessor->packageInfo(i).id == "fits" ? 1 : 0;
-        QCOMPARE(tree.accessor->manifest(i).size(), size);
     }
 }
 
@@ -262,12 +234,7 @@ void LocalPackageAccessorTest::linksToDirectoriesAreFollowed()
     makeLink(tree.path("packages/linked"), elsewhere.path());
     makeLink(tree.path("packages/alias"), elsewhere.filePath("p"));
     makeLink(tree.path("packages/again"), elsewhere.filePath("p"));
-    QCOMPARE(tree.packages(), (QStringList{"/again", "/alias", "linked/p", "linked:sub/q"}));
-}
-
-void LocalPackageAccessorTest::linksThatLeadBackEndTheWalk()
-{
-    Tree tree;
+    // Until they lead back.
     tree.package("a/p");
     tree.package("b/q");
     makeLink(tree.path("packages/self"), tree.path("packages/self"));
@@ -275,7 +242,10 @@ void LocalPackageAccessorTest::linksThatLeadBackEndTheWalk()
     makeLink(tree.path("packages/a/up"), tree.path("packages/a"));
     makeLink(tree.path("packages/a/toB"), tree.path("packages/b"));
     makeLink(tree.path("packages/b/toA"), tree.path("packages/a"));
-    QCOMPARE(tree.packages(), (QStringList{"a/p", "a:toB/q", "b/q", "b:toA/p"}));
+    QCOMPARE(
+        tree.packages(),
+        (QStringList{
+            "/again", "/alias", "a/p", "a:toB/q", "b/q", "b:toA/p", "linked/p", "linked:sub/q"}));
 }
 
 void LocalPackageAccessorTest::linksThatMultiplyAreBounded()
@@ -293,33 +263,6 @@ void LocalPackageAccessorTest::linksThatMultiplyAreBounded()
     QVERIFY(tree.packages().contains("honest/p"));
 }
 
-void LocalPackageAccessorTest::deepTreeIsRead()
-{
-    Tree tree;
-    QString name;
-    QStringList type;
-    for (int level = 0; level < 400; ++level) {
-        name += "level/";
-        type << "level";
-    }
-    tree.package(name + "p");
-    QCOMPARE(tree.packages(), QStringList{type.join(':') + "/p"});
-}
-
-void LocalPackageAccessorTest::oddNames()
-{
-    Tree tree;
-    const QStringList names{"%1",           "a b",       "a:b",   "manifest.json",
-                            "\u00e4\u6f22", "new\nline", "x.json"};
-    for (const QString &name : names)
-        tree.package("type/" + name);
-    QStringList expected;
-    for (const QString &name : names)
-        expected << "type/" + name;
-    expected.sort();
-    QCOMPARE(tree.packages(), expected);
-}
-
 void LocalPackageAccessorTest::unreadableDirectoryIsPassedOver()
 {
     Tree tree;
@@ -333,33 +276,23 @@ void LocalPackageAccessorTest::unreadableDirectoryIsPassedOver()
     QCOMPARE(packages, isClosed ? QStringList{"open/p"} : (QStringList{"closed/q", "open/p"}));
 }
 
-void LocalPackageAccessorTest::fileUrls()
+void LocalPackageAccessorTest::filesOfAPackage()
 {
-    Tree tree;
-    tree.package("top");
-    tree.load();
-    const QString packages = tree.path("packages");
-    const auto url = [&](const QString &name) { return tree.accessor->fileUrl(0, name); };
-    QCOMPARE(url("f"), QUrl::fromLocalFile(packages + "//top/f"));
-    QCOMPARE(url("missing #1?.png"), QUrl::fromLocalFile(packages + "//top/missing #1?.png"));
-    QCOMPARE(url("%1%2"), QUrl::fromLocalFile(packages + "//top/%1%2"));
+    Tree top;
+    top.package("top");
+    const QString path = top.path("packages//top/");
+    for (const char *name : {"f", "missing #1?.png", "%1%2"})
+        QCOMPARE(top.load().fileUrl(0, name), QUrl::fromLocalFile(path + name));
 
-    Tree deep;
-    deep.package("a/b/c");
-    QCOMPARE(deep.load().fileUrl(0, "f"), QUrl::fromLocalFile(deep.path("packages/a/b/c/f")));
-}
-
-void LocalPackageAccessorTest::installerReadsThePackageDirectory()
-{
     Tree tree;
     tree.package("a/b/c");
     tree.write("packages/a/b/c/file", "content");
-    const auto installer = tree.load().createInstaller(0, InstallLocation());
+    const QString file = tree.path("packages/a/b/c/file");
+    QCOMPARE(tree.load().fileUrl(0, "file"), QUrl::fromLocalFile(file));
+    const auto installer = tree.accessor->createInstaller(0, InstallLocation());
     QTRY_VERIFY(installer->isFinished());
     QCOMPARE(installer->errors().size(), 1);
-    QCOMPARE(
-        installer->errors().first().message,
-        "Failed to install file " + tree.path("packages/a/b/c/file"));
+    QCOMPARE(installer->errors().first().message, "Failed to install file " + file);
 }
 
 void LocalPackageAccessorTest::keywordTexts_data()
@@ -433,28 +366,20 @@ void LocalPackageAccessorTest::keywordFileMayDisappear()
     QVERIFY(tree.accessor->keywordInfo(0).strings.isEmpty());
 }
 
-void LocalPackageAccessorTest::links_data()
-{
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QString>("ends");
-    QTest::newRow("is_a") << QByteArray(R"({"from": "a", "to": "b", "type": "is_a"})") << 0
-                          << "a>b";
-    QTest::newRow("requires") << QByteArray(R"({"from": "a", "to": "b", "type": "requires"})") << 6
-                              << "a>b";
-    QTest::newRow("capitals") << QByteArray(R"({"from": "a", "to": "b", "type": "IS_A"})") << -1
-                              << "a>b";
-    QTest::newRow("wrong kinds") << QByteArray(R"({"from": 1, "to": [], "type": {}})") << -1 << ">";
-    QTest::newRow("broken") << QByteArray("{") << -1 << ">";
-}
-
 void LocalPackageAccessorTest::links()
 {
-    QFETCH(QByteArray, json);
-    Tree tree;
-    const LinkInfo link = tree.link(json);
-    QTEST(link.type, "type");
-    QTEST(link.from + '>' + link.to, "ends");
+    const QPair<QByteArray, QString> links[] = {
+        {R"({"from": "a", "to": "b", "type": "is_a"})", "a 0 b"},
+        {R"({"from": "a", "to": "b", "type": "requires"})", "a 6 b"},
+        {R"({"from": "a", "to": "b", "type": "IS_A"})", "a -1 b"},
+        {R"({"from": 1, "to": [], "type": {}})", " -1 "},
+        {"{", " -1 "},
+    };
+    for (const auto &[json, expected] : links) {
+        Tree tree;
+        const LinkInfo link = tree.link(json);
+        QCOMPARE(QString("%1 %2 %3").arg(link.from).arg(link.type).arg(link.to), expected);
+    }
 }
 
 void LocalPackageAccessorTest::readsFromManyThreads()

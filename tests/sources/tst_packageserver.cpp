@@ -31,6 +31,20 @@ QString languageOf(PackageServer &source)
     return accessor->languages().join(',');
 }
 
+/// A source that has got the ledger of one language, and what it tells.
+struct Started
+{
+    LedgerServer server;
+    PackageServer source{server.service()};
+    QSignalSpy updates{&source, &PackageSource::updateRequired};
+
+    explicit Started(const QByteArray &etag = "\"e1\"", const QByteArray &ledger = ledgerOf("de"))
+    {
+        server.publish(ledger, etag);
+        updates.wait(60000);
+    }
+};
+
 void tick(PackageServer &source)
 {
     QTimerEvent event(1);
@@ -46,13 +60,10 @@ class tst_PackageServer : public QObject
 private Q_SLOTS:
     void init();
     void cleanup();
-    void firstStart();
     void waitsForTheService();
     void followsEtags();
-    void etagsGoBackAsTheyCame_data();
     void etagsGoBackAsTheyCame();
     void answerWithoutEtag();
-    void failuresKeepTheLedger_data();
     void failuresKeepTheLedger();
     void onePollAtATime();
     void ticksWaitForTheDeadline();
@@ -66,6 +77,7 @@ private Q_SLOTS:
 private:
     /// Polls once, as if the repository asked for it.
     void poll(PackageServer &source, LedgerServer &server);
+    void poll(Started &started) { poll(started.source, started.server); }
 
     ScopedDataLocation m_data;
     QScopedPointer<LogRecorder> m_log;
@@ -92,38 +104,21 @@ void tst_PackageServer::poll(PackageServer &source, LedgerServer &server)
     QCOMPARE(server.http().requestCount(), requests + 1);
 }
 
-void tst_PackageServer::firstStart()
-{
-    LedgerServer server;
-    server.publish(ledgerOf("de"), "\"e1\"");
-    PackageServer source(server.service());
-    QCOMPARE(source.priority(), 0);
-    QCOMPARE(languageOf(source), QString());
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QTRY_COMPARE(updates.count(), 1);
-    QCOMPARE(server.conditions(), QVector<QByteArray>({QByteArray()}));
-    QCOMPARE(languageOf(source), QString("de"));
-    QCOMPARE(
-        m_log->lines(),
-        QStringList({"debug: Package server update complete - Received new ledger with ETag "
-                     "\"\\\"e1\\\"\""}));
-}
-
 void tst_PackageServer::waitsForTheService()
 {
     LedgerServer server;
     server.publish(ledgerOf("de"), "\"e1\"");
     PackageServer source(server.service());
+    QCOMPARE(languageOf(source), QString());
     // Enabled, but not available before the event loop's next turn.
     QCOMPARE(server.service()->status(), nk::account::Service::Connecting);
     QSignalSpy updates(&source, &PackageSource::updateRequired);
     tick(source);
     source.update();
-    QSignalSpy status(server.service(), &nk::account::Service::statusChanged);
     QCOMPARE(server.http().requestCount(), 0);
     QTRY_COMPARE(updates.count(), 1);
-    QCOMPARE(status.count(), 1);
     QCOMPARE(server.http().requestCount(), 1);
+    QCOMPARE(languageOf(source), QString("de"));
     // One that is available already is asked at once.
     PackageServer second(server.service());
     QSignalSpy secondUpdates(&second, &PackageSource::updateRequired);
@@ -132,100 +127,71 @@ void tst_PackageServer::waitsForTheService()
 
 void tst_PackageServer::followsEtags()
 {
-    LedgerServer server;
-    server.publish(ledgerOf("de"), "\"e1\"");
-    PackageServer source(server.service());
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QTRY_COMPARE(updates.count(), 1);
+    Started started;
+    auto &[server, source, updates] = started;
+    const QString received =
+        "debug: Package server update complete - Received new ledger with ETag ";
+    QCOMPARE(m_log->lines(), QStringList({received + "\"\\\"e1\\\"\""}));
     const auto before = source.getAccessor();
 
     m_log->clear();
-    poll(source, server);
+    poll(started);
     QCOMPARE(m_log->lines(), QStringList({"debug: Package server update complete - no changes"}));
     QCOMPARE(updates.count(), 1);
 
     server.publish(ledgerOf("fr"), "\"e2\"");
-    poll(source, server);
+    poll(started);
     QCOMPARE(updates.count(), 2);
     QCOMPARE(languageOf(source), QString("fr"));
     before->load(); // a snapshot of its time
     QCOMPARE(before->languages(), QStringList({"de"}));
-    poll(source, server);
+    poll(started);
     QCOMPARE(
         server.conditions(), QVector<QByteArray>({QByteArray(), "\"e1\"", "\"e1\"", "\"e2\""}));
 }
 
-void tst_PackageServer::etagsGoBackAsTheyCame_data()
-{
-    QTest::addColumn<QByteArray>("etag");
-    QTest::newRow("strong") << QByteArray("\"65f0a-1b2c\"");
-    QTest::newRow("weak") << QByteArray("W/\"65f0a-1b2c\"");
-    QTest::newRow("empty") << QByteArray("\"\"");
-    QTest::newRow("with a comma") << QByteArray("\"a,b\"");
-    QTest::newRow("beyond ASCII") << QByteArray("\"\xe9\"");
-}
-
 void tst_PackageServer::etagsGoBackAsTheyCame()
 {
-    QFETCH(QByteArray, etag);
-    LedgerServer server;
-    server.publish(ledgerOf("de"), etag);
-    PackageServer source(server.service());
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QTRY_COMPARE(updates.count(), 1);
-    poll(source, server);
-    QCOMPARE(server.conditions().last(), etag);
-    QCOMPARE(updates.count(), 1);
+    for (const char *etag : {"W/\"65f0a-1b2c\"", "\"\"", "\"a,b\"", "\"\xe9\""}) {
+        Started started(etag);
+        poll(started);
+        QCOMPARE(started.server.conditions().last(), QByteArray(etag));
+        QCOMPARE(started.updates.count(), 1);
+    }
 }
 
 void tst_PackageServer::answerWithoutEtag()
 {
-    LedgerServer server;
-    server.publish(ledgerOf("de"), QByteArray());
-    PackageServer source(server.service());
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QTRY_COMPARE(updates.count(), 1);
-    poll(source, server);
-    QCOMPARE(updates.count(), 2);
-    QCOMPARE(server.conditions(), QVector<QByteArray>({QByteArray(), QByteArray()}));
-    source.persist();
+    Started started(QByteArray{});
+    poll(started);
+    QCOMPARE(started.updates.count(), 2);
+    QCOMPARE(started.server.conditions(), QVector<QByteArray>({QByteArray(), QByteArray()}));
+    started.source.persist();
     QThreadPool::globalInstance()->waitForDone();
     QVERIFY(!QFile::exists(m_data.filePath("packages/servers")));
 }
 
-void tst_PackageServer::failuresKeepTheLedger_data()
-{
-    QTest::addColumn<HttpTestAnswer>("answer");
-    QTest::addColumn<QString>("line");
-    const HttpTestAnswer good = HttpTestAnswer::ok(ledgerOf("fr"));
-    QTest::newRow("not found") << HttpTestAnswer::of(404, "gone")
-                               << "Ledger update failed with status 404 \"gone\"";
-    QTest::newRow("in trouble") << HttpTestAnswer::of(503)
-                                << "Ledger update failed with status 503 \"\"";
-    QTest::newRow("no content") << HttpTestAnswer::of(204)
-                                << "Ledger update failed with status 204 \"\"";
-    QTest::newRow("cut") << good.cutAt(good.bytes.indexOf("\r\n\r\n") + 8)
-                         << "Ledger update failed with status 0 \"ldgr\"";
-}
-
 void tst_PackageServer::failuresKeepTheLedger()
 {
-    QFETCH(HttpTestAnswer, answer);
-    QFETCH(QString, line);
-    LedgerServer server;
-    server.publish(ledgerOf("de"), "\"e1\"");
-    PackageServer source(server.service());
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QTRY_COMPARE(updates.count(), 1);
-    server.answerWith(answer);
-    m_log->clear();
-    poll(source, server);
-    QCOMPARE(m_log->lines(), QStringList({"critical: " + line}));
-    QCOMPARE(updates.count(), 1);
-    QCOMPARE(languageOf(source), QString("de"));
-    server.answerWith(std::nullopt);
-    poll(source, server);
-    QCOMPARE(server.conditions().last(), QByteArray("\"e1\""));
+    const HttpTestAnswer good = HttpTestAnswer::ok(ledgerOf("fr"));
+    const QPair<HttpTestAnswer, QString> failures[] = {
+        {HttpTestAnswer::of(404, "gone"), "404 \"gone\""},
+        {HttpTestAnswer::of(204), "204 \"\""},
+        {good.cutAt(good.bytes.indexOf("\r\n\r\n") + 8), "0 \"ldgr\""},
+    };
+    for (const auto &[answer, reason] : failures) {
+        Started started;
+        started.server.answerWith(answer);
+        m_log->clear();
+        poll(started);
+        QCOMPARE(
+            m_log->lines(), QStringList({"critical: Ledger update failed with status " + reason}));
+        QCOMPARE(started.updates.count(), 1);
+        QCOMPARE(languageOf(started.source), QString("de"));
+        started.server.answerWith(std::nullopt);
+        poll(started);
+        QCOMPARE(started.server.conditions().last(), QByteArray("\"e1\""));
+    }
 }
 
 void tst_PackageServer::onePollAtATime()
@@ -273,14 +239,7 @@ void tst_PackageServer::ticksWaitForTheDeadline()
 
 void tst_PackageServer::persistsAndStartsWithoutNetwork()
 {
-    LedgerServer server;
-    server.publish(ledgerOf("de"), "\"e1\"");
-    {
-        PackageServer source(server.service());
-        QSignalSpy updates(&source, &PackageSource::updateRequired);
-        QTRY_COMPARE(updates.count(), 1);
-        source.persist();
-    } // the write goes on without its source
+    Started().source.persist(); // the write goes on without its source
     QThreadPool::globalInstance()->waitForDone();
 
     LedgerServer gone;
@@ -308,47 +267,31 @@ void tst_PackageServer::persistsAndStartsWithoutNetwork()
 
 void tst_PackageServer::persistsOnce()
 {
-    LedgerServer server;
-    server.publish(ledgerOf("de"), "\"e1\"");
-    PackageServer source(server.service());
-    source.persist(); // nothing yet
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QTRY_COMPARE(updates.count(), 1);
-    source.persist();
-    source.persist();
+    Started started;
+    started.source.persist();
+    started.source.persist();
     QThreadPool::globalInstance()->waitForDone();
     const QString skipping =
         "debug: Skipping ledger persistence for \"service-1\" - already persisted";
     QCOMPARE(m_log->lines().count(skipping), 1);
-    server.removeService();
-    m_log->clear();
-    source.persist();
-    QThreadPool::globalInstance()->waitForDone();
-    QCOMPARE(m_log->lines(), QStringList());
 }
 
 void tst_PackageServer::refusedLedgerStands()
 {
-    LedgerServer server;
-    server.publish("not a ledger", "\"e1\"");
-    PackageServer source(server.service());
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QTRY_COMPARE(updates.count(), 1);
-    const auto accessor = source.getAccessor();
+    Started started("\"e1\"", "not a ledger");
     QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("Invalid or corrupted ledger data"));
     QTest::ignoreMessage(QtCriticalMsg, "Parsing of package ledger failed");
-    accessor->load();
-    QCOMPARE(accessor->packageCount(), 0);
-    source.persist();
+    QCOMPARE(languageOf(started.source), QString());
+    started.source.persist();
     QThreadPool::globalInstance()->waitForDone();
     QCOMPARE(LedgerStore("service-1").load().ledger, QByteArray("not a ledger"));
     // It isn't fetched again before the server has another.
-    poll(source, server);
-    QCOMPARE(updates.count(), 1);
-    server.publish(ledgerOf("de"), "\"e2\"");
-    poll(source, server);
-    QCOMPARE(updates.count(), 2);
-    QCOMPARE(languageOf(source), QString("de"));
+    poll(started);
+    QCOMPARE(started.updates.count(), 1);
+    started.server.publish(ledgerOf("de"), "\"e2\"");
+    poll(started);
+    QCOMPARE(started.updates.count(), 2);
+    QCOMPARE(languageOf(started.source), QString("de"));
 }
 
 void tst_PackageServer::nothingBehindThePointer()
@@ -359,20 +302,18 @@ void tst_PackageServer::nothingBehindThePointer()
     tick(none);
     QCOMPARE(languageOf(none), QString());
 
-    LedgerServer server;
-    server.publish(ledgerOf("de"), "\"e1\"");
-    PackageServer source(server.service());
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QTRY_COMPARE(updates.count(), 1);
-    server.removeManager();
-    source.update();
+    Started started;
+    started.server.removeManager();
+    started.source.update();
     QTRY_COMPARE(m_log->lines("critical").size(), 1);
-    QCOMPARE(languageOf(source), QString("de"));
-    server.removeService();
-    source.update();
-    tick(source);
-    QCOMPARE(languageOf(source), QString("de"));
-    QCOMPARE(server.http().requestCount(), 1);
+    started.server.removeService();
+    started.source.update();
+    started.source.persist();
+    tick(started.source);
+    QThreadPool::globalInstance()->waitForDone();
+    QCOMPARE(languageOf(started.source), QString("de"));
+    QCOMPARE(started.server.http().requestCount(), 1);
+    QVERIFY(!QFile::exists(m_data.filePath("packages/servers")));
 }
 
 void tst_PackageServer::goesInTheMiddleOfAPoll()
