@@ -6,7 +6,6 @@
 #include "index/packageindexnode.h"
 
 #include <QCoreApplication>
-#include <QSet>
 #include <QTest>
 #include <QThreadPool>
 #include <QTimer>
@@ -49,15 +48,20 @@ void settle(QObject &model)
     QCoreApplication::processEvents();
 }
 
+void IdMatcher::accept(const QString &ids)
+{
+    m_accepted = ids.split(' ');
+    Q_EMIT updateRequested();
+}
+
 std::function<bool(PackageNode *)> IdMatcher::matchFunction()
 {
     ++functionsMade;
     auto wait = std::make_shared<std::atomic<bool>>(!gate.isNull());
-    return [ids = QSet<QString>(accepted.begin(), accepted.end()), gate = std::exchange(gate, {}),
-            wait](PackageNode *node) {
+    return [ids = m_accepted, gate = std::exchange(gate, {}), wait](PackageNode *node) {
         if (wait->exchange(false))
             gate->acquire();
-        return ids.contains(node->id().toString());
+        return ids.contains(node->id());
     };
 }
 

@@ -12,25 +12,35 @@
 
 #include <atomic>
 
+namespace nk::pm {
+class ManifestField;
+}
+
 namespace nk::pm::test {
 
-/// Writes down what a model tells its views, as "reset", "insert 1 2", "remove 1 2", "move 0 3"
-/// (positions after the move), and further signals that the test adds.
-class ModelLog
+/// Writes down the signals that the test adds, in the order in which they come.
+class SignalLog
 {
 public:
-    explicit ModelLog(QAbstractItemModel &model);
-
-    template<typename Object>
-    void add(Object &object, void (Object::*signal)(), const QString &name)
+    template<typename Object, typename Base>
+    SignalLog &add(Object &object, void (Base::*signal)(), const QString &name)
     {
         QObject::connect(&object, signal, &m_context, [this, name] { m_entries.append(name); });
+        return *this;
     }
     QStringList take() { return std::exchange(m_entries, {}); }
 
-private:
+protected:
     QObject m_context;
     QStringList m_entries;
+};
+
+/// What a model tells its views too, as "reset", "insert 1 2", "remove 1 2", "move 0 3" (positions
+/// after the move).
+class ModelLog : public SignalLog
+{
+public:
+    explicit ModelLog(QAbstractItemModel &model);
 };
 
 /// The first role of all rows, joined with blanks.
@@ -39,17 +49,29 @@ QString ids(const QAbstractItemModel &model);
 /// Lets an update of \a model that is due or running come to its end.
 void settle(QObject &model);
 
-/// Lets packages through by their identifiers, and tells how it was used.
+/// Appends to the list property manifestFields of \a object.
+template<typename Object>
+void addFields(Object &object, std::initializer_list<ManifestField *> fields)
+{
+    auto property = object.manifestFields();
+    for (ManifestField *field : fields)
+        property.append(&property, field);
+}
+
+/// Lets packages through by their identifiers, none at first, and tells how it was used.
 class IdMatcher : public PackageMatcher
 {
 public:
-    QStringList accepted; ///< call change() after a change
     int functionsMade = 0;
     /// With a gate the next function made waits there for a permit at its first package.
     QSharedPointer<QSemaphore> gate;
 
-    void change() { Q_EMIT updateRequested(); }
+    /// Lets through \a ids, which are joined with blanks, and asks for an update.
+    void accept(const QString &ids);
     std::function<bool(PackageNode *)> matchFunction() override;
+
+private:
+    QStringList m_accepted;
 };
 
 } // namespace nk::pm::test

@@ -74,7 +74,7 @@ void TestDestruction::anyOrder()
     std::unique_ptr<PackageRepository> repository(provider->repository);
     repository->setParent(nullptr);
     provider->source.catalogue.package("p", "t", {{"title", "Oak"}}).package("q", "t");
-    provider->source.catalogue.word("oak", "Oak", KeywordType::Category).link("p", IsA, "oak");
+    provider->source.catalogue.word("oak", "Oak", KeywordType::Category).linked("p is_a oak");
     QVERIFY(provider->publish());
 
     auto parts = std::make_unique<Parts>();
@@ -83,13 +83,11 @@ void TestDestruction::anyOrder()
     parts->group.addMatcher(&parts->matcher);
     const auto gate = QSharedPointer<QSemaphore>::create();
     parts->matcher.gate = gate;
-    parts->matcher.accepted = QStringList{"p"};
+    parts->matcher.accept("p");
 
     auto consumers = std::make_unique<Consumers>();
-    auto fields = consumers->packages.manifestFields();
-    fields.append(&fields, &parts->field);
-    auto dataFields = consumers->data.manifestFields();
-    dataFields.append(&dataFields, &parts->field);
+    addFields(consumers->packages, {&parts->field});
+    addFields(consumers->data, {&parts->field});
     consumers->packages.setMatcher(&parts->group);
     consumers->packages.setSorter(&parts->sorter);
     consumers->packages.setPackageProvider(provider.get());

@@ -17,8 +17,6 @@ class TestKeyword : public QObject
 private Q_SLOTS:
     void init();
     void cleanup() { m_provider.reset(); }
-    void typeFromString_data();
-    void typeFromString();
     void followsIdAndIndex();
     void missingKeywordIsSilent();
     void providerSignals();
@@ -35,31 +33,9 @@ void TestKeyword::init()
     QVERIFY(m_provider->publish());
 }
 
-void TestKeyword::typeFromString_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<Keyword::Type>("expected");
-
-    QTest::newRow("noun") << "noun" << Keyword::Noun;
-    QTest::newRow("name") << "name" << Keyword::Name;
-    QTest::newRow("adjective") << "adjective" << Keyword::Adjective;
-    QTest::newRow("literal") << "literal" << Keyword::Literal;
-    QTest::newRow("category") << "category" << Keyword::Category;
-    QTest::newRow("other case") << "Noun" << Keyword::Invalid;
-    QTest::newRow("empty") << "" << Keyword::Invalid;
-}
-
-void TestKeyword::typeFromString()
-{
-    QFETCH(QString, name);
-    QTEST(Keyword::typeFromString(name), "expected");
-}
-
 void TestKeyword::followsIdAndIndex()
 {
     Keyword keyword;
-    QCOMPARE(keyword.type(), Keyword::Invalid);
-    QCOMPARE(keyword.displayString(), QString());
     QSignalSpy changed(&keyword, &Keyword::keywordChanged);
     keyword.setPackageProvider(m_provider.get());
     QCOMPARE(changed.count(), 0);
@@ -77,6 +53,7 @@ void TestKeyword::followsIdAndIndex()
     m_provider->source.catalogue.word("oak", "Oak", KeywordType::Category);
     QVERIFY(m_provider->publish());
     QCOMPARE(keyword.type(), Keyword::Category);
+    QCOMPARE(keyword.type(), Keyword::typeFromString("category"));
     keyword.setKeywordId("");
     QCOMPARE(changed.count(), 5);
     QCOMPARE(keyword.displayString(), QString());

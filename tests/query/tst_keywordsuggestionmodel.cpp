@@ -3,6 +3,7 @@
 
 #include "modeltools.h"
 #include "query/keywordsuggestionmodel.h"
+#include "support/columns.h"
 #include "support/scopeddatalocation.h"
 #include "support/testprovider.h"
 
@@ -18,16 +19,6 @@ using namespace nk::pm::test;
 namespace {
 
 using Log = QStringList;
-
-void fill(MemoryCatalogue &catalogue)
-{
-    catalogue.word("oak", "Oak").word("oak2", "Oak").word("cork", "cork oak").word("elm", "Elm");
-    catalogue.keyword(
-        "tree", KeywordType::Noun,
-        {{"en", "tree", "trees"}, {"en", "sheep", "sheep"}, {"en", "oak", "oaks"}});
-    catalogue.word("html", "a<b & <B>").word("dots", "o(a)k.*");
-    catalogue.package("p", "plant").link("p", IsA, "oak");
-}
 
 /// All threads of the global pool have something else to do until release().
 class BusyPool
@@ -59,12 +50,8 @@ private Q_SLOTS:
     void suggestions();
     void richText_data();
     void richText();
-    void emptySearch();
+    void whenItUpdates();
     void searchEmptiedDuringTask();
-    void oneTaskPerTurn();
-    void countFollowsReset();
-    void newIndexUpdatesAtOnce();
-    void wrongProvider();
 
 private:
     ScopedDataLocation m_location;
@@ -73,34 +60,28 @@ private:
 
 void TestKeywordSuggestionModel::init()
 {
-    m_provider.reset(new TestProvider);
-    fill(m_provider->source.catalogue);
+    m_provider = std::make_unique<TestProvider>();
+    MemoryCatalogue &catalogue = m_provider->source.catalogue;
+    catalogue.word("oak", "Oak").word("oak2", "Oak").word("cork", "cork oak").word("elm", "Elm");
+    catalogue.keyword(
+        "tree", KeywordType::Noun,
+        {{"en", "tree", "trees"}, {"en", "sheep", "sheep"}, {"en", "oak", "oaks"}});
+    catalogue.word("html", "a<b & <B>").word("dots", "o(a)k.*");
+    catalogue.package("p", "plant").linked("p is_a oak");
     QVERIFY(m_provider->publish());
 }
 
 void TestKeywordSuggestionModel::suggestions_data()
 {
-    QTest::addColumn<QString>("search");
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QStringList>("expected");
-
-    const QStringList oaks{"Oak", "cork oak", "oak"};
-    QTest::newRow("shared texts once, capitals first") << "oak"
-                                                       << "" << oaks;
-    QTest::newRow("case of the search ignored") << "OAK"
-                                                << "" << oaks;
-    QTest::newRow("plural if only that holds it") << "oaks"
-                                                  << "" << QStringList{"oaks"};
-    QTest::newRow("limited to a type") << "oak"
-                                       << "plant" << QStringList{"Oak"};
-    QTest::newRow("unknown type") << "oak"
-                                  << "animal" << QStringList();
-    QTest::newRow("inside of a word") << "lm"
-                                      << "" << QStringList{"Elm"};
-    QTest::newRow("literal") << "(a)k."
-                             << "" << QStringList{"o(a)k.*"};
-    QTest::newRow("nothing") << "zebra"
-                             << "" << QStringList();
+    Columns<QString, QString, QStringList>("search", "type", "expected")
+        .row("shared texts once, capitals first", "oak", "", {"Oak", "cork oak", "oak"})
+        .row("case of the search ignored", "OAK", "", {"Oak", "cork oak", "oak"})
+        .row("plural if only that holds it", "oaks", "", {"oaks"})
+        .row("limited to a type", "oak", "plant", {"Oak"})
+        .row("unknown type", "oak", "animal", {})
+        .row("inside of a word", "lm", "", {"Elm"})
+        .row("literal", "(a)k.", "", {"o(a)k.*"})
+        .row("nothing", "zebra", "", {});
 }
 
 void TestKeywordSuggestionModel::suggestions()
@@ -125,17 +106,11 @@ void TestKeywordSuggestionModel::suggestions()
 
 void TestKeywordSuggestionModel::richText_data()
 {
-    QTest::addColumn<QString>("search");
-    QTest::addColumn<QString>("expected"); // of the first row
-
-    QTest::newRow("case kept") << "OA"
-                               << "<b>Oa</b>k";
-    QTest::newRow("every occurrence") << "e"
-                                      << "sh<b>e</b><b>e</b>p";
-    QTest::newRow("markup is escaped") << "<b"
-                                       << "a<b>&lt;b</b> &amp; <b>&lt;B</b>&gt;";
-    QTest::newRow("no expression") << "(a)k.*"
-                                   << "o<b>(a)k.*</b>";
+    Columns<QString, QString>("search", "expected")
+        .row("case kept", "OA", "<b>Oa</b>k")
+        .row("every occurrence", "e", "sh<b>e</b><b>e</b>p")
+        .row("markup is escaped", "<b", "a<b>&lt;b</b> &amp; <b>&lt;B</b>&gt;")
+        .row("no expression", "(a)k.*", "o<b>(a)k.*</b>");
 }
 
 void TestKeywordSuggestionModel::richText()
@@ -155,25 +130,46 @@ void TestKeywordSuggestionModel::richText()
     QCOMPARE(model.roleNames(), (QHash<int, QByteArray>{{0, "suggestion"}, {1, "displayString"}}));
 }
 
-void TestKeywordSuggestionModel::emptySearch()
+void TestKeywordSuggestionModel::whenItUpdates()
 {
     KeywordSuggestionModel model;
-    ModelLog log(model);
-    log.add(model, &KeywordSuggestionModel::countChanged, "count");
-    model.setPackageProvider(m_provider.get());
     QSignalSpy tasks(model.findChild<QFutureWatcherBase *>(), &QFutureWatcherBase::started);
-    settle(model);
-    QCOMPARE(log.take(), Log());
+    ModelLog log(model);
+    log.add(model, &KeywordSuggestionModel::countChanged, "count")
+        .add(model, &KeywordSuggestionModel::searchStringChanged, "search")
+        .add(model, &KeywordSuggestionModel::packageTypeChanged, "type")
+        .add(model, &KeywordSuggestionModel::packageProviderChanged, "provider");
+    const auto settled = [&] {
+        settle(model);
+        return log.take();
+    };
+    model.setPackageProvider(m_provider.get());
+    QCOMPARE(settled(), Log{"provider"}); // nothing is searched for
     QCOMPARE(tasks.count(), 0);
-    model.setSearchString("oak");
-    settle(model);
-    QCOMPARE(log.take(), (Log{"reset", "count"}));
+    for (int round = 0; round < 2; ++round) {
+        model.setSearchString("oak");
+        model.setPackageType("plant");
+    }
+    QCOMPARE(settled(), (Log{"search", "type", "reset", "count"})); // one task per turn
     QCOMPARE(tasks.count(), 1);
+    model.setPackageType("");
+    model.setSearchString("elm");
+    QCOMPARE(settled(), (Log{"type", "search", "reset"})); // another row, as many as before
+    m_provider->source.catalogue.word("maple", "elm-leaved maple");
+    QVERIFY(m_provider->publish());
+    QCOMPARE(settled(), (Log{"reset", "count"}));
+    QCOMPARE(ids(model), QString("Elm elm-leaved maple"));
     model.setSearchString("");
-    QCoreApplication::processEvents();
-    QCOMPARE(log.take(), (Log{"reset", "count"}));
+    QCOMPARE(settled(), (Log{"search", "reset", "count"}));
     QCOMPARE(model.count(), 0);
-    QCOMPARE(tasks.count(), 1);
+    QCOMPARE(tasks.count(), 3);
+
+    model.setSearchString("elm");
+    settled();
+    QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("^Object .* does not implement"));
+    model.setPackageProvider(this);
+    QCOMPARE(model.packageProvider(), nullptr);
+    QCOMPARE(settled(), (Log{"provider", "reset", "count"}));
 }
 
 void TestKeywordSuggestionModel::searchEmptiedDuringTask()
@@ -189,65 +185,6 @@ void TestKeywordSuggestionModel::searchEmptiedDuringTask()
     settle(model);
     QCOMPARE(ids(model), QString("Elm")); // its result still arrives
     model.setPackageType("plant");
-    settle(model);
-    QCOMPARE(model.count(), 0);
-}
-
-void TestKeywordSuggestionModel::oneTaskPerTurn()
-{
-    KeywordSuggestionModel model;
-    ModelLog log(model);
-    log.add(model, &KeywordSuggestionModel::searchStringChanged, "search");
-    log.add(model, &KeywordSuggestionModel::packageTypeChanged, "type");
-    log.add(model, &KeywordSuggestionModel::packageProviderChanged, "provider");
-    for (int round = 0; round < 2; ++round) {
-        model.setSearchString("oak");
-        model.setPackageType("plant");
-        model.setPackageProvider(m_provider.get());
-    }
-    QCOMPARE(log.take(), (Log{"search", "type", "provider"}));
-    settle(model);
-    QCOMPARE(log.take(), Log{"reset"});
-}
-
-void TestKeywordSuggestionModel::countFollowsReset()
-{
-    KeywordSuggestionModel model;
-    ModelLog log(model);
-    log.add(model, &KeywordSuggestionModel::countChanged, "count");
-    model.setPackageProvider(m_provider.get());
-    model.setSearchString("elm");
-    settle(model);
-    QCOMPARE(log.take(), (Log{"reset", "count"}));
-    model.setSearchString("cork");
-    settle(model);
-    QCOMPARE(log.take(), Log{"reset"}); // another row, as many as before
-}
-
-void TestKeywordSuggestionModel::newIndexUpdatesAtOnce()
-{
-    KeywordSuggestionModel model;
-    model.setPackageProvider(m_provider.get());
-    model.setSearchString("maple");
-    settle(model);
-    QCOMPARE(model.count(), 0);
-    m_provider->source.catalogue.word("maple", "Maple");
-    QVERIFY(m_provider->publish());
-    settle(model);
-    QCOMPARE(ids(model), QString("Maple"));
-}
-
-void TestKeywordSuggestionModel::wrongProvider()
-{
-    KeywordSuggestionModel model;
-    model.setPackageProvider(m_provider.get());
-    model.setSearchString("oak");
-    settle(model);
-    QSignalSpy changed(&model, &KeywordSuggestionModel::packageProviderChanged);
-    QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("^Object .* does not implement"));
-    model.setPackageProvider(this);
-    QCOMPARE(changed.count(), 1);
-    QCOMPARE(model.packageProvider(), nullptr);
     settle(model);
     QCOMPARE(model.count(), 0);
 }

@@ -7,6 +7,7 @@
 #include "query/manifestfilefield.h"
 #include "query/manifestsizefield.h"
 #include "query/manifeststringfield.h"
+#include "support/columns.h"
 #include "support/memorysource.h"
 #include "support/scopeddatalocation.h"
 
@@ -81,9 +82,8 @@ void TestManifestFields::initTestCase()
         {"short", QJsonArray{1}},
         {"mixed", QJsonArray{"1", 2}},
         {"file", "model.bin"}};
-    const QString id = "p";
-    m_index = buildIndex(MemoryCatalogue().package(id, "t", manifest));
-    m_node = m_index->getPackage(QStringRef(&id));
+    m_index = buildIndex(MemoryCatalogue().package("p", "t", manifest));
+    m_node = packageOf(m_index, "p");
     QVERIFY(m_node);
 }
 
@@ -100,25 +100,15 @@ void TestManifestFields::plainField()
 
 void TestManifestFields::stringField_data()
 {
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("expected");
-
-    QTest::newRow("text") << "text"
-                          << "Oak";
-    QTest::newRow("an empty text is no missing one") << "empty"
-                                                     << "";
-    QTest::newRow("missing") << "missing"
-                             << "id:title.oak";
-    QTest::newRow("number") << "number"
-                            << "id:title.oak";
-    QTest::newRow("null") << "null"
-                          << "id:title.oak";
-    QTest::newRow("translated") << "translated"
-                                << "Eiche";
-    QTest::newRow("without a translation") << "untranslated"
-                                           << "title.elm";
-    QTest::newRow("capital") << "capital"
-                             << "Id:title.oak";
+    Columns<QString, QString>("key", "expected")
+        .row("text", "text", "Oak")
+        .row("an empty text is no missing one", "empty", "")
+        .row("missing", "missing", "id:title.oak")
+        .row("number", "number", "id:title.oak")
+        .row("null", "null", "id:title.oak")
+        .row("translated", "translated", "Eiche")
+        .row("without a translation", "untranslated", "title.elm")
+        .row("capital", "capital", "Id:title.oak");
 }
 
 void TestManifestFields::stringField()
@@ -136,69 +126,62 @@ void TestManifestFields::stringField()
 
 void TestManifestFields::booleanField_data()
 {
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<bool>("byDefault");
-    QTest::addColumn<bool>("expected");
-
-    QTest::newRow("true") << "true" << false << true;
-    QTest::newRow("false") << "false" << true << false;
-    QTest::newRow("a number is none") << "number" << false << false;
-    QTest::newRow("a text is none") << "text" << true << true;
-    QTest::newRow("missing") << "missing" << true << true;
+    Columns<QString, bool, bool>("key", "byDefault", "expected")
+        .row("true", "true", false, true)
+        .row("false", "false", true, false)
+        .row("a number is none", "number", false, false)
+        .row("a text is none", "text", true, true)
+        .row("missing", "missing", true, true);
 }
 
 void TestManifestFields::booleanField()
 {
     QFETCH(QString, key);
     QFETCH(bool, byDefault);
-    QFETCH(bool, expected);
     ManifestBooleanField field;
     field.setDefaultValue(byDefault);
+    QFETCH(bool, expected);
     QCOMPARE(read(field, key), QVariant(expected));
     QCOMPARE(field.read(nullptr), QVariant(byDefault));
 }
 
 void TestManifestFields::sizeField_data()
 {
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QSizeF>("expected");
-
-    QTest::newRow("size") << "size" << QSizeF(3.5, 4);
-    QTest::newRow("negative counts as 0") << "negative" << QSizeF(0, 5);
-    QTest::newRow("too long") << "long" << QSizeF(1, 2);
-    QTest::newRow("too short") << "short" << QSizeF(7, 8);
-    QTest::newRow("not all numbers") << "mixed" << QSizeF(7, 8);
-    QTest::newRow("no array") << "number" << QSizeF(7, 8);
-    QTest::newRow("missing") << "missing" << QSizeF(7, 8);
+    Columns<QString, QSizeF>("key", "expected")
+        .row("size", "size", {3.5, 4})
+        .row("negative counts as 0", "negative", {0, 5})
+        .row("too long", "long", {1, 2})
+        .row("too short", "short", {7, 8})
+        .row("not all numbers", "mixed", {7, 8})
+        .row("no array", "number", {7, 8})
+        .row("missing", "missing", {7, 8});
 }
 
 void TestManifestFields::sizeField()
 {
     QFETCH(QString, key);
-    QFETCH(QSizeF, expected);
     ManifestSizeField field;
     QCOMPARE(field.defaultValue(), QSizeF(0, 0));
     field.setDefaultValue({7, 8});
+    QFETCH(QSizeF, expected);
     QCOMPARE(read(field, key), QVariant(expected));
     QCOMPARE(field.read(nullptr), QVariant(QSizeF(7, 8)));
 }
 
 void TestManifestFields::fileField_data()
 {
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QUrl>("expected");
-
-    QTest::newRow("file") << "file" << QUrl("memory:/p/model.bin");
-    QTest::newRow("no text") << "number" << QUrl();
-    QTest::newRow("missing") << "missing" << QUrl();
+    Columns<QString, QUrl>("key", "expected")
+        .row("file", "file", QUrl("memory:/p/model.bin"))
+        .row("no text", "number", {})
+        .row("missing", "missing", {});
 }
 
 void TestManifestFields::fileField()
 {
     QFETCH(QString, key);
-    QFETCH(QUrl, expected);
     ManifestFileField field;
     QVERIFY(field.isStatusDependent());
+    QFETCH(QUrl, expected);
     QCOMPARE(read(field, key), QVariant(expected));
     QCOMPARE(field.read(nullptr), QVariant(QUrl()));
 }

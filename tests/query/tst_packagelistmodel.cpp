@@ -3,7 +3,6 @@
 
 #include "index/packageindex.h"
 #include "modeltools.h"
-#include "query/manifestsizefield.h"
 #include "query/manifeststringfield.h"
 #include "query/packagelistmodel.h"
 #include "query/sortbyintegerfield.h"
@@ -22,44 +21,62 @@ namespace {
 using Log = QStringList;
 const Log silence;
 
-/// A provider with the packages a to f of type "letter", ranked by \a ranks, and x of type "other".
-std::unique_ptr<TestProvider> letters(const QVector<int> &ranks = {1, 2, 3, 4, 5, 6})
-{
-    auto provider = std::make_unique<TestProvider>();
-    for (int i = 0; i < 6; ++i)
-        provider->source.catalogue.package(
-            QString(QChar('a' + i)), "letter", {{"rank", ranks.at(i)}});
-    provider->source.catalogue.package("x", "other", {{"title", "Xylophone"}});
-    provider->publish();
-    return provider;
-}
-
-/// A model with everything that a test looks at.
+/// A model with everything that a test looks at, and a provider with the packages a to f of type
+/// "letter" and x of type "other".
 struct Fixture
 {
+    std::unique_ptr<TestProvider> provider = std::make_unique<TestProvider>();
+    IdMatcher matcher;
+    SortByIntegerField sorter;
     PackageListModel model;
     QAbstractItemModelTester tester{&model, QAbstractItemModelTester::FailureReportingMode::Fatal};
     ModelLog log{model};
-    std::unique_ptr<TestProvider> provider = letters();
 
-    Fixture() { log.add(model, &PackageListModel::countChanged, "count"); }
-    /// Shows the letters, all of them or those that \a matcher accepts, and forgets how that came.
-    void show(IdMatcher *matcher = nullptr)
+    /// \a ranks are what the letters are sorted by.
+    explicit Fixture(const QVector<int> &ranks = {1, 2, 3, 4, 5, 6})
     {
-        model.setMatcher(matcher);
+        MemoryCatalogue &catalogue = provider->source.catalogue;
+        for (int i = 0; i < ranks.size(); ++i)
+            catalogue.package(QString(QChar('a' + i)), "letter", {{"rank", ranks.at(i)}});
+        catalogue.package("x", "other", {{"title", "Xylophone"}});
+        provider->publish();
+        sorter.setName("rank");
+        log.add(model, &PackageListModel::countChanged, "count");
+    }
+
+    /// Shows all letters, and forgets how that came.
+    void show()
+    {
         model.setPackageType("letter");
         model.setPackageProvider(provider.get());
-        settle(model);
-        log.take();
-        if (matcher)
-            matcher->functionsMade = 0;
+        settled();
     }
+    /// Shows the letters \a accepted.
+    void show(const QString &accepted)
+    {
+        matcher.accept(accepted);
+        model.setMatcher(&matcher);
+        show();
+        matcher.functionsMade = 0;
+    }
+    /// What comes of changing the matcher, of setting the sorter, of all that is due.
+    Log accept(const QString &ids)
+    {
+        matcher.accept(ids);
+        return settled();
+    }
+    Log sort(PackageSorter *by)
+    {
+        model.setSorter(by);
+        return settled();
+    }
+    Log settled()
+    {
+        settle(model);
+        return log.take();
+    }
+    QTimer *timer() const { return model.findChild<QTimer *>(); }
 };
-
-QTimer *timerOf(const PackageListModel &model)
-{
-    return model.findChild<QTimer *>();
-}
 
 } // namespace
 
@@ -68,21 +85,18 @@ class TestPackageListModel : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutProvider();
+    void waitsForItsFirstIndex();
     void wrongProvider();
-    void providerWithoutIndex();
     void firstLoad();
     void changesAreGathered();
     void unknownType();
-    void providerTakenAway();
     void filterGivesRowChanges();
-    void unchangedResultIsSilent();
     void newIndexResets();
     void settingMatcherIsSilent();
     void settingSorterIsSilent();
     void sortGivesMoves();
-    void stuckRowsStay();
-    void stuckRowsReset();
+    void stuckRowsStayOrReset_data();
+    void stuckRowsStayOrReset();
     void manyEditsReset();
     void invokables();
     void rolesAndData();
@@ -92,7 +106,7 @@ private Q_SLOTS:
     void newerTaskWins();
     void lateEditsDoNothing();
     void lateResetFills();
-    void deadMatcherIsNone();
+    void deadMatcherAndSorterAreNone();
     void deadProviderCanBeTakenAway();
     void repositoryDiesFirst();
 
@@ -100,15 +114,23 @@ private:
     ScopedDataLocation m_location;
 };
 
-void TestPackageListModel::withoutProvider()
+void TestPackageListModel::waitsForItsFirstIndex()
 {
     Fixture f;
     f.model.setPackageType("letter");
-    QVERIFY(timerOf(f.model)->isActive());
-    QCOMPARE(timerOf(f.model)->interval(), 30);
-    settle(f.model);
-    QCOMPARE(f.log.take(), silence);
-    QCOMPARE(f.model.count(), 0);
+    QCOMPARE(f.settled(), silence);
+    TestProvider provider;
+    QSignalSpy changed(&f.model, &PackageListModel::packageProviderChanged);
+    f.model.setPackageProvider(&provider);
+    f.model.setPackageProvider(&provider);
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(f.settled(), silence);
+    provider.source.catalogue.package("a", "letter");
+    QVERIFY(provider.publish());
+    QVERIFY(f.timer()->isActive());
+    QCOMPARE(f.timer()->interval(), 30);
+    QCOMPARE(f.settled(), (Log{"reset", "count"}));
+    QCOMPARE(ids(f.model), QString("a"));
 }
 
 void TestPackageListModel::wrongProvider()
@@ -129,33 +151,15 @@ void TestPackageListModel::wrongProvider()
     QCOMPARE(f.model.count(), 0);
 }
 
-void TestPackageListModel::providerWithoutIndex()
-{
-    PackageListModel model;
-    TestProvider provider;
-    QSignalSpy changed(&model, &PackageListModel::packageProviderChanged);
-    model.setPackageProvider(&provider);
-    model.setPackageProvider(&provider);
-    QCOMPARE(changed.count(), 1);
-    QCOMPARE(model.packageProvider(), &provider);
-    provider.source.catalogue.package("a", "letter");
-    QVERIFY(provider.publish());
-    QVERIFY(timerOf(model)->isActive());
-    settle(model);
-    QCOMPARE(ids(model), QString("a"));
-}
-
 void TestPackageListModel::firstLoad()
 {
     Fixture f;
-    IdMatcher matcher;
-    matcher.accepted = QStringList{"b", "e", "x"};
-    f.model.setMatcher(&matcher);
+    f.matcher.accept("b e x");
+    f.model.setMatcher(&f.matcher);
     f.model.setPackageProvider(f.provider.get());
-    QCOMPARE(matcher.functionsMade, 1); // at once, not by the timer
-    settle(f.model);
+    QCOMPARE(f.matcher.functionsMade, 1); // at once, not by the timer
+    QCOMPARE(f.settled(), (Log{"reset", "count"}));
     QCOMPARE(ids(f.model), QString("b e x"));
-    QCOMPARE(f.log.take(), (Log{"reset", "count"}));
     QVERIFY(!f.model.index(0, 0).parent().isValid());
     QCOMPARE(f.model.rowCount(f.model.index(0, 0)), 0);
 }
@@ -163,17 +167,16 @@ void TestPackageListModel::firstLoad()
 void TestPackageListModel::changesAreGathered()
 {
     Fixture f;
-    IdMatcher matcher;
-    f.show(&matcher);
+    f.show("a");
     QSignalSpy changed(&f.model, &PackageListModel::packageTypeChanged);
     for (int i = 0; i < 10; ++i) {
         f.model.setPackageType(QString::number(i));
         f.model.setPackageType(QString::number(i));
-        matcher.change();
+        f.matcher.accept("b");
     }
-    settle(f.model);
+    f.settled();
     QCOMPARE(changed.count(), 10);
-    QCOMPARE(matcher.functionsMade, 1);
+    QCOMPARE(f.matcher.functionsMade, 1);
 }
 
 void TestPackageListModel::unknownType()
@@ -181,64 +184,23 @@ void TestPackageListModel::unknownType()
     Fixture f;
     f.show();
     f.model.setPackageType("digit");
-    settle(f.model);
-    QCOMPARE(f.log.take(), (Log{"reset", "count"}));
+    QCOMPARE(f.settled(), (Log{"reset", "count"}));
     f.model.setPackageType("numeral");
-    settle(f.model);
-    QCOMPARE(f.log.take(), silence); // from no index to no index
-}
-
-void TestPackageListModel::providerTakenAway()
-{
-    Fixture f;
-    f.show();
-    f.model.setPackageProvider(nullptr);
-    QCOMPARE(f.log.take(), Log{"reset"});
-    QCOMPARE(f.model.count(), 0);
-    f.provider->repository->packageIndexChanged();
-    QVERIFY(!timerOf(f.model)->isActive());
+    QCOMPARE(f.settled(), silence); // from no index to no index
 }
 
 void TestPackageListModel::filterGivesRowChanges()
 {
     Fixture f;
-    IdMatcher matcher;
-    matcher.accepted = QStringList{"a", "b", "c", "d", "e", "f"};
-    f.show(&matcher);
-    QCOMPARE(ids(f.model), QString("a b c d e f"));
-
-    matcher.accepted = QStringList{"a", "d", "e"};
-    matcher.change();
-    settle(f.model);
-    QCOMPARE(f.log.take(), (Log{"remove 5 5", "remove 1 2", "count"}));
+    f.show("a b c d e f");
+    QCOMPARE(f.accept("a d e"), (Log{"remove 5 5", "remove 1 2", "count"}));
     QCOMPARE(ids(f.model), QString("a d e"));
-
-    matcher.accepted = QStringList{"a", "b", "c", "d", "e", "f"};
-    matcher.change();
-    settle(f.model);
-    QCOMPARE(f.log.take(), (Log{"insert 1 2", "insert 5 5", "count"}));
-    QCOMPARE(ids(f.model), QString("a b c d e f"));
-
-    matcher.accepted = QStringList{"b", "c", "d", "e", "f"};
-    matcher.change();
-    settle(f.model);
-    matcher.accepted = QStringList{"a", "b", "c", "d", "e"};
-    f.log.take();
-    matcher.change();
-    settle(f.model);
-    QCOMPARE(f.log.take(), (Log{"remove 4 4", "insert 0 0"})); // as many rows as before
-}
-
-void TestPackageListModel::unchangedResultIsSilent()
-{
-    Fixture f;
-    IdMatcher matcher;
-    matcher.accepted = QStringList{"a", "b"};
-    f.show(&matcher);
-    matcher.change();
-    settle(f.model);
-    QCOMPARE(matcher.functionsMade, 1);
-    QCOMPARE(f.log.take(), silence);
+    QCOMPARE(f.accept("b c d e f"), (Log{"remove 0 0", "insert 0 1", "insert 4 4", "count"}));
+    QCOMPARE(ids(f.model), QString("b c d e f"));
+    QCOMPARE(f.accept("a b c d e"), (Log{"remove 4 4", "insert 0 0"})); // as many as before
+    f.matcher.functionsMade = 0;
+    QCOMPARE(f.accept("e d c b a"), silence); // the same ones
+    QCOMPARE(f.matcher.functionsMade, 1);
 }
 
 void TestPackageListModel::newIndexResets()
@@ -246,12 +208,10 @@ void TestPackageListModel::newIndexResets()
     Fixture f;
     f.show();
     QVERIFY(f.provider->publish());
-    settle(f.model);
-    QCOMPARE(f.log.take(), Log{"reset"}); // the same rows of another index
+    QCOMPARE(f.settled(), Log{"reset"}); // the same rows of another index
     f.provider->source.catalogue.package("g", "letter");
     QVERIFY(f.provider->publish());
-    settle(f.model);
-    QCOMPARE(f.log.take(), (Log{"reset", "count"}));
+    QCOMPARE(f.settled(), (Log{"reset", "count"}));
     QCOMPARE(ids(f.model), QString("a b c d e f g"));
 }
 
@@ -260,18 +220,15 @@ void TestPackageListModel::settingMatcherIsSilent()
     Fixture f;
     f.show();
     f.log.add(f.model, &PackageListModel::matcherChanged, "matcher");
-    IdMatcher matcher;
-    f.model.setMatcher(&matcher);
-    QCOMPARE(f.model.matcher(), &matcher);
-    settle(f.model);
-    QCOMPARE(f.log.take(), (Log{"remove 0 5", "count"}));
-    f.model.setMatcher(&matcher);
-    QVERIFY(!timerOf(f.model)->isActive());
+    f.model.setMatcher(&f.matcher);
+    QCOMPARE(f.model.matcher(), &f.matcher);
+    QCOMPARE(f.settled(), (Log{"remove 0 5", "count"}));
+    f.model.setMatcher(&f.matcher);
+    QVERIFY(!f.timer()->isActive());
     f.model.setMatcher(nullptr);
-    settle(f.model);
-    QCOMPARE(f.log.take(), (Log{"insert 0 5", "count"}));
-    matcher.change(); // no longer ours
-    QVERIFY(!timerOf(f.model)->isActive());
+    QCOMPARE(f.settled(), (Log{"insert 0 5", "count"}));
+    f.matcher.accept("a"); // no longer ours
+    QVERIFY(!f.timer()->isActive());
 }
 
 void TestPackageListModel::settingSorterIsSilent()
@@ -279,88 +236,55 @@ void TestPackageListModel::settingSorterIsSilent()
     Fixture f;
     f.show();
     f.log.add(f.model, &PackageListModel::sorterChanged, "sorter");
-    SortByIntegerField sorter;
-    sorter.setName("rank");
-    f.model.setSorter(&sorter);
-    QCOMPARE(f.model.sorter(), &sorter);
-    settle(f.model);
-    QCOMPARE(f.log.take(), silence);
-    sorter.setName("title"); // waits for another cause
-    QVERIFY(!timerOf(f.model)->isActive());
-    Q_EMIT sorter.updateRequested();
-    QVERIFY(timerOf(f.model)->isActive());
-    f.model.setSorter(nullptr);
-    settle(f.model);
-    Q_EMIT sorter.updateRequested();
-    QVERIFY(!timerOf(f.model)->isActive());
+    QCOMPARE(f.sort(&f.sorter), silence);
+    QCOMPARE(f.model.sorter(), &f.sorter);
+    f.sorter.setName("title"); // waits for another cause
+    QVERIFY(!f.timer()->isActive());
+    Q_EMIT f.sorter.updateRequested();
+    QVERIFY(f.timer()->isActive());
+    f.sort(nullptr);
+    Q_EMIT f.sorter.updateRequested();
+    QVERIFY(!f.timer()->isActive());
 }
 
 void TestPackageListModel::sortGivesMoves()
 {
-    Fixture f;
-    f.provider = letters({1, 5, 3, 4, 2, 6});
+    Fixture f({1, 5, 3, 4, 2, 6});
     f.show();
-    SortByIntegerField sorter;
-    sorter.setName("rank");
-    f.model.setSorter(&sorter);
-    settle(f.model);
+    QCOMPARE(f.sort(&f.sorter), (Log{"move 1 4", "move 3 1"}));
     QCOMPARE(ids(f.model), QString("a e c d b f"));
-    QCOMPARE(f.log.take(), (Log{"move 1 4", "move 3 1"}));
 }
 
-void TestPackageListModel::stuckRowsStay()
+void TestPackageListModel::stuckRowsStayOrReset_data()
 {
-    Fixture f;
-    f.provider = letters({3, 1, 2, 4, 5, 6});
+    QTest::addColumn<bool>("reset");
+    QTest::newRow("stay until a later reset") << false;
+    QTest::newRow("reset when stuck") << true;
+}
+
+void TestPackageListModel::stuckRowsStayOrReset()
+{
+    QFETCH(bool, reset);
+    Fixture f({3, 1, 2, 4, 5, 6});
+    if (reset)
+        f.model.setResetWhenStuck(true);
     f.show();
-    SortByIntegerField sorter;
-    sorter.setName("rank");
-    f.model.setSorter(&sorter);
-    settle(f.model);
+    QCOMPARE(f.sort(&f.sorter), Log{"move 0 2"}); // where there is a way, it is taken
     QCOMPARE(ids(f.model), QString("b c a d e f"));
-    f.log.take();
-    f.model.setSorter(nullptr); // a has to go to the top
-    settle(f.model);
-    QCOMPARE(f.log.take(), silence);
-    QCOMPARE(ids(f.model), QString("b c a d e f"));
+    QCOMPARE(f.sort(nullptr), reset ? Log{"reset"} : silence); // a has to go to the top
+    QCOMPARE(ids(f.model), QString(reset ? "a b c d e f" : "b c a d e f"));
     QVERIFY(f.provider->publish());
-    settle(f.model);
-    QCOMPARE(ids(f.model), QString("a b c d e f"));
-}
-
-void TestPackageListModel::stuckRowsReset()
-{
-    Fixture f;
-    f.provider = letters({3, 1, 2, 4, 5, 6});
-    QVERIFY(!f.model.resetWhenStuck());
-    f.model.setResetWhenStuck(true);
-    f.show();
-    SortByIntegerField sorter;
-    sorter.setName("rank");
-    f.model.setSorter(&sorter);
-    settle(f.model);
-    QCOMPARE(f.log.take(), (Log{"move 0 2"})); // where there is a way, it is taken
-    f.model.setSorter(nullptr);
-    settle(f.model);
-    QCOMPARE(f.log.take(), Log{"reset"});
+    QCOMPARE(f.settled(), Log{"reset"});
     QCOMPARE(ids(f.model), QString("a b c d e f"));
 }
 
 void TestPackageListModel::manyEditsReset()
 {
     Fixture f;
-    IdMatcher matcher;
-    matcher.accepted = QStringList{"a", "b", "c", "d", "e", "f"};
-    f.show(&matcher);
+    f.show("a b c d e f");
     f.model.setMaximumEdits(2);
-    matcher.accepted = QStringList{"a", "c", "e", "f"};
-    matcher.change();
-    settle(f.model);
-    QCOMPARE(f.log.take(), (Log{"remove 3 3", "remove 1 1", "count"}));
-    matcher.accepted = QStringList{"b", "c", "d"};
-    matcher.change();
-    settle(f.model);
-    QCOMPARE(f.log.take(), (Log{"reset", "count"})); // would be four
+    QCOMPARE(f.accept("a c e f"), (Log{"remove 3 3", "remove 1 1", "count"}));
+    QCOMPARE(f.accept("b c d"), (Log{"reset", "count"})); // would be four
     QCOMPARE(ids(f.model), QString("b c d"));
 }
 
@@ -369,17 +293,16 @@ void TestPackageListModel::invokables()
     Fixture f;
     QCOMPARE(f.model.indexOf(""), 0);
     f.show();
-    QCOMPARE(f.model.packageAt(0), QString("a"));
     QCOMPARE(f.model.packageAt(5), QString("f"));
-    QCOMPARE(f.model.packageAt(-1), QString());
-    QCOMPARE(f.model.packageAt(6), QString());
     QCOMPARE(f.model.indexOf(""), 0);
     QCOMPARE(f.model.indexOf("c"), 2);
     QCOMPARE(f.model.indexOf("x"), -1);
     QCOMPARE(f.model.manifestField(1, "rank"), QJsonValue(2));
     QVERIFY(f.model.manifestField(1, "title").isUndefined());
-    QVERIFY(f.model.manifestField(-1, "rank").isUndefined());
-    QVERIFY(f.model.manifestField(6, "rank").isUndefined());
+    for (int outside : {-1, 6}) {
+        QCOMPARE(f.model.packageAt(outside), QString());
+        QVERIFY(f.model.manifestField(outside, "rank").isUndefined());
+    }
 }
 
 void TestPackageListModel::rolesAndData()
@@ -391,9 +314,7 @@ void TestPackageListModel::rolesAndData()
     title.setDefaultValue("untitled");
     ManifestField rank;
     rank.setName("rank");
-    auto fields = f.model.manifestFields();
-    fields.append(&fields, &title);
-    fields.append(&fields, &rank);
+    addFields(f.model, {&title, &rank});
     f.model.componentComplete();
     const QHash<int, QByteArray> roles{{0, "id"}, {32, "title"}, {33, "rank"}};
     QCOMPARE(f.model.roleNames(), roles);
@@ -420,28 +341,25 @@ void TestPackageListModel::fieldsRebuildRolesOnce()
         order << QString("changed %1").arg(f.model.roleNames().size());
     });
     connect(&f.model, &QAbstractItemModel::modelReset, this, [&] { order << "end"; });
+    const auto nextTurn = [&order] {
+        QCoreApplication::processEvents();
+        return std::exchange(order, {});
+    };
     ManifestField one, two, three;
-    auto fields = f.model.manifestFields();
-    for (ManifestField *field : {&one, &two, &three})
-        fields.append(&fields, field);
+    addFields(f.model, {&one, &two, &three});
     QCOMPARE(order, silence);
-    QCoreApplication::processEvents();
-    QCOMPARE(order, (Log{"begin", "changed 4", "end"}));
+    QCOMPARE(nextTurn(), (Log{"begin", "changed 4", "end"}));
+    auto fields = f.model.manifestFields();
     QCOMPARE(fields.count(&fields), 3);
     QCOMPARE(fields.at(&fields, 2), &three);
     QCOMPARE(fields.at(&fields, 3), nullptr);
-    order.clear();
     one.setName("late"); // not watched
-    QCoreApplication::processEvents();
-    QCOMPARE(order, silence);
+    QCOMPARE(nextTurn(), silence);
     fields.clear(&fields);
     fields.clear(&fields);
-    QCoreApplication::processEvents();
-    QCOMPARE(order, (Log{"begin", "changed 1", "end"}));
-    order.clear();
+    QCOMPARE(nextTurn(), (Log{"begin", "changed 1", "end"}));
     fields.clear(&fields); // empty: nothing to do
-    QCoreApplication::processEvents();
-    QCOMPARE(order, silence);
+    QCOMPARE(nextTurn(), silence);
     QCOMPARE(f.model.count(), 6);
 }
 
@@ -449,13 +367,11 @@ void TestPackageListModel::componentCompleteRebuildsAtOnce()
 {
     Fixture f;
     ManifestField field;
-    auto fields = f.model.manifestFields();
     f.model.classBegin();
-    fields.append(&fields, &field);
+    addFields(f.model, {&field});
     f.model.componentComplete();
     QCOMPARE(f.log.take(), Log{"reset"});
     QCoreApplication::processEvents(); // the queued call finds nothing left to do
-    QCOMPARE(f.log.take(), silence);
     f.model.componentComplete();
     QCOMPARE(f.log.take(), silence);
 }
@@ -465,14 +381,11 @@ void TestPackageListModel::nullAndDeadFields()
     Fixture f;
     ManifestField rank;
     rank.setName("rank");
-    auto fields = f.model.manifestFields();
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression("null is no manifest field"));
-    fields.append(&fields, nullptr);
     {
         ManifestField passing;
-        fields.append(&fields, &passing);
+        addFields(f.model, {nullptr, &passing, &rank});
     }
-    fields.append(&fields, &rank);
     f.model.componentComplete();
     f.show();
     QCOMPARE(f.model.roleNames(), (QHash<int, QByteArray>{{0, "id"}, {34, "rank"}}));
@@ -484,83 +397,74 @@ void TestPackageListModel::nullAndDeadFields()
 void TestPackageListModel::newerTaskWins()
 {
     Fixture f;
-    IdMatcher matcher;
-    f.show(&matcher);
-    auto gate = QSharedPointer<QSemaphore>::create();
-    matcher.gate = gate;
-    matcher.accepted = QStringList{"a"};
-    matcher.change();
-    QTRY_COMPARE(matcher.functionsMade, 1); // the older task hangs at its gate
-    matcher.accepted = QStringList{"b"};
-    matcher.change();
+    f.show("c");
+    const auto gate = QSharedPointer<QSemaphore>::create();
+    f.matcher.gate = gate;
+    f.matcher.accept("a");
+    QTRY_COMPARE(f.matcher.functionsMade, 1); // the older task hangs at its gate
+    f.matcher.accept("b");
     QTRY_COMPARE(ids(f.model), QString("b"));
     f.log.take();
     gate->release();
-    settle(f.model);
-    QCOMPARE(f.log.take(), silence);
+    QCOMPARE(f.settled(), silence);
     QCOMPARE(ids(f.model), QString("b"));
 }
 
 void TestPackageListModel::lateEditsDoNothing()
 {
     Fixture f;
-    IdMatcher matcher;
-    matcher.accepted = QStringList{"a", "b", "c"};
-    f.show(&matcher);
-    auto gate = QSharedPointer<QSemaphore>::create();
-    matcher.gate = gate;
-    matcher.accepted = QStringList{"d", "c", "b"};
-    matcher.change();
-    QTRY_COMPARE(matcher.functionsMade, 1);
+    f.show("a b c");
+    const auto gate = QSharedPointer<QSemaphore>::create();
+    f.matcher.gate = gate;
+    f.matcher.accept("d c b");
+    QTRY_COMPARE(f.matcher.functionsMade, 1);
     f.model.setPackageProvider(nullptr);
     QCOMPARE(f.log.take(), Log{"reset"});
     gate->release();
-    settle(f.model);
-    QCOMPARE(f.log.take(), silence);
+    QCOMPARE(f.settled(), silence);
     QCOMPARE(f.model.count(), 0);
+    f.provider->repository->packageIndexChanged(); // no longer ours
+    QVERIFY(!f.timer()->isActive());
 }
 
 void TestPackageListModel::lateResetFills()
 {
     Fixture f;
-    IdMatcher matcher;
-    matcher.accepted = QStringList{"a"};
-    auto gate = QSharedPointer<QSemaphore>::create();
-    matcher.gate = gate;
-    f.model.setMatcher(&matcher);
-    settle(f.model);
+    f.matcher.accept("a");
+    const auto gate = QSharedPointer<QSemaphore>::create();
+    f.matcher.gate = gate;
+    f.model.setMatcher(&f.matcher);
+    f.settled();
     f.model.setPackageProvider(f.provider.get());
     f.model.setPackageProvider(nullptr); // stops no task
     gate->release();
-    settle(f.model);
+    f.settled();
     QCOMPARE(ids(f.model), QString("a"));
 }
 
-void TestPackageListModel::deadMatcherIsNone()
+void TestPackageListModel::deadMatcherAndSorterAreNone()
 {
     Fixture f;
     {
         IdMatcher matcher;
         SortByIntegerField sorter;
-        sorter.setName("rank");
+        f.model.setMatcher(&matcher);
         f.model.setSorter(&sorter);
-        f.show(&matcher);
+        f.show();
         QCOMPARE(f.model.count(), 0);
     }
     QCOMPARE(f.model.matcher(), nullptr);
     QCOMPARE(f.model.sorter(), nullptr);
     f.model.setMatcher(nullptr); // a change all the same
     f.model.setSorter(nullptr);
-    settle(f.model);
-    QCOMPARE(f.model.count(), 6);
+    QCOMPARE(f.settled(), (Log{"insert 0 5", "count"}));
 }
 
 void TestPackageListModel::deadProviderCanBeTakenAway()
 {
     Fixture f;
-    auto *repository = f.provider->repository.data();
-    repository->setParent(nullptr);
-    std::unique_ptr<PackageRepository> owner(repository);
+    f.provider->repository->setParent(nullptr);
+    const std::unique_ptr<PackageRepository> owner(f.provider->repository);
     f.show();
     f.provider.reset();
     QCOMPARE(f.model.packageProvider(), nullptr);
@@ -577,7 +481,7 @@ void TestPackageListModel::repositoryDiesFirst()
     QCOMPARE(ids(f.model), QString("a b c d e f")); // the rows hold their index
     QCOMPARE(f.model.manifestField(0, "rank"), QJsonValue(1));
     f.model.setPackageType("other");
-    settle(f.model);
+    f.settled();
     QCOMPARE(f.model.count(), 0);
 }
 

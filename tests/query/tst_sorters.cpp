@@ -3,6 +3,7 @@
 
 #include "index/packageindex.h"
 #include "query/sortbyintegerfield.h"
+#include "support/columns.h"
 #include "support/memorysource.h"
 #include "support/scopeddatalocation.h"
 
@@ -18,21 +19,18 @@ class TestSorters : public QObject
 private Q_SLOTS:
     void sortByIntegerField_data();
     void sortByIntegerField();
-    void emptyNameSortsNothing();
     void renamingAsksForNoUpdate();
 };
 
 void TestSorters::sortByIntegerField_data()
 {
-    QTest::addColumn<QJsonArray>("values"); // of the packages p0, p1, ..., undefined if "-"
-    QTest::addColumn<QString>("expected");
-
-    QTest::newRow("as numbers, not as texts") << QJsonArray{2, 10, 1} << "p2 p0 p1";
-    QTest::newRow("negative before missing") << QJsonArray{"-", 1, -1} << "p2 p0 p1";
-    QTest::newRow("texts and fractions count as 0") << QJsonArray{1, "7", 2.5, -1} << "p3 p1 p2 p0";
-    QTest::newRow("equal ones keep the index's order")
-        << QJsonArray{5, 0, "-", 5, 0} << "p1 p2 p4 p0 p3";
-    QTest::newRow("beyond an int") << QJsonArray{1, 3e9, -1} << "p2 p1 p0";
+    // Of the packages p0, p1, ..., undefined if "-".
+    Columns<QJsonArray, QString>("values", "expected")
+        .row("as numbers, not as texts", {2, 10, 1}, "p2 p0 p1")
+        .row("negative before missing", {"-", 1, -1}, "p2 p0 p1")
+        .row("texts and fractions count as 0", {1, "7", 2.5, -1}, "p3 p1 p2 p0")
+        .row("equal ones keep the index's order", {5, 0, "-", 5, 0}, "p1 p2 p4 p0 p3")
+        .row("beyond an int", {1, 3e9, -1}, "p2 p1 p0");
 }
 
 void TestSorters::sortByIntegerField()
@@ -54,21 +52,13 @@ void TestSorters::sortByIntegerField()
     // As an ordering like any other, which is asked at each comparison, it gives the same.
     const auto plain = [&sort](PackageNode *a, PackageNode *b) { return sort(a, b); };
     QCOMPARE(PackageIndex::selectPackages(index, "t", {}, plain).packages(), list.packages());
-    QStringList ids;
-    for (int i = 0; i < list.size(); ++i)
-        ids.append(list.id(i));
-    QTEST(ids.join(' '), "expected");
-}
-
-void TestSorters::emptyNameSortsNothing()
-{
-    SortByIntegerField sorter;
-    QVERIFY(!sorter.sortFunction());
+    QTEST(ids(list), "expected");
 }
 
 void TestSorters::renamingAsksForNoUpdate()
 {
     SortByIntegerField sorter;
+    QVERIFY(!sorter.sortFunction()); // without a name
     QSignalSpy named(&sorter, &SortByField::nameChanged);
     QSignalSpy updates(&sorter, &PackageSorter::updateRequested);
     sorter.setName("rank");
