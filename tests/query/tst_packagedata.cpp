@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "modeltools.h"
 #include "query/manifestfilefield.h"
 #include "query/manifeststringfield.h"
 #include "query/packagedata.h"
@@ -27,11 +28,16 @@ struct Fixture
         title.setName("title");
         title.setDefaultValue("untitled");
         model.setName("model");
-        auto fields = data.manifestFields();
-        fields.append(&fields, &title);
-        fields.append(&fields, &model);
+        addFields(data, {&title, &model});
         data.componentComplete();
         provider.source.catalogue.package("p", "t", {{"title", "Oak"}, {"model", "oak.bin"}});
+    }
+    /// Shows package "p".
+    PackageReference *show()
+    {
+        provider.publish();
+        data.setPackageReference(provider.packageReference("p"));
+        return data.packageReference();
     }
     QVariant value(const char *key) const { return data.manifest()->value(key); }
 };
@@ -43,15 +49,10 @@ class TestPackageData : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutReference();
-    void followsStatus();
-    void followsManifest();
+    void followsStatusAndManifest();
     void settingReference();
     void fieldChangesUpdate();
-    void clearedFieldsLeaveKeys();
-    void writesAreNotKept();
-    void oneMapUnderTwoNames();
-    void queuedFieldChange();
+    void fieldsAreTakenUpInTheNextTurn();
     void nullAndDeadFields();
     void referenceDies();
 
@@ -59,19 +60,12 @@ private:
     ScopedDataLocation m_location;
 };
 
-void TestPackageData::withoutReference()
+void TestPackageData::followsStatusAndManifest()
 {
     Fixture f;
     QCOMPARE(f.value("title"), QVariant("untitled"));
     QCOMPARE(f.value("model"), QVariant(QUrl()));
-}
-
-void TestPackageData::followsStatus()
-{
-    Fixture f;
-    QVERIFY(f.provider.publish());
-    PackageReference *reference = f.provider.packageReference("p");
-    f.data.setPackageReference(reference);
+    const PackageReference *reference = f.show();
     QCOMPARE(reference->status(), PackageReference::Installing);
     QCOMPARE(f.value("title"), QVariant("Oak"));
     QCOMPARE(f.value("model"), QVariant(QUrl()));
@@ -80,33 +74,22 @@ void TestPackageData::followsStatus()
     QCOMPARE(reference->status(), PackageReference::Installed);
     QCOMPARE(f.value("model"), QVariant(QUrl("memory:/p/oak.bin")));
 
-    f.provider.source.catalogue = MemoryCatalogue();
-    QVERIFY(f.provider.publish());
-    QCOMPARE(reference->status(), PackageReference::Unavailable);
-    QCOMPARE(f.value("title"), QVariant("untitled"));
-    QCOMPARE(f.value("model"), QVariant(QUrl()));
-}
-
-void TestPackageData::followsManifest()
-{
-    Fixture f;
-    QVERIFY(f.provider.publish());
-    PackageReference *reference = f.provider.packageReference("p");
-    f.data.setPackageReference(reference);
-    f.provider.source.installer("p")->succeed();
     f.provider.source.catalogue.manifests = {{{"title", "Elm"}}};
     QVERIFY(f.provider.publish()); // back through Installing
     QCOMPARE(f.value("title"), QVariant("Elm"));
     QCOMPARE(f.value("model"), QVariant(QUrl()));
+
+    f.provider.source.catalogue = MemoryCatalogue();
+    QVERIFY(f.provider.publish());
+    QCOMPARE(reference->status(), PackageReference::Unavailable);
+    QCOMPARE(f.value("title"), QVariant("untitled"));
 }
 
 void TestPackageData::settingReference()
 {
     Fixture f;
-    QVERIFY(f.provider.publish());
-    PackageReference *reference = f.provider.packageReference("p");
     QSignalSpy changed(&f.data, &PackageData::packageReferenceChanged);
-    f.data.setPackageReference(reference);
+    PackageReference *reference = f.show();
     f.data.manifest()->insert("title", "changed by hand");
     f.data.setPackageReference(reference); // runs no update
     QCOMPARE(f.value("title"), QVariant("changed by hand"));
@@ -114,8 +97,8 @@ void TestPackageData::settingReference()
     f.data.setPackageReference(nullptr);
     QCOMPARE(changed.count(), 2);
     QCOMPARE(f.value("title"), QVariant("untitled"));
-    Q_EMIT reference->updated(); // no longer ours
     f.data.manifest()->insert("title", "changed by hand");
+    Q_EMIT reference->updated(); // no longer ours
     Q_EMIT reference->statusChanged();
     QCOMPARE(f.value("title"), QVariant("changed by hand"));
 }
@@ -129,20 +112,31 @@ void TestPackageData::fieldChangesUpdate()
     QCOMPARE(f.value("name"), QVariant("none"));
     QVERIFY(f.data.manifest()->contains("title"));
     QVERIFY(!f.value("title").isValid());
+
+    QVERIFY(f.data.manifest()->setProperty("name", "written")); // as a script does: not kept
+    QVERIFY(!f.value("name").isValid());
+    QVERIFY(QMetaObject::invokeMethod(&f.data, "update"));
+    QCOMPARE(f.value("name"), QVariant("none"));
 }
 
-void TestPackageData::clearedFieldsLeaveKeys()
+void TestPackageData::fieldsAreTakenUpInTheNextTurn()
 {
     Fixture f;
     QSignalSpy listChanged(&f.data, &PackageData::manifestFieldsChanged);
+    ManifestStringField late;
+    late.setName("late");
+    addFields(f.data, {&late});
+    QVERIFY(!f.data.manifest()->contains("late"));
     QCoreApplication::processEvents();
+    QCOMPARE(f.value("late"), QVariant(QString()));
+
     auto fields = f.data.manifestFields();
     fields.clear(&fields);
     QCOMPARE(f.value("title"), QVariant("untitled"));
     QCoreApplication::processEvents();
     QStringList keys = f.data.manifest()->keys();
     keys.sort();
-    QCOMPARE(keys, (QStringList{"model", "title"}));
+    QCOMPARE(keys, (QStringList{"late", "model", "title"})); // a map keeps its keys
     QVERIFY(!f.value("title").isValid());
     QCOMPARE(listChanged.count(), 0);
     f.data.manifest()->insert("title", "changed by hand");
@@ -150,53 +144,21 @@ void TestPackageData::clearedFieldsLeaveKeys()
     QCOMPARE(f.value("title"), QVariant("changed by hand"));
 }
 
-void TestPackageData::writesAreNotKept()
-{
-    Fixture f;
-    QVERIFY(f.data.manifest()->setProperty("title", "written"));
-    QVERIFY(!f.value("title").isValid());
-    QVERIFY(QMetaObject::invokeMethod(&f.data, "update"));
-    QCOMPARE(f.value("title"), QVariant("untitled"));
-}
-
-void TestPackageData::oneMapUnderTwoNames()
-{
-    Fixture f;
-    QCOMPARE(f.data.property("$").value<QQmlPropertyMap *>(), f.data.manifest());
-    QCOMPARE(f.data.property("manifest").value<QQmlPropertyMap *>(), f.data.manifest());
-}
-
-void TestPackageData::queuedFieldChange()
-{
-    Fixture f;
-    ManifestStringField late;
-    late.setName("late");
-    auto fields = f.data.manifestFields();
-    fields.append(&fields, &late);
-    QCOMPARE(fields.count(&fields), 3);
-    QCOMPARE(fields.at(&fields, 2), &late);
-    QCOMPARE(fields.at(&fields, -1), nullptr);
-    QVERIFY(!f.data.manifest()->contains("late"));
-    QCoreApplication::processEvents();
-    QCOMPARE(f.value("late"), QVariant(QString()));
-}
-
 void TestPackageData::nullAndDeadFields()
 {
     Fixture f;
-    auto fields = f.data.manifestFields();
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression("null is no manifest field"));
-    fields.append(&fields, nullptr);
     {
         ManifestStringField passing;
         passing.setName("passing");
-        fields.append(&fields, &passing);
+        addFields(f.data, {nullptr, &passing});
         f.data.componentComplete();
         QVERIFY(f.data.manifest()->contains("passing"));
     }
     f.title.setDefaultValue("none"); // any cause of an update
     QCOMPARE(f.value("title"), QVariant("none"));
     QVERIFY(!f.value("passing").isValid());
+    auto fields = f.data.manifestFields();
     fields.clear(&fields);
     QCoreApplication::processEvents();
     QVERIFY(!f.value("title").isValid());
@@ -205,8 +167,7 @@ void TestPackageData::nullAndDeadFields()
 void TestPackageData::referenceDies()
 {
     Fixture f;
-    QVERIFY(f.provider.publish());
-    f.data.setPackageReference(f.provider.packageReference("p"));
+    f.show();
     QCOMPARE(f.value("title"), QVariant("Oak"));
     delete f.provider.repository;
     QCOMPARE(f.data.packageReference(), nullptr);

@@ -2,20 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 #include "modeltools.h"
-#include "query/categorylistmodel.h"
-#include "query/haskeyword.h"
-#include "query/hasmanifestfield.h"
-#include "query/keyword.h"
-#include "query/keywordsuggestionmodel.h"
-#include "query/manifestbooleanfield.h"
-#include "query/manifestfilefield.h"
-#include "query/manifestsizefield.h"
-#include "query/manifeststringfield.h"
-#include "query/matcheskeywordsearch.h"
-#include "query/packagedata.h"
+#include "norvakpackagesqml.h"
 #include "query/packagelistmodel.h"
-#include "query/packagematchergroup.h"
-#include "query/sortbyintegerfield.h"
+#include "references/packagereference.h"
+#include "support/columns.h"
 #include "support/scopeddatalocation.h"
 #include "support/testprovider.h"
 
@@ -31,32 +21,9 @@ using namespace nk::pm::test;
 
 namespace {
 
-void registerTypes()
-{
-    const char *uri = "Test";
-    qmlRegisterType<PackageListModel>(uri, 1, 0, "PackageListModel");
-    qmlRegisterType<CategoryListModel>(uri, 1, 0, "CategoryListModel");
-    qmlRegisterType<KeywordSuggestionModel>(uri, 1, 0, "KeywordSuggestionModel");
-    qmlRegisterType<Keyword>(uri, 1, 0, "Keyword");
-    qmlRegisterType<PackageData>(uri, 1, 0, "PackageData");
-    qmlRegisterUncreatableType<PackageMatcher>(uri, 1, 0, "PackageMatcher", "abstract");
-    qmlRegisterUncreatableType<PackageSorter>(uri, 1, 0, "PackageSorter", "abstract");
-    qmlRegisterUncreatableType<PackageReference>(uri, 1, 0, "PackageReference", "from a provider");
-    qmlRegisterType<HasKeyword>(uri, 1, 0, "HasKeyword");
-    qmlRegisterType<HasManifestField>(uri, 1, 0, "HasManifestField");
-    qmlRegisterType<MatchesKeywordSearch>(uri, 1, 0, "MatchesKeywordSearch");
-    qmlRegisterType<PackageMatcherGroup>(uri, 1, 0, "PackageMatcherGroup");
-    qmlRegisterType<SortByIntegerField>(uri, 1, 0, "SortByIntegerField");
-    qmlRegisterType<ManifestField>(uri, 1, 0, "ManifestField");
-    qmlRegisterType<ManifestStringField>(uri, 1, 0, "ManifestStringField");
-    qmlRegisterType<ManifestBooleanField>(uri, 1, 0, "ManifestBooleanField");
-    qmlRegisterType<ManifestSizeField>(uri, 1, 0, "ManifestSizeField");
-    qmlRegisterType<ManifestFileField>(uri, 1, 0, "ManifestFileField");
-}
-
 QByteArray document(const QString &body)
 {
-    return "import QtQml 2.15\nimport Test 1.0\nQtObject { " + body.toUtf8() + " }";
+    return "import QtQml 2.15\nimport Norvak.Packages 1.0\nQtObject { " + body.toUtf8() + " }";
 }
 
 } // namespace
@@ -67,14 +34,13 @@ class TestQmlObjects : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
+    void initTestCase() { registerQmlTypes(); }
     void init();
     void cleanup();
     void declaredModel();
     void declaredPackageData();
     void badDeclarations_data();
     void badDeclarations();
-    void rejectedDeclarations_data();
     void rejectedDeclarations();
     void matcherDestroyedByScript();
 
@@ -88,11 +54,6 @@ private:
     std::unique_ptr<QQmlEngine> m_engine;
 };
 
-void TestQmlObjects::initTestCase()
-{
-    registerTypes();
-}
-
 void TestQmlObjects::init()
 {
     m_provider = std::make_unique<TestProvider>();
@@ -100,7 +61,7 @@ void TestQmlObjects::init()
     catalogue.package("elm", "tree", {{"title", "Elm"}, {"rank", 2}, {"size", QJsonArray{3, 4}}});
     catalogue.package("oak", "tree", {{"title", "Oak"}, {"rank", 1}, {"model", "oak.bin"}});
     catalogue.package("pine", "tree", {{"rank", 3}});
-    catalogue.word("leafy", "leafy").link("elm", Is, "leafy").link("oak", Is, "leafy");
+    catalogue.word("leafy", "leafy").linked("elm is leafy, oak is leafy");
     QVERIFY(m_provider->publish());
     m_engine = std::make_unique<QQmlEngine>();
     m_engine->rootContext()->setContextProperty("provider", m_provider.get());
@@ -192,82 +153,66 @@ void TestQmlObjects::declaredPackageData()
 
 void TestQmlObjects::badDeclarations_data()
 {
-    QTest::addColumn<QString>("body");
-    QTest::addColumn<QString>("warning"); // a regular expression; empty if there is none
-
-    const QString model = "property var model: PackageListModel { packageProvider: provider; %1 }";
-    QTest::newRow("null matcher") << model.arg("matcher: null; sorter: null") << "";
-    QTest::newRow("null in a group")
-        << model.arg("matcher: PackageMatcherGroup { matchers: { return [ null ] } }")
-        << "null is no matcher";
-    QTest::newRow("null given to addMatcher()")
-        << "property var group: PackageMatcherGroup { Component.onCompleted: addMatcher(null) }"
-        << "null is no matcher";
-    QTest::newRow("null among the model's fields")
-        << model.arg("manifestFields: { return [ null, null ] }") << "null is no manifest field";
-    QTest::newRow("null among the data's fields")
-        << "property var data: PackageData { manifestFields: { return [ null ] } }"
-        << "null is no manifest field";
-    QTest::newRow("a group in itself")
-        << "property var group: PackageMatcherGroup { id: group; matchers: [ group ] }"
-        << "a matcher group can't be a member of itself";
-    QTest::newRow("no provider")
-        << "property var model: PackageListModel { packageProvider: QtObject {} }"
-        << "^Object .* does not implement the IPackageProvider interface$";
-    QTest::newRow("the model as its own provider")
-        << "property var model: CategoryListModel { id: self; packageProvider: self }"
-        << "^Object .* does not implement the IPackageProvider interface$";
-    QTest::newRow("nothing as provider")
-        << "property var word: Keyword { packageProvider: null; keywordId: 'leafy' }"
-        << "";
-    QTest::newRow("undefined as provider")
-        << "property var model: KeywordSuggestionModel { packageProvider: undefined }"
-        << "Unable to assign \\[undefined\\] to QObject";
-    QTest::newRow("another type at run time")
-        << model.arg("id: m; Component.onCompleted: m.matcher = m") << "Cannot assign";
-    QTest::newRow("no reference")
-        << "property var data: PackageData { packageReference: provider.packageReference('') }"
-        << "";
-    QTest::newRow("field without a name")
-        << "property var data: PackageData { ManifestStringField {} }"
-        << "";
-    QTest::newRow("field named like a part of the map")
-        << "property var data: PackageData { ManifestStringField { name: 'keys' } }"
-        << "keys.* is not permitted";
+    const QString stranger = "^Object .* does not implement the IPackageProvider interface$";
+    const QString ring = "a matcher group can't be a member of itself";
+    // The warning is a regular expression; empty if there is none.
+    Columns<QString, QString>("declaration", "warning")
+        .row(
+            "null matcher",
+            "PackageListModel { packageProvider: provider; matcher: null; sorter: null }", "")
+        .row(
+            "null in a group", "PackageMatcherGroup { matchers: { return [ null ] } }",
+            "null is no matcher")
+        .row(
+            "null given to addMatcher()",
+            "PackageMatcherGroup { Component.onCompleted: addMatcher(null) }", "null is no matcher")
+        .row(
+            "null among the model's fields",
+            "PackageListModel { packageProvider: provider; manifestFields: { return [ null, null ] "
+            "} }",
+            "null is no manifest field")
+        .row(
+            "null among the data's fields", "PackageData { manifestFields: { return [ null ] } }",
+            "null is no manifest field")
+        .row("a group in itself", "PackageMatcherGroup { id: group; matchers: [ group ] }", ring)
+        .row("no provider", "PackageListModel { packageProvider: QtObject {} }", stranger)
+        .row(
+            "the model as its own provider",
+            "CategoryListModel { id: self; packageProvider: self }", stranger)
+        .row("nothing as provider", "Keyword { packageProvider: null; keywordId: 'leafy' }", "")
+        .row(
+            "undefined as provider", "KeywordSuggestionModel { packageProvider: undefined }",
+            "Unable to assign \\[undefined\\] to QObject")
+        .row(
+            "another type at run time",
+            "PackageListModel { id: m; Component.onCompleted: m.matcher = m }", "Cannot assign")
+        .row("no reference", "PackageData { packageReference: provider.packageReference('') }", "")
+        .row("field without a name", "PackageData { ManifestStringField {} }", "")
+        .row(
+            "field named like a part of the map",
+            "PackageData { ManifestStringField { name: 'keys' } }", "keys.* is not permitted");
 }
 
 void TestQmlObjects::badDeclarations()
 {
-    QFETCH(QString, body);
+    QFETCH(QString, declaration);
     QFETCH(QString, warning);
     const QtMsgType type = warning.startsWith("^Object") ? QtCriticalMsg : QtWarningMsg;
     if (!warning.isEmpty())
         QTest::ignoreMessage(type, QRegularExpression(warning));
-    const auto root = create(body);
+    const auto root = create("property var declared: " + declaration);
     QVERIFY(root);
-    for (const char *name : {"model", "data", "word", "group"}) {
-        if (auto *object = root->property(name).value<QObject *>())
-            settle(*object); // what was declared badly must not break an update either
-    }
-}
-
-void TestQmlObjects::rejectedDeclarations_data()
-{
-    QTest::addColumn<QString>("body");
-
-    QTest::newRow("a field as matcher")
-        << "property var m: PackageListModel { matcher: ManifestField {} }";
-    QTest::newRow("a matcher as field") << "property var m: PackageListModel { HasKeyword {} }";
-    QTest::newRow("a sorter in a group")
-        << "property var g: PackageMatcherGroup { SortByIntegerField {} }";
-    QTest::newRow("an abstract class") << "property var m: PackageMatcher {}";
-    QTest::newRow("a read-only property") << "property var m: PackageListModel { count: 3 }";
+    // What was declared badly must not break an update either.
+    settle(*root->property("declared").value<QObject *>());
 }
 
 void TestQmlObjects::rejectedDeclarations()
 {
-    QFETCH(QString, body);
-    QVERIFY(!create(body));
+    const QStringList declarations{
+        "PackageListModel { matcher: ManifestField {} }", "PackageListModel { HasKeyword {} }",
+        "PackageMatcherGroup { SortByIntegerField {} }", "PackageListModel { count: 3 }"};
+    for (const QString &declaration : declarations)
+        QVERIFY2(!create("property var declared: " + declaration), qPrintable(declaration));
 }
 
 void TestQmlObjects::matcherDestroyedByScript()
