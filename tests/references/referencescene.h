@@ -4,22 +4,18 @@
 #pragma once
 
 #include "references/packagereference.h"
-#include "repository/packagerepository.h"
-#include "support/memorysource.h"
+#include "support/testprovider.h"
 
 #include <QMetaEnum>
-#include <QSignalSpy>
 
 namespace nk::pm::test {
 
-/// A repository of one source in memory, with everything that its references said.
-struct Scene
+/// A repository over one source in memory, with everything that its references said.
+struct Scene : TestProvider
 {
-    Scene() { repository.addSource(&source); }
-
     PackageReference *watch(const QString &id)
     {
-        PackageReference *reference = repository.packageReference(id);
+        PackageReference *reference = repository->packageReference(id);
         const auto note = [this](const QString &line) { log << line; };
         QObject::connect(reference, &PackageReference::statusChanged, [=] {
             note(QMetaEnum::fromType<PackageReference::Status>().valueToKey(reference->status()));
@@ -29,16 +25,9 @@ struct Scene
         QObject::connect(reference, &PackageReference::updated, [=] { note("updated"); });
         return reference;
     }
-    /// Publishes the catalogue and waits for its index.
-    bool publish()
-    {
-        QSignalSpy spy(&repository, &PackageRepository::packageIndexChanged);
-        source.publish();
-        return spy.wait(60000);
-    }
+    /// The newest installer of package "p".
+    MemoryInstaller *installer() const { return source.installer("p"); }
 
-    MemorySource source;
-    PackageRepository repository{PackageRepository::DoNotPersistSources};
     QStringList log;
 };
 

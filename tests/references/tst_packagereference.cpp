@@ -13,6 +13,26 @@
 using namespace nk::pm;
 using namespace nk::pm::test;
 
+namespace {
+
+/// "p" is installed, and is asked by name to update to each new index before that reaches it by
+/// itself.
+PackageReference *installAndUpdateEarly(Scene &scene)
+{
+    QObject::connect(scene.repository, &PackageRepository::packageIndexChanged, [&scene] {
+        QMetaObject::invokeMethod(scene.repository->packageReference("p"), "update");
+    });
+    scene.source.catalogue.package("p", "one");
+    PackageReference *reference = scene.watch("p");
+    scene.publish();
+    scene.installer()->succeed();
+    scene.log.clear();
+    scene.source.log().installers.clear();
+    return reference;
+}
+
+} // namespace
+
 /// The live handle: how it follows indexes, answers, installs and ends.
 class PackageReferenceTest : public QObject
 {
@@ -24,9 +44,7 @@ private:
 private Q_SLOTS:
     void oneReferenceForEachIdentifier();
     void unknownPackageIsUnavailableAndRefreshesTheSources();
-    void installsAsSoonAsThePackageAppears();
-    void everyIndexInstallsAgain();
-    void lostPackageBecomesUnavailable();
+    void followsThePackageFromIndexToIndex();
     void answersFromTheNodeInEveryStatus();
     void updateKeepsTheInstallationUntilReady();
     void updateToAReplacedIndexIsDropped();
@@ -39,73 +57,55 @@ private Q_SLOTS:
 void PackageReferenceTest::oneReferenceForEachIdentifier()
 {
     Scene scene;
-    QCOMPARE(scene.repository.packageReference(QString()), nullptr);
-    PackageReference *reference = scene.repository.packageReference("p");
+    QCOMPARE(scene.repository->packageReference(QString()), nullptr);
+    PackageReference *reference = scene.repository->packageReference("p");
     QCOMPARE(reference->id(), QString("p"));
-    QCOMPARE(reference->repository(), &scene.repository);
-    QCOMPARE(scene.repository.packageReference("p"), reference);
-    QVERIFY(scene.repository.packageReference("P") != reference);
-    QCOMPARE(scene.repository.findChildren<PackageReference *>().size(), 2);
+    QCOMPARE(scene.repository->packageReference("p"), reference);
+    QVERIFY(scene.repository->packageReference("P") != reference);
+    QCOMPARE(scene.repository->findChildren<PackageReference *>().size(), 2);
 }
 
 void PackageReferenceTest::unknownPackageIsUnavailableAndRefreshesTheSources()
 {
     Scene scene;
-    PackageReference *reference = scene.repository.packageReference("missing");
+    QVERIFY(scene.publish());
+    PackageReference *reference = scene.repository->packageReference("missing");
     QCOMPARE(reference->status(), PackageReference::Unavailable);
     QCOMPARE(scene.source.updateCount, 1);
-    QVERIFY(scene.publish());
-    QCOMPARE(reference->status(), PackageReference::Unavailable);
     QCOMPARE(reference->type(), QString());
     QCOMPARE(reference->manifest(), QJsonObject());
     QVERIFY(reference->manifestField("key").isUndefined());
     QVERIFY(!reference->fileUrl("file").isValid());
     QCOMPARE(reference->node(), nullptr);
-    QCOMPARE(reference->packageIndex(), scene.repository.packageIndex());
+    QCOMPARE(reference->packageIndex(), scene.repository->packageIndex());
 }
 
-void PackageReferenceTest::installsAsSoonAsThePackageAppears()
+void PackageReferenceTest::followsThePackageFromIndexToIndex()
 {
     Scene scene;
     scene.watch("p");
+    const auto said = [&scene] { return std::exchange(scene.log, {}); };
     QVERIFY(scene.publish());
+    QCOMPARE(said(), QStringList()); // Unavailable, as before
     scene.source.catalogue.package("p", "a:b");
     QVERIFY(scene.publish());
-    QCOMPARE(scene.log, (QStringList{"type a:b", "Installing"}));
-    scene.source.installer("p")->succeed();
-    QCOMPARE(scene.log, (QStringList{"type a:b", "Installing", "Installed"}));
-}
-
-void PackageReferenceTest::everyIndexInstallsAgain()
-{
-    Scene scene;
-    scene.source.catalogue.package("p", "t");
-    scene.watch("p");
-    QVERIFY(scene.publish());
-    const QPointer<MemoryInstaller> first = scene.source.installer("p");
+    QCOMPARE(said(), (QStringList{"type a:b", "Installing"}));
+    const QPointer<MemoryInstaller> first = scene.installer();
     const QString firstDirectory = first->directory();
     first->succeed();
-    QVERIFY(scene.publish());
-    QVERIFY(first.isNull());
-    QVERIFY(scene.source.installer("p")->directory() != firstDirectory);
-    scene.source.installer("p")->succeed();
-    QCOMPARE(
-        scene.log, (QStringList{"type t", "Installing", "Installed", "Installing", "Installed"}));
-}
+    QCOMPARE(said(), QStringList{"Installed"});
 
-void PackageReferenceTest::lostPackageBecomesUnavailable()
-{
-    Scene scene;
-    scene.source.catalogue.package("p", "t");
-    scene.watch("p");
-    QVERIFY(scene.publish());
-    const QPointer<MemoryInstaller> installer = scene.source.installer("p");
-    installer->succeed();
-    scene.log.clear();
+    QVERIFY(scene.publish()); // every index installs again
+    QVERIFY(first.isNull());
+    QVERIFY(scene.installer()->directory() != firstDirectory);
+    scene.installer()->succeed();
+    QCOMPARE(said(), (QStringList{"Installing", "Installed"}));
+
+    const QPointer<MemoryInstaller> second = scene.installer();
     scene.source.catalogue = MemoryCatalogue();
     QVERIFY(scene.publish());
-    QCOMPARE(scene.log, (QStringList{"type ", "Unavailable"}));
-    QVERIFY(!installer.isNull());
+    QCOMPARE(said(), (QStringList{"type ", "Unavailable"}));
+    QVERIFY(!second.isNull());
 }
 
 void PackageReferenceTest::answersFromTheNodeInEveryStatus()
@@ -125,7 +125,7 @@ void PackageReferenceTest::answersFromTheNodeInEveryStatus()
     };
     check(PackageReference::Installing);
     QTest::ignoreMessage(QtCriticalMsg, "Package install error 5 \"disk full\"");
-    scene.source.installer("p")->fail(5, "disk full");
+    scene.installer()->fail(5, "disk full");
     check(PackageReference::Incomplete);
 
     const QString file = reference->node()->installLocation().directory(true).filePath("f");
@@ -138,26 +138,11 @@ void PackageReferenceTest::answersFromTheNodeInEveryStatus()
     QCOMPARE(reference->property("status").toInt(), -2);
 }
 
-// An update is asked for by name, before the new index reaches the reference by itself.
-static void updateAtNextIndex(Scene &scene)
-{
-    QObject::connect(&scene.repository, &PackageRepository::packageIndexChanged, [&] {
-        QMetaObject::invokeMethod(scene.repository.packageReference("p"), "update");
-    });
-}
-
 void PackageReferenceTest::updateKeepsTheInstallationUntilReady()
 {
     Scene scene;
-    updateAtNextIndex(scene);
-    scene.source.catalogue.package("p", "one");
-    PackageReference *reference = scene.watch("p");
-    QVERIFY(scene.publish());
-    scene.source.installer("p")->succeed();
-    scene.log.clear();
-
+    const PackageReference *reference = installAndUpdateEarly(scene);
     scene.source.catalogue = MemoryCatalogue().package("p", "two");
-    scene.source.log().installers.clear();
     QVERIFY(scene.publish());
     // The update was prepared first, then the new index led to an install of its own.
     QCOMPARE(scene.source.log().installers.size(), 2);
@@ -168,36 +153,26 @@ void PackageReferenceTest::updateKeepsTheInstallationUntilReady()
     QCOMPARE(scene.log, (QStringList{"type two", "Installing", "Installed", "updated"}));
     QVERIFY(installing.isNull());
     QVERIFY(!pending.isNull());
-    QCOMPARE(reference->packageIndex(), scene.repository.packageIndex());
+    QCOMPARE(reference->packageIndex(), scene.repository->packageIndex());
 }
 
 void PackageReferenceTest::updateToAReplacedIndexIsDropped()
 {
     Scene scene;
-    updateAtNextIndex(scene);
-    scene.source.catalogue.package("p", "one");
-    PackageReference *reference = scene.watch("p");
-    QVERIFY(scene.publish());
-    scene.source.installer("p")->succeed();
-    scene.source.log().installers.clear();
+    const PackageReference *reference = installAndUpdateEarly(scene);
     QVERIFY(scene.publish());
     const QPointer<MemoryInstaller> pending = scene.source.log().installers.at(0);
     QVERIFY(scene.publish());
     QVERIFY(pending.isNull());
-    scene.source.installer("p")->succeed();
+    scene.installer()->succeed();
     QCOMPARE(reference->status(), PackageReference::Installed);
-    QCOMPARE(reference->packageIndex(), scene.repository.packageIndex());
+    QCOMPARE(reference->packageIndex(), scene.repository->packageIndex());
 }
 
 void PackageReferenceTest::updateOfALostPackage()
 {
     Scene scene;
-    updateAtNextIndex(scene);
-    scene.source.catalogue.package("p", "one");
-    PackageReference *reference = scene.watch("p");
-    QVERIFY(scene.publish());
-    scene.source.installer("p")->succeed();
-    scene.log.clear();
+    const PackageReference *reference = installAndUpdateEarly(scene);
     scene.source.catalogue = MemoryCatalogue();
     QVERIFY(scene.publish());
     QCOMPARE(scene.log, (QStringList{"Unavailable", "type "}));

@@ -5,6 +5,7 @@
 #include "references/packagereferencefield.h"
 #include "references/packagereferencetype.h"
 #include "repository/ipackageprovider.h"
+#include "support/columns.h"
 #include "support/scopeddatalocation.h"
 #include "support/testfiles.h"
 #include "support/testprovider.h"
@@ -50,14 +51,11 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void typeConstants();
     void roundTripThroughAFile();
     void attachingInstalls();
     void nullRemovesTheValue_data();
     void nullRemovesTheValue();
-    void documentWithoutProvider_data();
     void documentWithoutProvider();
-    void valuesThatLeadNowhere_data();
     void valuesThatLeadNowhere();
     void identifiersOutsideLatin1();
     void withoutDocument();
@@ -105,12 +103,6 @@ void TestPackageReferenceField::cleanup()
     m_location.reset();
 }
 
-void TestPackageReferenceField::typeConstants()
-{
-    QCOMPARE(PackageReferenceType::typeId(), 1);
-    QCOMPARE(PackageReferenceType::isLegacyReference(), false);
-}
-
 void TestPackageReferenceField::roundTripThroughAFile()
 {
     const QString path = m_location->filePath("collection.json");
@@ -144,12 +136,12 @@ void TestPackageReferenceField::attachingInstalls()
 
 void TestPackageReferenceField::nullRemovesTheValue_data()
 {
-    QTest::addColumn<QVariant>("value");
-    QTest::newRow("null reference") << QVariant::fromValue<PackageReference *>(nullptr);
-    QTest::newRow("null object") << QVariant::fromValue<QObject *>(nullptr);
-    QTest::newRow("other object") << QVariant::fromValue<QObject *>(this);
-    QTest::newRow("text") << QVariant("ref:1:lamp");
-    QTest::newRow("nothing") << QVariant();
+    Columns<QVariant>("value")
+        .row("null reference", QVariant::fromValue<PackageReference *>(nullptr))
+        .row("null object", QVariant::fromValue<QObject *>(nullptr))
+        .row("other object", QVariant::fromValue<QObject *>(this))
+        .row("text", "ref:1:lamp")
+        .row("nothing", {});
 }
 
 void TestPackageReferenceField::nullRemovesTheValue()
@@ -162,45 +154,31 @@ void TestPackageReferenceField::nullRemovesTheValue()
     QCOMPARE(read(document), nullptr);
 }
 
-void TestPackageReferenceField::documentWithoutProvider_data()
-{
-    QTest::addColumn<bool>("hasContext");
-    QTest::newRow("no context") << false;
-    QTest::newRow("context that is no provider") << true;
-}
-
 void TestPackageReferenceField::documentWithoutProvider()
 {
-    QFETCH(bool, hasContext);
-    Context context;
-    LinkedDocument document(hasContext ? &context : nullptr);
-    m_field->write(&document, "entry", QVariant::fromValue(reference("lamp")));
-    QCOMPARE(document.getStructValue("entry", "package"), QJsonValue("ref:1:lamp"));
-    QCOMPARE(read(document), nullptr);
-    QCOMPARE(PackageReferenceType::getReference(&document, "lamp"), nullptr);
-    document.attachReferences();
+    Context noProvider;
+    for (Context *context : {static_cast<Context *>(nullptr), &noProvider}) {
+        LinkedDocument document(context);
+        m_field->write(&document, "entry", QVariant::fromValue(reference("lamp")));
+        QCOMPARE(document.getStructValue("entry", "package"), QJsonValue("ref:1:lamp"));
+        QCOMPARE(read(document), nullptr);
+        QCOMPARE(PackageReferenceType::getReference(&document, "lamp"), nullptr);
+        document.attachReferences();
 
-    document.setContext(m_context.data());
-    QCOMPARE(read(document), reference("lamp"));
-}
-
-void TestPackageReferenceField::valuesThatLeadNowhere_data()
-{
-    QTest::addColumn<QJsonValue>("value");
-    QTest::newRow("bare identifier") << QJsonValue("lamp");
-    QTest::newRow("other type") << QJsonValue("ref:2:lamp");
-    QTest::newRow("empty identifier") << QJsonValue("ref:1:");
-    QTest::newRow("number") << QJsonValue(1);
-    QTest::newRow("object") << QJsonValue(QJsonObject{{"ref", "lamp"}});
-    QTest::newRow("none") << QJsonValue(QJsonValue::Undefined);
+        document.setContext(m_context.data());
+        QCOMPARE(read(document), reference("lamp"));
+    }
 }
 
 void TestPackageReferenceField::valuesThatLeadNowhere()
 {
-    QFETCH(QJsonValue, value);
+    const QList<QJsonValue> values{
+        "lamp", "ref:2:lamp", "ref:1:", 1, QJsonObject{{"ref", "lamp"}}, QJsonValue::Undefined};
     LinkedDocument document(m_context.data());
-    document.setStructValue("entry", "package", value);
-    QCOMPARE(read(document), nullptr);
+    for (const QJsonValue &value : values) {
+        document.setStructValue("entry", "package", value);
+        QCOMPARE(read(document), nullptr);
+    }
 }
 
 void TestPackageReferenceField::identifiersOutsideLatin1()
@@ -238,15 +216,14 @@ void TestPackageReferenceField::compare()
 
 void TestPackageReferenceField::convert_data()
 {
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<bool>("isReference");
-    QTest::newRow("null reference") << QVariant::fromValue<PackageReference *>(nullptr) << true;
-    QTest::newRow("null object") << QVariant::fromValue<QObject *>(nullptr) << true;
-    QTest::newRow("other object") << QVariant::fromValue<QObject *>(this) << true;
-    QTest::newRow("other class") << QVariant::fromValue<Context *>(nullptr) << true;
-    QTest::newRow("text") << QVariant("lamp") << false;
-    QTest::newRow("number") << QVariant(1) << false;
-    QTest::newRow("nothing") << QVariant() << false;
+    Columns<QVariant, bool>("value", "isReference")
+        .row("null reference", QVariant::fromValue<PackageReference *>(nullptr), true)
+        .row("null object", QVariant::fromValue<QObject *>(nullptr), true)
+        .row("other object", QVariant::fromValue<QObject *>(this), true)
+        .row("other class", QVariant::fromValue<Context *>(nullptr), true)
+        .row("text", "lamp", false)
+        .row("number", 1, false)
+        .row("nothing", {}, false);
 }
 
 void TestPackageReferenceField::convert()

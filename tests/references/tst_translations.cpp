@@ -4,6 +4,7 @@
 #include "references/packagereference.h"
 #include "repository/packagerepository.h"
 #include "sources/localpackagesource.h"
+#include "support/columns.h"
 #include "support/scopeddatalocation.h"
 #include "support/testfiles.h"
 
@@ -87,23 +88,17 @@ private Q_SLOTS:
 
 void TranslationsTest::languageIsChosenByTheManifest_data()
 {
-    QTest::addColumn<QString>("locale");
-    QTest::addColumn<QByteArray>("manifest");
-    QTest::addColumn<QString>("greeting");
-    QTest::newRow("country first")
-        << "de_AT" << QByteArray(R"({"de": "de.qm", "de_AT": "de_AT.qm", "en": "en.qm"})")
-        << "de_AT";
-    QTest::newRow("then the language")
-        << "de_CH" << QByteArray(R"({"de": "de.qm", "de_AT": "de_AT.qm", "en": "en.qm"})") << "de";
-    QTest::newRow("then English") << "fr_FR" << QByteArray(R"({"de": "de.qm", "en": "en.qm"})")
-                                  << "en";
-    QTest::newRow("none of them") << "fr_FR" << QByteArray(R"({"de": "de.qm"})") << "hello";
-    QTest::newRow("a missing file has no fallback")
-        << "de_AT" << QByteArray(R"({"de_AT": "gone.qm", "de": "de.qm", "en": "en.qm"})")
-        << "hello";
-    QTest::newRow("no text") << "de_DE" << QByteArray(R"({"de": 7, "en": "en.qm"})") << "hello";
-    QTest::newRow("not a translation")
-        << "de_DE" << QByteArray(R"({"de": "manifest.json"})") << "hello";
+    const QByteArray all = R"({"de": "de.qm", "de_AT": "de_AT.qm", "en": "en.qm"})";
+    Columns<QString, QByteArray, QString>("locale", "manifest", "greeting")
+        .row("country first", "de_AT", all, "de_AT")
+        .row("then the language", "de_CH", all, "de")
+        .row("then English", "fr_FR", all, "en")
+        .row("none of them", "fr_FR", R"({"de": "de.qm"})", "hello")
+        .row(
+            "a missing file has no fallback", "de_AT",
+            R"({"de_AT": "gone.qm", "de": "de.qm", "en": "en.qm"})", "hello")
+        .row("no text", "de_DE", R"({"de": 7, "en": "en.qm"})", "hello")
+        .row("not a translation", "de_DE", R"({"de": "manifest.json"})", "hello");
 }
 
 void TranslationsTest::languageIsChosenByTheManifest()
