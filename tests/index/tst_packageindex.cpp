@@ -94,7 +94,6 @@ private Q_SLOTS:
     void typeRangesCoverSubTypes();
     void typeOfManyLevelsHasBoundedRanges();
     void stringPoolClosesWithTheBuild();
-    void survivesItsSources();
 
 private:
     ScopedDataLocation m_data;
@@ -288,19 +287,6 @@ void TestPackageIndex::stringPoolClosesWithTheBuild()
     index.build();
     QVERIFY(index.addString(text).isNull());
     QCOMPARE(first.toString(), text);
-}
-
-void TestPackageIndex::survivesItsSources()
-{
-    PackageList list;
-    {
-        MemorySource source;
-        source.catalogue.package("p", "a", {{"name", "P"}});
-        list = PackageIndex::selectPackages(buildIndex({&source}), "a", {}, {});
-    }
-    QCOMPARE(list[0]->manifestValue("name").toString(), QString("P"));
-    QCOMPARE(list[0]->fileUrl("f.png"), QUrl("memory:/p/f.png"));
-    QVERIFY(list[0]->installLocation().isValid());
 }
 
 QTEST_GUILESS_MAIN(TestPackageIndex)

@@ -98,8 +98,8 @@ MemoryInstaller *MemorySource::installer(const QString &id) const
 
 std::unique_ptr<PackageAccessor> MemorySource::getAccessor()
 {
-    if (accessorMaker)
-        return accessorMaker();
+    if (const auto make = accessorMaker) // a copy: it may replace itself
+        return make();
     return std::make_unique<MemoryAccessor>(catalogue, m_log);
 }
 
