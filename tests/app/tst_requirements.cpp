@@ -5,6 +5,7 @@
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
+#include "support/columns.h"
 #include "support/memorysource.h"
 #include "support/scopeddatalocation.h"
 
@@ -27,25 +28,14 @@ private:
 
 void tst_Requirements::order_data()
 {
-    QTest::addColumn<QStringList>("links");
-    QTest::addColumn<QString>("from");
-    QTest::addColumn<QString>("order");
-    QTest::newRow("nothing required") << QStringList{} << "a"
-                                      << "a";
-    QTest::newRow("chain") << QStringList{"ab", "bc"} << "a"
-                           << "cba";
-    QTest::newRow("diamond, each once") << QStringList{"ab", "ac", "bd", "cd"} << "a"
-                                        << "dbca";
-    QTest::newRow("doubled link") << QStringList{"ab", "ab"} << "a"
-                                  << "ba";
-    QTest::newRow("itself") << QStringList{"aa"} << "a"
-                            << "a";
-    QTest::newRow("cycle") << QStringList{"ab", "bc", "ca"} << "a"
-                           << "cba";
-    QTest::newRow("two that share one") << QStringList{"ac", "bc"} << "ab"
-                                        << "cab";
-    QTest::newRow("a keyword is no requirement") << QStringList{"ak", "ab"} << "a"
-                                                 << "ba";
+    Columns<QStringList, QString, QString>("links", "from", "order")
+        .row("nothing required", {}, "a", "a")
+        .row("diamond, each once", {"ab", "ac", "bd", "cd"}, "a", "dbca")
+        .row("doubled link", {"ab", "ab"}, "a", "ba")
+        .row("itself", {"aa"}, "a", "a")
+        .row("cycle", {"ab", "bc", "ca"}, "a", "cba")
+        .row("two that share one", {"ac", "bc"}, "ab", "cab")
+        .row("a keyword is no requirement", {"ak", "ab"}, "a", "ba");
 }
 
 void tst_Requirements::order()
