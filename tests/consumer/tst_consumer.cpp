@@ -1,11 +1,14 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "support/programcall.h"
 #include "support/testfiles.h"
 
-#include <QProcess>
+#include <QDirIterator>
 #include <QTemporaryDir>
 #include <QtTest>
+
+using namespace nk::pm::test;
 
 namespace {
 
@@ -14,42 +17,43 @@ constexpr int patience = 20 * 60 * 1000; // milliseconds: a whole build on a bus
 const QString sourceDirectory = NKPM_SOURCE_DIR;
 const QString catalogue = sourceDirectory + "/examples/catalogue";
 
-/// What a command printed, its errors too, and how it ended.
-struct Outcome
-{
-    bool fine = false;
-    QString output;
-};
-
-Outcome attempt(const QString &program, const QStringList &arguments)
+CallResult attempt(
+    const QString &program, const QStringList &arguments,
+    const QMap<QString, QString> &environmentChanges = {})
 {
     QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.setProcessEnvironment(environmentWith(environmentChanges));
     process.start(program, arguments);
-    Outcome outcome;
-    outcome.fine = process.waitForFinished(patience) && process.exitStatus() == QProcess::NormalExit
-                   && process.exitCode() == 0;
-    outcome.output = process.readAllStandardOutput();
-    return outcome;
+    return finish(process, patience);
 }
 
-/// The output of a command; a failed one ends the test with it.
+/// The output of a command; null of one that fails, which is told.
 QString run(
     const QString &program, const QStringList &arguments,
-    const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
+    const QMap<QString, QString> &environmentChanges = {})
 {
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(program, arguments);
-    const bool fine = process.waitForFinished(patience)
-                      && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-    const QString output = process.readAllStandardOutput();
-    if (!fine) {
-        qWarning().noquote() << program << arguments.join(' ') << '\n'
-                             << output << process.readAllStandardError();
-        return QString();
-    }
-    return output.isNull() ? QString("") : output;
+    const CallResult result = attempt(program, arguments, environmentChanges);
+    if (result.exitCode == 0)
+        return result.output.isEmpty() ? QString("") : QString(result.output);
+    qWarning().noquote() << program << arguments.join(' ') << '\n'
+                         << result.output << result.errors;
+    return QString();
+}
+
+QString sortedLines(const QString &text)
+{
+    QStringList lines = text.split('\n', Qt::SkipEmptyParts);
+    lines.sort();
+    return lines.join(' ');
+}
+
+QStringList filesBelow(const QString &directory, const QStringList &names)
+{
+    QStringList files;
+    QDirIterator it(directory, names, QDir::NoFilter, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        files.append(it.next());
+    return files;
 }
 
 /// The library here may be built with sanitizers, which its users then need too.
@@ -92,11 +96,12 @@ private:
     QStringList configuration(const QString &name, const QStringList &options) const;
     /// Configures and builds the stranger's project, and gives what its program prints.
     QString buildAndRun(const QString &name, const QStringList &options);
-    QString library(const QString &name) const;
+    /// The one file of that name in the moved tree, wherever it is.
+    QString installed(const QString &name) const { return filesBelow(m_prefix, {name}).value(0); }
 
     QTemporaryDir m_directory;
     QString m_prefix;
-    QStringList m_packages;
+    QString m_packages; ///< of the example catalogue, as sortedLines()
 };
 
 void TestConsumer::initTestCase()
@@ -106,14 +111,12 @@ void TestConsumer::initTestCase()
     m_prefix = m_directory.filePath("moved");
     QVERIFY(QDir().rename(first, m_prefix));
 
-    QDirIterator manifests(
-        catalogue + "/packages", {"manifest.json"}, QDir::Files, QDirIterator::Subdirectories);
-    while (manifests.hasNext()) {
-        manifests.next();
-        m_packages << manifests.fileInfo().dir().dirName();
-    }
-    m_packages.sort();
-    QVERIFY(m_packages.size() > 30);
+    QString ids;
+    const QStringList manifests = filesBelow(catalogue + "/packages", {"manifest.json"});
+    for (const QString &manifest : manifests)
+        ids += manifest.section('/', -2, -2) + '\n';
+    m_packages = sortedLines(ids);
+    QVERIFY(manifests.size() > 30);
 }
 
 QStringList TestConsumer::configuration(const QString &name, const QStringList &options) const
@@ -130,45 +133,31 @@ QStringList TestConsumer::configuration(const QString &name, const QStringList &
            + options;
 }
 
-/// The file of that name below the moved tree's libraries, wherever these are.
-QString TestConsumer::library(const QString &name) const
-{
-    QDirIterator files(m_prefix, {name}, QDir::NoFilter, QDirIterator::Subdirectories);
-    return files.hasNext() ? files.next() : QString();
-}
-
 QString TestConsumer::buildAndRun(const QString &name, const QStringList &options)
 {
     const QString build = m_directory.filePath(name);
     if (run(NKPM_CMAKE, configuration(name, options)).isNull()
         || run(NKPM_CMAKE, {"--build", build}).isNull())
         return QString();
-    QStringList ids = run(build + "/consumer", {catalogue}).split('\n', Qt::SkipEmptyParts);
-    ids.sort();
-    return ids.join(' ');
+    return sortedLines(run(build + "/consumer", {catalogue}));
 }
 
 void TestConsumer::movedInstallTree()
 {
-    QCOMPARE(buildAndRun("installed", {"-DCMAKE_PREFIX_PATH=" + m_prefix}), m_packages.join(' '));
+    QCOMPARE(buildAndRun("installed", {"-DCMAKE_PREFIX_PATH=" + m_prefix}), m_packages);
     // Nothing of the tree remembers where it was first, or where it was built.
-    QDirIterator files(
-        m_prefix, {"*.cmake", "*.pc", "qmldir"}, QDir::Files, QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-        const QByteArray content = nk::pm::test::readFile(files.next());
-        QVERIFY2(!content.contains(sourceDirectory.toUtf8()), qPrintable(files.filePath()));
-        QVERIFY2(!content.contains(m_directory.path().toUtf8()), qPrintable(files.filePath()));
+    for (const QString &file : filesBelow(m_prefix, {"*.cmake", "*.pc", "qmldir"})) {
+        const QByteArray content = readFile(file);
+        QVERIFY2(!content.contains(sourceDirectory.toUtf8()), qPrintable(file));
+        QVERIFY2(!content.contains(m_directory.path().toUtf8()), qPrintable(file));
     }
 }
 
 void TestConsumer::findsItselfWhereverItIs()
 {
-    QDirIterator files(
-        m_prefix, {"*.so", "nkpm", "nkledger", "norvak-catalogue"}, QDir::Files,
-        QDirIterator::Subdirectories);
-    int programs = 0;
-    while (files.hasNext()) {
-        const QString path = files.next();
+    QStringList programs;
+    for (const QString &path :
+         filesBelow(m_prefix, {"*.so", "nkpm", "nkledger", "norvak-catalogue"})) {
         if (path.contains("/completions/"))
             continue;
         const QString dynamic = run("readelf", {"-d", path});
@@ -177,18 +166,20 @@ void TestConsumer::findsItselfWhereverItIs()
         const QStringList directories = match.captured(1).split(':', Qt::SkipEmptyParts);
         for (const QString &directory : directories)
             QVERIFY2(directory.startsWith("$ORIGIN"), qPrintable(path + ": " + directory));
-        if (!path.endsWith(".so"))
-            ++programs;
-        else if (path.contains("/libNorvak"))
-            QVERIFY2(dynamic.contains("[" + files.fileName() + ".0]"), qPrintable(path + dynamic));
+        const QString name = path.section('/', -1);
+        if (!name.endsWith(".so"))
+            programs.append(name);
+        else if (name.startsWith("libNorvak"))
+            QVERIFY2(dynamic.contains("[" + name + ".0]"), qPrintable(path + dynamic));
     }
-    QCOMPARE(programs, 3);
+    QCOMPARE(programs.size(), 3);
 }
 
 void TestConsumer::exportsWhatItMeansTo()
 {
-    const QString symbols = run(
-        "nm", {"--dynamic", "--defined-only", "--demangle", library("libNorvakPackageManager.so")});
+    const QString symbols =
+        run("nm",
+            {"--dynamic", "--defined-only", "--demangle", installed("libNorvakPackageManager.so")});
     QVERIFY(symbols.contains("nk::pm::PackageRepository::addSource("));
     QVERIFY(!symbols.contains("nk::pm::PackageServerAccessor::load("));
     QVERIFY(!symbols.contains("nk::pm::PackageRepositoryPrivate::"));
@@ -202,65 +193,59 @@ void TestConsumer::exportsWhatItMeansTo()
 /// By a program that knows nothing of the library: the plugin has to find it.
 void TestConsumer::loadsTheQmlModule()
 {
-    const QString imports = QDir::cleanPath(library("qmldir") + "/../../..");
+    const QString imports = QDir::cleanPath(installed("qmldir") + "/../../..");
     const QString importer = m_directory.filePath("installed/importer");
     QCOMPARE(run(importer, {imports}), QString("nk::pm::PackageListModel\n"));
-    QVERIFY(!attempt(importer, {m_prefix}).fine); // it isn't found elsewhere
+    QVERIFY(attempt(importer, {m_prefix}).exitCode != 0); // it isn't found elsewhere
 }
 
 void TestConsumer::refusesAnotherVersion()
 {
     for (const QString version : {"99.0", "0.99"}) {
-        const Outcome outcome = attempt(
+        const CallResult result = attempt(
             NKPM_CMAKE, configuration(
                             "version-" + version, {"-DCMAKE_PREFIX_PATH=" + m_prefix,
                                                    "-DNKPM_WANTED_VERSION=" + version}));
-        QVERIFY(!outcome.fine);
+        QVERIFY(result.exitCode != 0);
         QVERIFY2(
-            outcome.output.contains("requested version \"" + version + '"'),
-            qPrintable(outcome.output));
+            result.errors.contains("requested version \"" + version + '"'),
+            qPrintable(result.errors));
     }
 }
 
 void TestConsumer::pkgConfig()
 {
-    QString pcFile;
-    QDirIterator files(m_prefix, {"*.pc"}, QDir::Files, QDirIterator::Subdirectories);
-    while (files.hasNext())
-        pcFile = files.next();
-    const QString libraries = QFileInfo(pcFile).dir().filePath("..");
-    auto environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("PKG_CONFIG_PATH", QFileInfo(pcFile).path());
-    environment.insert("LD_LIBRARY_PATH", libraries);
-    QString flags = run("pkg-config", {"--cflags", "--libs", "NorvakPackageManager"}, environment);
+    const QString pcFiles = QFileInfo(installed("*.pc")).path();
+    const QMap<QString, QString> changes{
+        {"PKG_CONFIG_PATH", pcFiles}, {"LD_LIBRARY_PATH", pcFiles + "/.."}};
+    const QString flags =
+        run("pkg-config", {"--cflags", "--libs", "NorvakPackageManager"}, changes);
     QVERIFY(!flags.isNull());
 
     const QString program = m_directory.filePath("by-pkg-config");
     QStringList arguments{
         "-std=c++17", "-fPIC", sourceDirectory + "/tests/consumer/project/main.cpp", "-o", program};
     arguments += (compilerFlags() + ' ' + flags).simplified().split(' ', Qt::SkipEmptyParts);
-    QVERIFY(!run(NKPM_CXX_COMPILER, arguments, environment).isNull());
-    QStringList ids = run(program, {catalogue}, environment).split('\n', Qt::SkipEmptyParts);
-    ids.sort();
-    QCOMPARE(ids, m_packages);
+    QVERIFY(!run(NKPM_CXX_COMPILER, arguments, changes).isNull());
+    QCOMPARE(sortedLines(run(program, {catalogue}, changes)), m_packages);
 }
 
 void TestConsumer::buildTree()
 {
     QCOMPARE(
         buildAndRun("from-build-tree", {"-DNorvakPackageManager_DIR=" NKPM_BINARY_DIR}),
-        m_packages.join(' '));
+        m_packages);
 }
 
 /// Follows docs/embedding.md to the letter.
 void TestConsumer::embeddingGuide()
 {
-    const QString page = nk::pm::test::readFile(sourceDirectory + "/docs/embedding.md");
+    const QString page = readFile(sourceDirectory + "/docs/embedding.md");
     const QString project = m_directory.filePath("guide");
     const QString build = m_directory.filePath("guide-build");
-    nk::pm::test::writeFile(project + "/CMakeLists.txt", codeBlock(page, "cmake"));
-    nk::pm::test::writeFile(project + "/main.cpp", codeBlock(page, "cpp"));
-    nk::pm::test::writeFile(project + "/main.qml", codeBlock(page, "qml"));
+    writeFile(project + "/CMakeLists.txt", codeBlock(page, "cmake"));
+    writeFile(project + "/main.cpp", codeBlock(page, "cpp"));
+    writeFile(project + "/main.qml", codeBlock(page, "qml"));
     QVERIFY(
         !run(NKPM_CMAKE,
              {"-S", project, "-B", build, "-G", "Ninja", "-DCMAKE_PREFIX_PATH=" + m_prefix,
@@ -278,7 +263,8 @@ void TestConsumer::embeddingGuide()
     application.kill();
     application.waitForFinished();
     QVERIFY2(
-        output.contains(QByteArray::number(m_packages.size()) + " packages"), output.constData());
+        output.contains(QByteArray::number(m_packages.count(' ') + 1) + " packages"),
+        output.constData());
 }
 
 /// As a static library inside another project, which installs it along; and from there once more.
@@ -288,15 +274,14 @@ void TestConsumer::embeddedStatically()
         buildAndRun(
             "static", {"-DNKPM_SOURCE_DIR=" + sourceDirectory, "-DBUILD_SHARED_LIBS=OFF",
                        "-DNKPM_INSTALL=ON", "-DCMAKE_BUILD_TYPE=Debug"}),
-        m_packages.join(' '));
+        m_packages);
     const QString first = m_directory.filePath("static-first");
     const QString moved = m_directory.filePath("static-moved");
     const QString build = m_directory.filePath("static");
     QVERIFY(!run(NKPM_CMAKE, {"--install", build, "--prefix", first}).isNull());
     QVERIFY(QDir().rename(first, moved));
     QVERIFY(QDir(build).removeRecursively());
-    QCOMPARE(
-        buildAndRun("static-installed", {"-DCMAKE_PREFIX_PATH=" + moved}), m_packages.join(' '));
+    QCOMPARE(buildAndRun("static-installed", {"-DCMAKE_PREFIX_PATH=" + moved}), m_packages);
 }
 
 void TestConsumer::embeddedOnOwnPlatform()
@@ -305,17 +290,17 @@ void TestConsumer::embeddedOnOwnPlatform()
         buildAndRun(
             "embedded", {"-DNKPM_SOURCE_DIR=" + sourceDirectory, "-DNKPM_PLATFORM=external",
                          "-DCMAKE_BUILD_TYPE=Debug"}),
-        m_packages.join(' '));
+        m_packages);
 }
 
 void TestConsumer::refusesProgramsOnAnotherPlatform()
 {
-    const Outcome outcome = attempt(
+    const CallResult result = attempt(
         NKPM_CMAKE, configuration(
                         "programs", {"-DNKPM_SOURCE_DIR=" + sourceDirectory,
                                      "-DNKPM_PLATFORM=external", "-DNKPM_BUILD_APPS=ON"}));
-    QVERIFY(!outcome.fine);
-    QVERIFY2(outcome.output.contains("NKPM_BUILD_APPS needs"), qPrintable(outcome.output));
+    QVERIFY(result.exitCode != 0);
+    QVERIFY2(result.errors.contains("NKPM_BUILD_APPS needs"), qPrintable(result.errors));
 }
 
 QTEST_GUILESS_MAIN(TestConsumer)

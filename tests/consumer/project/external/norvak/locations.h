@@ -10,8 +10,11 @@ namespace nk {
 class Locations
 {
 public:
-    static QDir dataLocation();
-    static void setDataLocation(const QString &path);
+    static QDir dataLocation() { return QDir(s_path); }
+    static void setDataLocation(const QString &path) { s_path = path; }
+
+private:
+    static inline QString s_path;
 };
 
 } // namespace nk

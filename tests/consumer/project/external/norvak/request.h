@@ -7,7 +7,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
-#include <QObject>
+#include <QTimer>
 
 namespace nk {
 
@@ -17,10 +17,14 @@ class Request : public QObject
     Q_OBJECT
 
 public:
-    explicit Request(QObject *parent);
+    explicit Request(QObject *parent)
+        : QObject(parent)
+    {
+        connect(this, &Request::finished, this, &QObject::deleteLater);
+        QTimer::singleShot(0, this, &Request::finished);
+    }
 
-    void setDataSink(QIODevice *sink) { m_sink = sink; }
-    QIODevice *dataSink() const { return m_sink; }
+    void setDataSink(QIODevice *) {}
     void setSuppressErrors(bool) {}
     int responseCode() const { return 0; }
     QNetworkReply *reply() const { return nullptr; }
@@ -28,9 +32,6 @@ public:
 
 Q_SIGNALS:
     void finished();
-
-private:
-    QIODevice *m_sink = nullptr;
 };
 
 class GetRequest : public Request

@@ -9,26 +9,25 @@
 
 namespace nk::account {
 
-class Resource : public QObject
-{
-    Q_OBJECT
-
-public:
-    QString uuid() const { return QStringLiteral("own"); }
-};
-
-class Service : public Resource
+class Service : public QObject
 {
     Q_OBJECT
 
 public:
     enum Status { Disabled = 0, Connecting = 1, Available = 2, Failed = 3 };
 
+    QString uuid() const { return QStringLiteral("own"); }
     void enable() {}
     Status status() const { return Disabled; }
     QNetworkRequest createRequest(const QUrl &relative) const { return QNetworkRequest(relative); }
-    nk::GetRequest *getRequest(const QUrl &relative) const;
-    nk::GetRequest *getRequest(const QNetworkRequest &request) const;
+    GetRequest *getRequest(const QUrl &relative) const
+    {
+        return getRequest(createRequest(relative));
+    }
+    GetRequest *getRequest(const QNetworkRequest &request) const
+    {
+        return new GetRequest(request, nullptr);
+    }
 
 Q_SIGNALS:
     void statusChanged();

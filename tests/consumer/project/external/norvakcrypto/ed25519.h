@@ -16,7 +16,6 @@ public:
     bool isValid() const { return false; }
     bool verify(const QByteArray &, const QByteArray &) const { return false; }
     QByteArray toDER() const { return {}; }
-    QByteArray toPEM() const { return {}; }
 };
 
 } // namespace nk::crypto::ed25519

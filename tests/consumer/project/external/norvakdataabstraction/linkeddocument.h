@@ -3,17 +3,18 @@
 
 #pragma once
 
-#include <norvakdataabstraction/document.h>
+#include <norvakdataabstraction/context.h>
 
 #include <QJsonValue>
 
 namespace nk::data {
 
-class LinkedDocument : public Document
+class LinkedDocument : public QObject
 {
     Q_OBJECT
 
 public:
+    Context *context() const { return nullptr; }
     QJsonValue getStructValue(const QString &, const QString &) const { return {}; }
     void setStructValue(const QString &, const QString &, const QJsonValue &) {}
     QString encodeReference(QObject *) const { return {}; }
