@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "support/columns.h"
 #include "support/programcall.h"
 #include "support/testfiles.h"
 
@@ -104,24 +105,24 @@ QByteArray tst_Nkpm::runOnTerminal(const QString &arguments, const QString &redi
 
 void tst_Nkpm::lists_data()
 {
-    QTest::addColumn<QString>("arguments");
-    QTest::addColumn<QStringList>("ids");
-    const auto row = [](const char *name, const char *arguments, const QStringList &ids) {
-        QTest::newRow(name) << QString(arguments) << ids;
-    };
-    row("types below a type", "plants",
-        {"plant-cactus", "plant-fern", "plant-monstera", "tree-birch", "tree-olive"});
-    row("sorted by an integer field", "lighting --sort price",
-        {"lantern-paper", "lamp-elbow", "lamp-globe", "lamp-arc"});
-    row("search follows links, not names", "furniture:tables --search METAL", {"table-disc"});
-    row("a part of a word", "scenes --search arden", {"scene-terrace"});
-    row("no part of a word in full mode", "scenes --search arden --full", {});
-    row("the word in full mode", "scenes --search garden --full", {"scene-terrace"});
-    row("a keyword without what is excepted", "furniture:seating:benches --keyword living-room",
-        {});
-    row("two keywords", "--keyword chair --keyword leather", {"chair-freischwinger"});
-    row("a field", "sounds --field loop --keyword quiet",
-        {"sound-clock", "sound-rain", "sound-wind"});
+    Columns<QString, QStringList>("arguments", "ids")
+        .row(
+            "types below a type", "plants",
+            {"plant-cactus", "plant-fern", "plant-monstera", "tree-birch", "tree-olive"})
+        .row(
+            "sorted by an integer field", "lighting --sort price",
+            {"lantern-paper", "lamp-elbow", "lamp-globe", "lamp-arc"})
+        .row("search follows links, not names", "furniture:tables --search METAL", {"table-disc"})
+        .row("a part of a word", "scenes --search arden", {"scene-terrace"})
+        .row("no part of a word in full mode", "scenes --search arden --full", {})
+        .row("the word in full mode", "scenes --search garden --full", {"scene-terrace"})
+        .row(
+            "a keyword without what is excepted", "furniture:seating:benches --keyword living-room",
+            {})
+        .row("two keywords", "--keyword chair --keyword leather", {"chair-freischwinger"})
+        .row(
+            "a field", "sounds --field loop --keyword quiet",
+            {"sound-clock", "sound-rain", "sound-wind"});
 }
 
 void tst_Nkpm::lists()
@@ -189,12 +190,10 @@ void tst_Nkpm::showsAPackage()
 
 void tst_Nkpm::listsKeywords_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QStringList>("ids");
-    QTest::newRow("search") << QStringList{"--search", "leather"} << QStringList{"leather"};
-    QTest::newRow("categories of a type")
-        << QStringList{"textures", "--categories"} << QStringList{"garden", "surfaces"};
-    QTest::newRow("a type") << QStringList{"translation"} << QStringList{"translation-of-names"};
+    Columns<QStringList, QStringList>("arguments", "ids")
+        .row("search", {"--search", "leather"}, {"leather"})
+        .row("categories of a type", {"textures", "--categories"}, {"garden", "surfaces"})
+        .row("a type", {"translation"}, {"translation-of-names"});
 }
 
 void tst_Nkpm::listsKeywords()
@@ -267,42 +266,49 @@ void tst_Nkpm::installsTwice()
 
 void tst_Nkpm::refusesWhatItCantMeet_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("message");
-    const auto row = [](const char *name, const QStringList &arguments, const QString &message) {
-        QTest::newRow(name) << arguments << "nkpm: " + message + '\n';
-    };
-    row("unknown package", {"show", "nothing"},
-        "there is no package 'nothing' (nkpm list shows all)");
-    row("keyword taken for a package", {"show", "chair"},
-        "'chair' is a keyword, not a package (nkpm list --keyword chair)");
-    row("unknown type", {"list", "furnitur"},
-        "no package is of type 'furnitur' (nkpm list shows all)");
-    row("unknown type of keywords", {"keywords", "furnitur"},
-        "no package is of type 'furnitur' (nkpm list shows all)");
-    row("unknown keyword", {"list", "--keyword", "chairr"},
-        "there is no keyword 'chairr' (nkpm keywords shows all)");
-    row("one unknown among the installed",
-        {"install", "plant-fern", "plant-farn", "--into", "unused"},
-        "there is no package 'plant-farn' (nkpm list shows all)");
-    row("missing directory", {"--local", "/no/such", "list"}, "/no/such: no such directory");
-    row("a file as a catalogue", {"--local", NKPM_PROGRAM, "list"},
-        NKPM_PROGRAM " is not a directory");
-    row("no catalogue", {"--local", "/dev", "list"},
-        "/dev is no catalogue: it holds neither \"packages\" nor \"dictionary\" nor \"links\"");
-    row("install into a file", {"install", "plant-fern", "--into", NKPM_PROGRAM "/below"},
-        NKPM_PROGRAM " is not a directory");
-    row("data directory that can't be written", {"--data", "/dev/null/data", "list"},
-        "/dev/null/data can't hold the program's own files: make it writable, or name another "
-        "directory with --data");
+    Columns<QStringList, QString>("arguments", "message")
+        .row(
+            "unknown package", {"show", "nothing"},
+            "there is no package 'nothing' (nkpm list shows all)")
+        .row(
+            "keyword taken for a package", {"show", "chair"},
+            "'chair' is a keyword, not a package (nkpm list --keyword chair)")
+        .row(
+            "unknown type", {"list", "furnitur"},
+            "no package is of type 'furnitur' (nkpm list shows all)")
+        .row(
+            "unknown type of keywords", {"keywords", "furnitur"},
+            "no package is of type 'furnitur' (nkpm list shows all)")
+        .row(
+            "unknown keyword", {"list", "--keyword", "chairr"},
+            "there is no keyword 'chairr' (nkpm keywords shows all)")
+        .row(
+            "one unknown among the installed",
+            {"install", "plant-fern", "plant-farn", "--into", "unused"},
+            "there is no package 'plant-farn' (nkpm list shows all)")
+        .row("missing directory", {"--local", "/no/such", "list"}, "/no/such: no such directory")
+        .row(
+            "a file as a catalogue", {"--local", NKPM_PROGRAM, "list"},
+            NKPM_PROGRAM " is not a directory")
+        .row(
+            "no catalogue", {"--local", "/dev", "list"},
+            "/dev is no catalogue: it holds neither \"packages\" nor \"dictionary\" nor \"links\"")
+        .row(
+            "install into a file", {"install", "plant-fern", "--into", NKPM_PROGRAM "/below"},
+            NKPM_PROGRAM " is not a directory")
+        .row(
+            "data directory that can't be written", {"--data", "/dev/null/data", "list"},
+            "/dev/null/data can't hold the program's own files: make it writable, or name another "
+            "directory with --data");
 }
 
 void tst_Nkpm::refusesWhatItCantMeet()
 {
     QFETCH(QStringList, arguments);
+    QFETCH(QString, message);
     for (const auto &json : {QStringList{}, QStringList{"--json"}}) {
         const CallResult result = run(arguments + json);
-        QTEST(result.errors, "message");
+        QCOMPARE(result.errors, "nkpm: " + message + '\n');
         QCOMPARE(result.output, QByteArray());
         QCOMPARE(result.exitCode, 1);
     }
@@ -311,20 +317,16 @@ void tst_Nkpm::refusesWhatItCantMeet()
 
 void tst_Nkpm::wrongUsage_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("part");
-    const auto row = [](const char *name, const QStringList &arguments, const char *part) {
-        QTest::newRow(name) << arguments << QString(part);
-    };
-    row("no command", {}, "a command is missing");
-    row("unknown command", {"lst"}, "there is no command 'lst'");
-    row("unknown option", {"list", "--serch", "x"}, "--serch");
-    row("option without its value", {"list", "--search"}, "--search");
-    row("--full without a search", {"list", "--full"}, "--search");
-    row("install without a target", {"install", "x"}, "--into");
-    row("install into nothing", {"install", "x", "--into", ""}, "--into");
-    row("install without a package", {"install", "--into", "x"}, "ID");
-    row("show of two", {"show", "a", "b"}, "b");
+    Columns<QStringList, QString>("arguments", "part")
+        .row("no command", {}, "a command is missing")
+        .row("unknown command", {"lst"}, "there is no command 'lst'")
+        .row("unknown option", {"list", "--serch", "x"}, "--serch")
+        .row("option without its value", {"list", "--search"}, "--search")
+        .row("--full without a search", {"list", "--full"}, "--search")
+        .row("install without a target", {"install", "x"}, "--into")
+        .row("install into nothing", {"install", "x", "--into", ""}, "--into")
+        .row("install without a package", {"install", "--into", "x"}, "ID")
+        .row("show of two", {"show", "a", "b"}, "b");
 }
 
 void tst_Nkpm::wrongUsage()
@@ -370,15 +372,11 @@ void tst_Nkpm::namesCantSteerTheTerminal()
 
 void tst_Nkpm::stylesOnlyTerminals_data()
 {
-    QTest::addColumn<QString>("terminal");
-    QTest::addColumn<QString>("noColor");
-    QTest::addColumn<bool>("styled");
-    QTest::newRow("a terminal") << "xterm" << QString() << true;
-    QTest::newRow("a dumb terminal") << "dumb" << QString() << false;
-    QTest::newRow("NO_COLOR") << "xterm"
-                              << "1" << false;
-    QTest::newRow("empty NO_COLOR") << "xterm"
-                                    << "" << true;
+    Columns<QString, QString, bool>("terminal", "noColor", "styled")
+        .row("a terminal", "xterm", {}, true)
+        .row("a dumb terminal", "dumb", {}, false)
+        .row("NO_COLOR", "xterm", "1", false)
+        .row("empty NO_COLOR", "xterm", "", true);
 }
 
 void tst_Nkpm::stylesOnlyTerminals()
@@ -437,10 +435,7 @@ void tst_Nkpm::startHugeInstall(QProcess &process) const
 
 void tst_Nkpm::interruptLeavesNothing_data()
 {
-    QTest::addColumn<int>("number");
-    QTest::newRow("Ctrl-C") << SIGINT;
-    QTest::newRow("terminate") << SIGTERM;
-    QTest::newRow("hang-up") << SIGHUP;
+    Columns<int>("number").row("Ctrl-C", SIGINT).row("terminate", SIGTERM).row("hang-up", SIGHUP);
 }
 
 void tst_Nkpm::interruptLeavesNothing()

@@ -3,6 +3,7 @@
 
 #include "cataloguetree.h"
 #include "nkledgerprocess.h"
+#include "support/columns.h"
 #include "support/testfiles.h"
 
 #include <QJsonArray>
@@ -91,25 +92,17 @@ void TestNkpmCollection::keepsWhatItDoesNotKnow()
 
 void TestNkpmCollection::refuses_data()
 {
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QString>("says");
-
-    const auto row = [](const char *name, const QStringList &arguments, int exitCode,
-                        const char *says,
-                        const char *content = R"({"structs": {"box": {"package": "ref:1:box"}}})") {
-        QTest::newRow(name) << QByteArray(content) << arguments << exitCode << QString(says);
-    };
-    row("unknown package", {"add", "ghost"}, 1, "'ghost'");
-    row("not in it", {"remove", "ball"}, 1, "'ball'");
-    row("characters beyond Latin-1", {"add", QString::fromUtf8("日本")}, 1, "beyond Latin-1");
-    row("no JSON", {"list"}, 1, "collection.json", "box");
-    row("of a newer version", {"add", "ball"}, 1, "newer version",
-        R"({"version": 2, "structs": {}})");
-    row("no action", {}, 2, "--help");
-    row("nothing to add", {"add"}, 2, "ID");
-    row("nowhere to install", {"install"}, 2, "--into");
+    const QByteArray fine = R"({"structs": {"box": {"package": "ref:1:box"}}})";
+    const QByteArray newer = R"({"version": 2, "structs": {}})";
+    Columns<QByteArray, QStringList, int, QString>("content", "arguments", "exitCode", "says")
+        .row("unknown package", fine, {"add", "ghost"}, 1, "'ghost'")
+        .row("not in it", fine, {"remove", "ball"}, 1, "'ball'")
+        .row("beyond Latin-1", fine, {"add", QString::fromUtf8("日本")}, 1, "beyond Latin-1")
+        .row("no JSON", "box", {"list"}, 1, "collection.json")
+        .row("of a newer version", newer, {"add", "ball"}, 1, "newer version")
+        .row("no action", fine, {}, 2, "--help")
+        .row("nothing to add", fine, {"add"}, 2, "ID")
+        .row("nowhere to install", fine, {"install"}, 2, "--into");
 }
 
 void TestNkpmCollection::refuses()

@@ -3,6 +3,7 @@
 
 #include "cataloguetree.h"
 #include "nkledgerprocess.h"
+#include "support/columns.h"
 #include "support/couchdbserver.h"
 #include "support/testfiles.h"
 
@@ -114,23 +115,20 @@ void TestNkpmSources::mergesByPriority()
 
 void TestNkpmSources::writesFilesBeforeTheyAreInstalled_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QByteArray>("output");
-    QTest::addColumn<QString>("error");
-    const auto row = [](const char *name, const QStringList &arguments, int exitCode,
-                        const QByteArray &output, const char *error = "") {
-        QTest::newRow(name) << arguments << exitCode << output << QString(error);
-    };
-    row("of the server, through the proxy", {"lowest", "lowest.txt"}, 0, "from the server");
-    row("of the database", {"middle", "middle.txt"}, 0, "from the database");
-    row("of the directory", {"shared", "manifest.json"}, 0, nameManifest("of the directory"));
-    row("file that the server hasn't got", {"lowest", "other.txt"}, 1, "",
-        "has no file \"other.txt\"");
-    row("file that the directory hasn't got", {"shared", "other.txt"}, 1, "", "No such file");
-    row("unknown package", {"nowhere", "a.txt"}, 1, "", "nowhere");
-    row("place that can't be written", {"lowest", "lowest.txt", "--output", "/nowhere/a"}, 1, "",
-        "can't write \"/nowhere/a\"");
+    Columns<QStringList, int, QByteArray, QString>("arguments", "exitCode", "output", "error")
+        .row("of the server, through the proxy", {"lowest", "lowest.txt"}, 0, "from the server", "")
+        .row("of the database", {"middle", "middle.txt"}, 0, "from the database", "")
+        .row(
+            "of the directory", {"shared", "manifest.json"}, 0, nameManifest("of the directory"),
+            "")
+        .row(
+            "file that the server hasn't got", {"lowest", "other.txt"}, 1, "",
+            "has no file \"other.txt\"")
+        .row("file that the directory hasn't got", {"shared", "other.txt"}, 1, "", "No such file")
+        .row("unknown package", {"nowhere", "a.txt"}, 1, "", "nowhere")
+        .row(
+            "place that can't be written", {"lowest", "lowest.txt", "--output", "/nowhere/a"}, 1,
+            "", "can't write \"/nowhere/a\"");
 }
 
 void TestNkpmSources::writesFilesBeforeTheyAreInstalled()
@@ -191,30 +189,23 @@ void TestNkpmSources::showsWhatItHadBefore()
 
 void TestNkpmSources::saysWhyASourceFails_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QString>("says");
-
-    const auto row = [](const char *name, const QStringList &sources, int exitCode,
-                        const char *says) {
-        QTest::newRow(name) << QStringList{"list"} + sources << exitCode << QString(says);
-    };
     const QString nobody = "http://127.0.0.1:1/db";
-    row("nobody listens", {"--couchdb", nobody}, 1, "refused");
-    row("others go on", {"--couchdb", nobody, "--local", m_local.path()}, 0, "refused");
-    row("not for strangers", {"--couchdb", m_database->databaseUrl("reader:wrong").toString()}, 1,
-        "another user");
-    row("no database in the URL", {"--couchdb", "http://127.0.0.1"}, 2, "a database has a URL");
-    row("no URL", {"--server", "somewhere"}, 2, "address");
+    const QString wrong = m_database->databaseUrl("reader:wrong").toString();
+    Columns<QStringList, int, QString>("sources", "exitCode", "says")
+        .row("nobody listens", {"--couchdb", nobody}, 1, "refused")
+        .row("others go on", {"--couchdb", nobody, "--local", m_local.path()}, 0, "refused")
+        .row("not for strangers", {"--couchdb", wrong}, 1, "another user")
+        .row("no database in the URL", {"--couchdb", "http://127.0.0.1"}, 2, "a database has a URL")
+        .row("no URL", {"--server", "somewhere"}, 2, "address");
 }
 
 void TestNkpmSources::saysWhyASourceFails()
 {
-    QFETCH(QStringList, arguments);
+    QFETCH(QStringList, sources);
     QFETCH(int, exitCode);
     QFETCH(QString, says);
     m_data = "new-data"; // nothing is kept from before
-    const CallResult result = nkpm(arguments);
+    const CallResult result = nkpm(QStringList{"list"} + sources);
     QCOMPARE(result.exitCode, exitCode);
     QVERIFY2(result.errors.contains(says), qPrintable(result.errors));
     QCOMPARE(result.errors.count('\n'), 1);

@@ -4,6 +4,7 @@
 #include "cataloguetree.h"
 #include "nkledgerprocess.h"
 #include "publish/layout.h"
+#include "support/columns.h"
 #include "support/testfiles.h"
 
 #include <QDataStream>
@@ -114,57 +115,57 @@ void tst_Nkledger::keysAreGuarded()
 
 void tst_Nkledger::refuses_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QString>("expected");
-    int exitCode = 2;
-    const auto row = [&](const char *name, const QStringList &arguments, const char *expected) {
-        QTest::newRow(name) << arguments << exitCode << QString(expected);
-    };
-    row("nothing", {}, "A subcommand is required (nkledger --help)");
-    row("unknown command", {"publsh", "a"}, "there is no command \"publsh\"");
-    row("unknown option", {"keygen", "a", "--bits"}, "--bits");
-    row("missing argument", {"publish", "a"}, "OUT_DIR is required (nkledger publish --help)");
-    row("port out of range", {"serve", "a", "--port", "70000"}, "--port");
-    row("two issuers for all packages",
-        {"publish", "a", "b", "--issuer", "x-private.pem", "--issuer", "y-private.pem"},
-        "only one issuer can sign all packages");
-    row("two issuers for one type",
-        {"publish", "a", "b", "--issuer", "t=x-private.pem", "--issuer", "t=y-private.pem"},
-        "only one issuer can sign packages of type \"t\"");
-    row("three labels",
-        {"issue", "a.pem", "--trust", "t", "--label", "1", "--label", "2", "--label", "3"},
-        "an issuer has two labels at most");
-    row("issuer key of another name", {"issue", "a.key", "--trust", "t", "--label", "1"},
-        "name the issuer record with --output");
-
-    exitCode = 1;
-    row("no such catalogue", {"check", "nowhere"}, "there is no directory \"nowhere\"");
-    row("no such publication", {"serve", "nowhere"}, "\"nowhere\" is no publication");
-    row("no such ledger", {"inspect", "nowhere"}, "can't read \"nowhere\": No such file");
-    row("ledger that is none", {"inspect", "trust.pem"},
-        "\"trust.pem\" is no sound ledger: doesn't begin with \"ldgr\"");
-    row("verified ledger that is none", {"verify", "trust.pem"}, "doesn't begin with \"ldgr\"");
-    row("private key for a public one", {"verify", "public", "--trust", "trust-private.pem"},
-        "\"trust-private.pem\" is not the PEM file of an Ed25519 public key");
-    row("issuer key without a name to go by", {"publish", "a", "public", "--issuer", "trust.pem"},
-        "must end in \"-private.pem\"");
-    row("issuer without a record", {"publish", "a", "public", "--issuer", "trust-private.pem"},
-        "can't read \"trust-issuer.json\"");
-    row("unknown record", {"inspect", "public", "stool", "chaise"},
-        "neither a package nor a keyword \"chaise\"");
-    row("issuer unknown to the readers", {"verify", "public"}, "not signed by the trust key");
+    Columns<QString, int, QString>("call", "exitCode", "expected")
+        .row("nothing", "", 2, "A subcommand is required (nkledger --help)")
+        .row("unknown command", "publsh a", 2, "there is no command \"publsh\"")
+        .row("unknown option", "keygen a --bits", 2, "--bits")
+        .row("missing argument", "publish a", 2, "OUT_DIR is required (nkledger publish --help)")
+        .row("port out of range", "serve a --port 70000", 2, "--port")
+        .row(
+            "two issuers for all packages",
+            "publish a b --issuer x-private.pem --issuer y-private.pem", 2,
+            "only one issuer can sign all packages")
+        .row(
+            "two issuers for one type",
+            "publish a b --issuer t=x-private.pem --issuer t=y-private.pem", 2,
+            "only one issuer can sign packages of type \"t\"")
+        .row(
+            "three labels", "issue a.pem --trust t --label 1 --label 2 --label 3", 2,
+            "an issuer has two labels at most")
+        .row(
+            "issuer key of another name", "issue a.key --trust t --label 1", 2,
+            "name the issuer record with --output")
+        .row("no such catalogue", "check nowhere", 1, "there is no directory \"nowhere\"")
+        .row("no such publication", "serve nowhere", 1, "\"nowhere\" is no publication")
+        .row("no such ledger", "inspect nowhere", 1, "can't read \"nowhere\": No such file")
+        .row(
+            "ledger that is none", "inspect trust.pem", 1,
+            "\"trust.pem\" is no sound ledger: doesn't begin with \"ldgr\"")
+        .row("verified ledger that is none", "verify trust.pem", 1, "doesn't begin with \"ldgr\"")
+        .row(
+            "private key for a public one", "verify public --trust trust-private.pem", 1,
+            "\"trust-private.pem\" is not the PEM file of an Ed25519 public key")
+        .row(
+            "issuer key without a name to go by", "publish a public --issuer trust.pem", 1,
+            "must end in \"-private.pem\"")
+        .row(
+            "issuer without a record", "publish a public --issuer trust-private.pem", 1,
+            "can't read \"trust-issuer.json\"")
+        .row(
+            "unknown record", "inspect public stool chaise", 1,
+            "neither a package nor a keyword \"chaise\"")
+        .row("issuer unknown to the readers", "verify public", 1, "not signed by the trust key");
 }
 
 void tst_Nkledger::refuses()
 {
-    QFETCH(QStringList, arguments);
+    QFETCH(QString, call);
     QFETCH(int, exitCode);
     QFETCH(QString, expected);
     static const Workshop workshop;
     if (!QFileInfo::exists(workshop.layout.ledgerFile()))
         workshop.publish();
-    const CallResult result = workshop.call(arguments);
+    const CallResult result = workshop.call(call.split(' ', Qt::SkipEmptyParts));
     QCOMPARE(result.exitCode, exitCode);
     QVERIFY2(result.errors.contains(expected), qPrintable(result.errors));
     if (exitCode == 2) {

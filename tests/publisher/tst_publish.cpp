@@ -9,6 +9,7 @@
 #include "publish/publish.h"
 #include "sources/ledgerloader.h"
 #include "sources/verifiedsignatures.h"
+#include "support/columns.h"
 #include "support/filesizelimit.h"
 #include "support/testfiles.h"
 
@@ -252,32 +253,35 @@ Q_DECLARE_METATYPE(Break)
 
 void tst_Publish::refuses_data()
 {
-    QTest::addColumn<Break>("breakIt");
-    QTest::addColumn<QString>("expected");
-    const auto row = [](const char *name, const char *expected, const Break &breakIt) {
-        QTest::newRow(name) << breakIt << QString(expected);
-    };
-
-    row("two files of equal content", "packages/loose/b.png: holds the same as \"a.png\"",
-        [](Shop &shop) {
-            shop.tree.file("packages/loose/a.png", "png");
-            shop.tree.file("packages/loose/b.png", "png");
+    Columns<QString, Break>("expected", "breakIt")
+        .row(
+            "two files of equal content", "packages/loose/b.png: holds the same as \"a.png\"",
+            [](Shop &shop) {
+                shop.tree.file("packages/loose/a.png", "png");
+                shop.tree.file("packages/loose/b.png", "png");
+            })
+        .row(
+            "error of the catalogue", "links/x.json: links to \"y\"",
+            [](Shop &shop) { shop.tree.link("x", "loose", "is", "y"); })
+        .row(
+            "package without an issuer",
+            "packages/loose/manifest.json: no issuer signs packages of type \"\"",
+            [](Shop &shop) { shop.order.issuers.first().type = "furniture"; })
+        .row(
+            "packages without any issuer", "somebody has to sign the packages: --issuer",
+            [](Shop &shop) { shop.order.issuers.clear(); })
+        .row(
+            "issuer that the trust key didn't sign", "isn't signed by the trust key",
+            [](Shop &shop) { shop.order.issuers = {newIssuer({}, PrivateKey::generate())}; })
+        .row(
+            "key of another issuer", "don't belong together",
+            [](Shop &shop) { shop.order.issuers.first().key = PrivateKey::generate(); })
+        .row(
+            "target in the catalogue", "can't lie in the catalogue",
+            [](Shop &shop) { shop.order.target = shop.tree.path() + "/packages/public"; })
+        .row("target that is a file", "is not a directory", [](Shop &shop) {
+            QFile(shop.order.target).open(QIODevice::WriteOnly);
         });
-    row("error of the catalogue", "links/x.json: links to \"y\"",
-        [](Shop &shop) { shop.tree.link("x", "loose", "is", "y"); });
-    row("package without an issuer",
-        "packages/loose/manifest.json: no issuer signs packages of type \"\"",
-        [](Shop &shop) { shop.order.issuers.first().type = "furniture"; });
-    row("packages without any issuer", "somebody has to sign the packages: --issuer",
-        [](Shop &shop) { shop.order.issuers.clear(); });
-    row("issuer that the trust key didn't sign", "isn't signed by the trust key",
-        [](Shop &shop) { shop.order.issuers = {newIssuer({}, PrivateKey::generate())}; });
-    row("key of another issuer", "don't belong together",
-        [](Shop &shop) { shop.order.issuers.first().key = PrivateKey::generate(); });
-    row("target in the catalogue", "can't lie in the catalogue",
-        [](Shop &shop) { shop.order.target = shop.tree.path() + "/packages/public"; });
-    row("target that is a file", "is not a directory",
-        [](Shop &shop) { QFile(shop.order.target).open(QIODevice::WriteOnly); });
 }
 
 void tst_Publish::refuses()
@@ -314,22 +318,18 @@ void tst_Publish::fullDisk()
 
 void tst_Publish::errorLeavesOldPublication_data()
 {
-    QTest::addColumn<QString>("when");
-    QTest::addColumn<QString>("expected");
-    QTest::addColumn<Break>("breakIt");
-    const auto row = [](const char *name, const char *when, const char *expected,
-                        const Break &breakIt) {
-        QTest::newRow(name) << QString(when) << "packages/loose/new.png: " + QString(expected)
-                            << breakIt;
-    };
     const Break vanish = [](Shop &shop) { shop.tree.remove("packages/loose/new.png"); };
-    row("file vanishes before it is hashed", "Hashing files", "can't be read", vanish);
-    row("file vanishes before it is copied", "Copying files", "can't be read", vanish);
-    row("file changes before it is copied", "Copying files", "changed while it was being published",
-        [](Shop &shop) { shop.tree.file("packages/loose/new.png", "newer"); });
-    row("file can't take its place", "Copying files", "can't replace", [](Shop &shop) {
+    const Break change = [](Shop &shop) { shop.tree.file("packages/loose/new.png", "newer"); };
+    const Break occupy = [](Shop &shop) {
         QDir().mkpath(shop.layout.contentFile(digestOf(QByteArray("new"))) + "/x");
-    });
+    };
+    Columns<QString, Break, QString>("when", "breakIt", "expected")
+        .row("file vanishes before it is hashed", "Hashing files", vanish, "can't be read")
+        .row("file vanishes before it is copied", "Copying files", vanish, "can't be read")
+        .row(
+            "file changes before it is copied", "Copying files", change,
+            "changed while it was being published")
+        .row("file can't take its place", "Copying files", occupy, "can't replace");
 }
 
 void tst_Publish::errorLeavesOldPublication()
@@ -345,7 +345,9 @@ void tst_Publish::errorLeavesOldPublication()
     Interruption interruption(when, [&] { breakIt(shop); });
     const PublishReport report = nk::pm::publisher::publish(shop.order, interruption);
     QVERIFY(!report.published);
-    QVERIFY2(errors(report).startsWith(expected), qPrintable(errors(report)));
+    QVERIFY2(
+        errors(report).startsWith("packages/loose/new.png: " + expected),
+        qPrintable(errors(report)));
     QCOMPARE(shop.served(), served);
 }
 

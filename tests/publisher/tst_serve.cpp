@@ -5,6 +5,7 @@
 #include "nkledgerprocess.h"
 #include "publish/filehasher.h"
 #include "publish/layout.h"
+#include "support/columns.h"
 #include "support/testfiles.h"
 
 #include <QTest>
@@ -119,33 +120,25 @@ void tst_Serve::initTestCase()
 
 void tst_Serve::answers_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    const auto row = [](const char *name, const QStringList &arguments, const QString &path,
-                        int status, const QByteArray &body = {}) {
-        QTest::newRow(name) << arguments << path << status << body;
-    };
     const auto unless = [](const QByteArray &tags) {
         return QStringList{"-H", "If-None-Match: " + tags};
     };
-
-    row("ledger", {}, "", 200, m_ledger);
-    row("known ledger", unless(m_etag), "", 304);
-    row("weak tag", unless("W/" + m_etag), "", 304);
-    row("one of two tags", unless("\"a\", " + m_etag), "", 304);
-    row("any tag", unless("*"), "", 304);
-    row("other ledger", unless("\"1-2\""), "", 200, m_ledger);
-    row("head", {"--head"}, "", 200);
     const QString file = '/' + digestOf(m_content).toHex();
-    row("file", {}, file, 200, m_content);
-    row("range", {"-r", "10-19"}, file, 206, m_content.mid(10, 10));
-    row("unknown file", {}, '/' + QString(56, '0'), 404);
-    row("digest in capitals", {}, file.toUpper(), 404);
-    row("ledger by its file name", {}, "/index.html", 404);
-    row("publisher's state", {}, "/../../../.nkledger/ledger", 404);
-    row("root", {}, "/../../..", 404);
+    Columns<QStringList, QString, int, QByteArray>("arguments", "path", "status", "body")
+        .row("ledger", {}, "", 200, m_ledger)
+        .row("known ledger", unless(m_etag), "", 304, "")
+        .row("weak tag", unless("W/" + m_etag), "", 304, "")
+        .row("one of two tags", unless("\"a\", " + m_etag), "", 304, "")
+        .row("any tag", unless("*"), "", 304, "")
+        .row("other ledger", unless("\"1-2\""), "", 200, m_ledger)
+        .row("head", {"--head"}, "", 200, "")
+        .row("file", {}, file, 200, m_content)
+        .row("range", {"-r", "10-19"}, file, 206, m_content.mid(10, 10))
+        .row("unknown file", {}, '/' + QString(56, '0'), 404, "")
+        .row("digest in capitals", {}, file.toUpper(), 404, "")
+        .row("ledger by its file name", {}, "/index.html", 404, "")
+        .row("publisher's state", {}, "/../../../.nkledger/ledger", 404, "")
+        .row("root", {}, "/../../..", 404, "");
 }
 
 void tst_Serve::answers()
