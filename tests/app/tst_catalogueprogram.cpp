@@ -1,10 +1,14 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "support/columns.h"
+#include "support/programcall.h"
+
 #include <QImage>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
+
+using namespace nk::pm::test;
 
 /// norvak-catalogue as a process, where it can't show a window.
 class CatalogueProgramTest : public QObject
@@ -12,7 +16,7 @@ class CatalogueProgramTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
+    void init() { m_directory.reset(new QTemporaryDir); }
     void helpNeedsNoDisplay();
     void windowNeedsADisplay();
     void pictureNeedsNoDisplay();
@@ -20,86 +24,73 @@ private Q_SLOTS:
     void faultsAreOneLine();
 
 private:
-    int run(const QStringList &arguments)
+    CallResult run(const QStringList &arguments) const
     {
-        QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        for (const char *name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
-            environment.remove(name);
-        environment.insert("XDG_DATA_HOME", m_directory->filePath("data"));
-        environment.insert("XDG_CONFIG_HOME", m_directory->filePath("config"));
-        environment.insert("XDG_RUNTIME_DIR", m_directory->path());
-        process.setProcessEnvironment(environment);
-        process.start(NKPM_CATALOGUE, arguments);
-        const bool ended = process.waitForFinished(60000);
-        m_errors = process.readAllStandardError();
-        m_output = process.readAllStandardOutput();
-        return ended && process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+        return call(
+            NKPM_CATALOGUE, arguments, {},
+            {{"QT_QPA_PLATFORM", {}},
+             {"DISPLAY", {}},
+             {"WAYLAND_DISPLAY", {}},
+             {"XDG_DATA_HOME", path("data")},
+             {"XDG_CONFIG_HOME", path("config")},
+             {"XDG_RUNTIME_DIR", m_directory->path()}});
     }
+    QString path(const QString &name) const { return m_directory->filePath(name); }
 
-    std::unique_ptr<QTemporaryDir> m_directory;
-    QByteArray m_output;
-    QByteArray m_errors;
+    QScopedPointer<QTemporaryDir> m_directory;
 };
-
-void CatalogueProgramTest::init()
-{
-    m_directory = std::make_unique<QTemporaryDir>();
-}
 
 void CatalogueProgramTest::helpNeedsNoDisplay()
 {
-    QCOMPARE(run({"--help"}), 0);
-    QVERIFY(m_output.contains("--screenshot"));
-    QCOMPARE(m_errors, QByteArray());
-    QCOMPARE(run({"--no-such-option"}), 2);
+    const CallResult help = run({"--help"});
+    QCOMPARE(help.exitCode, 0);
+    QVERIFY(help.output.contains("--screenshot"));
+    QCOMPARE(help.errors, QString());
+    QCOMPARE(run({"--no-such-option"}).exitCode, 2);
 }
 
 void CatalogueProgramTest::windowNeedsADisplay()
 {
-    QCOMPARE(run({"--local", NKPM_EXAMPLE_CATALOGUE}), 1);
-    QVERIFY2(m_errors.startsWith("norvak-catalogue: There is no display"), m_errors);
-    QCOMPARE(m_errors.count('\n'), 1);
-    QVERIFY(!QFile::exists(m_directory->filePath("data")));
+    const CallResult result = run({"--local", NKPM_EXAMPLE_CATALOGUE});
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY(result.errors.startsWith("norvak-catalogue: There is no display"));
+    QCOMPARE(result.errors.count('\n'), 1);
+    QVERIFY(!QFile::exists(path("data")));
 }
 
 void CatalogueProgramTest::pictureNeedsNoDisplay()
 {
-    const QString file = m_directory->filePath("picture.png");
-    const QStringList arguments{"--local", NKPM_EXAMPLE_CATALOGUE,
-                                "--data",  m_directory->filePath("data"),
-                                "--size",  "900x700"};
-    QVERIFY2(run(arguments + QStringList{"--screenshot", file}) == 0, m_errors);
-    QCOMPARE(QImage(file).size(), QSize(900, 700));
+    const CallResult result = run(
+        {"--local", NKPM_EXAMPLE_CATALOGUE, "--data", path("data"), "--size", "900x700",
+         "--screenshot", path("picture.png")});
+    QVERIFY2(result.exitCode == 0, qPrintable(result.errors));
+    QCOMPARE(QImage(path("picture.png")).size(), QSize(900, 700));
 }
 
 void CatalogueProgramTest::faultsAreOneLine_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("named");
-    QTest::newRow("catalogue") << QStringList{"--local", "/nowhere"} << QByteArray("/nowhere");
-    QTest::newRow("data directory")
-        << QStringList{"--local", NKPM_EXAMPLE_CATALOGUE, "--data", "/dev/null/data"}
-        << QByteArray("/dev/null/data");
-    QTest::newRow("collection") << QStringList{
-        "--local", NKPM_EXAMPLE_CATALOGUE, "--collection",
-        "/nowhere.json"} << QByteArray("/nowhere.json");
+    Columns<QString, QString>("option", "value")
+        .row("catalogue", "--local", "/nowhere")
+        .row("data directory", "--data", "/dev/null/data")
+        .row("collection", "--collection", "/nowhere.json");
 }
 
 void CatalogueProgramTest::faultsAreOneLine()
 {
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, named);
-    if (!arguments.contains("--data"))
-        arguments += QStringList{"--data", m_directory->filePath("data")};
-    arguments += QStringList{"--screenshot", m_directory->filePath("picture.png")};
-    QCOMPARE(run(arguments), 1);
-    QVERIFY2(m_errors.startsWith("norvak-catalogue: "), m_errors);
-    QVERIFY2(m_errors.contains(named), m_errors);
-    QVERIFY2(m_errors.count('\n') <= 2, m_errors);
-    QVERIFY(!QFile::exists(m_directory->filePath("picture.png")));
+    QFETCH(QString, option);
+    QFETCH(QString, value);
+    QMap<QString, QString> options{{"--local", NKPM_EXAMPLE_CATALOGUE}, {"--data", path("data")}};
+    options[option] = value;
+    QStringList arguments{"--screenshot", path("picture.png")};
+    for (auto each = options.cbegin(); each != options.cend(); ++each)
+        arguments << each.key() << each.value();
+    const CallResult result = run(arguments);
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.startsWith("norvak-catalogue: "), qPrintable(result.errors));
+    QVERIFY2(result.errors.contains(value), qPrintable(result.errors));
+    QVERIFY2(result.errors.count('\n') <= 2, qPrintable(result.errors));
+    QVERIFY(!QFile::exists(path("picture.png")));
 }
 
 QTEST_GUILESS_MAIN(CatalogueProgramTest)
-
 #include "tst_catalogueprogram.moc"

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "support/programcall.h"
 #include "support/testfiles.h"
 
 #include <QDir>
 #include <QDirIterator>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -23,26 +23,21 @@ private Q_SLOTS:
     void publishesServesAndInstalls();
 
 private:
-    QString tour(int *exitCode) const;
+    CallResult tour() const
+    {
+        return call(
+            "bash",
+            {NKPM_TOUR, NKPM_PROGRAM, NKLEDGER, NKPM_EXAMPLE_CATALOGUE, m_directory.path()});
+    }
 
     QTemporaryDir m_directory;
 };
 
-QString TestTour::tour(int *exitCode) const
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(
-        "bash", {NKPM_TOUR, NKPM_PROGRAM, NKLEDGER, NKPM_EXAMPLE_CATALOGUE, m_directory.path()});
-    *exitCode = process.waitForFinished(280000) ? process.exitCode() : -1;
-    return process.readAll();
-}
-
 void TestTour::publishesServesAndInstalls()
 {
-    int exitCode = -1;
-    QString text = tour(&exitCode);
-    QVERIFY2(exitCode == 0, qPrintable(text));
+    const CallResult first = tour();
+    QVERIFY2(first.exitCode == 0, qPrintable(first.errors));
+    const QString text = first.output;
     QVERIFY2(text.contains("58 new signatures, 0 kept"), qPrintable(text));
 
     // What was installed over HTTP is what lies in the catalogue.
@@ -64,10 +59,10 @@ void TestTour::publishesServesAndInstalls()
     QVERIFY(!socket.waitForConnected(1000));
 
     // The second time nothing has to be signed or copied.
-    text = tour(&exitCode);
-    QVERIFY2(exitCode == 0, qPrintable(text));
-    QVERIFY2(text.contains("0 new signatures, 58 kept"), qPrintable(text));
-    QVERIFY(text.contains("unchanged"));
+    const CallResult second = tour();
+    QVERIFY2(second.exitCode == 0, qPrintable(second.errors));
+    QVERIFY2(second.output.contains("0 new signatures, 58 kept"), second.output);
+    QVERIFY(second.output.contains("unchanged"));
 }
 
 QTEST_GUILESS_MAIN(TestTour)

@@ -6,6 +6,7 @@
 #include "catalogue/linkcycles.h"
 #include "catalogue/strictjson.h"
 #include "cataloguetree.h"
+#include "support/columns.h"
 
 #include <QTest>
 
@@ -15,7 +16,7 @@
 
 using namespace nk::pm;
 using namespace nk::pm::publisher;
-using nk::pm::test::CatalogueTree;
+using namespace nk::pm::test;
 
 using Change = std::function<void(CatalogueTree &)>;
 Q_DECLARE_METATYPE(Change)
@@ -68,10 +69,9 @@ void tst_Catalogue::readsSoundTree()
 
 void tst_Catalogue::namesFault_data()
 {
-    QTest::addColumn<Change>("change");
-    QTest::addColumn<QString>("expected");
-    const auto row = [](const char *name, const QString &expected, const Change &change) {
-        QTest::newRow(name) << change << expected;
+    Columns<QString, Change> columns("expected", "change");
+    const auto row = [&](const char *name, const QString &expected, const Change &change) {
+        columns.row(name, expected, change);
     };
 
     row("no catalogue", "neither of the directories", [](CatalogueTree &tree) {
@@ -254,39 +254,39 @@ void tst_Catalogue::cyclesOfDenseGraphs()
 
 void tst_Catalogue::strictJson_data()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("canonical");
-    QTest::addColumn<QString>("fault");
-    const auto good = [](const char *name, const char *text, const char *canonical) {
-        QTest::newRow(name) << QByteArray(text) << QByteArray(canonical) << QString();
-    };
-    good("sorted keys", R"({"b":1,"a":[true,null]})", R"({"a":[true,null],"b":1})");
-    good("one key in two objects", R"({"a":{"k":1},"b":{"k":1}})", R"({"a":{"k":1},"b":{"k":1}})");
-    good("surrogate pair", R"({"a":"\ud83d\ude00"})", "{\"a\":\"\xf0\x9f\x98\x80\"}");
-    good("largest exact integer", R"({"a":-9007199254740991})", R"({"a":-9007199254740991})");
-    good("large float", R"({"a":1.0e300})", R"({"a":1e+300})");
-    good("zero below nothing", R"({"a":-0.0})", R"({"a":0})");
-
-    const auto bad = [](const char *name, const QByteArray &text, const char *fault) {
-        QTest::newRow(name) << text << QByteArray() << QString(fault);
-    };
-    bad("nothing", "", "parse error");
-    bad("text behind the object", "{}{}", "parse error");
-    bad("key twice", R"({"a":1,"a":1})", "appears twice");
-    bad("key twice, escaped", R"({"\u00fc":1,"ü":1})", "appears twice");
-    bad("high surrogate alone", R"({"a":"\ud83d"})", "surrogate");
-    bad("low surrogate alone", R"({"a":"\ude00"})", "surrogate");
-    bad("lone surrogate in a key", R"({"\ud83dx":1})", "surrogate");
-    bad("surrogate in UTF-8", "{\"a\":\"\xed\xa0\x80\"}", "ill-formed UTF-8");
-    bad("overlong UTF-8", "{\"a\":\"\xc0\x80\"}", "ill-formed UTF-8");
-    bad("number above the double range", R"({"a":1e400})", "number overflow");
-    bad("number below the double range", R"({"a":[-1e400]})", "number overflow");
-    bad("integer that a double rounds", R"({"a":9007199254740993})", "more digits");
-    bad("negative integer that a double rounds", R"({"a":-9007199254740993})", "more digits");
-    bad("integer of thirty digits", R"({"a":123456789012345678901234567890})", "more digits");
-    bad("a string", R"("a")", "not a JSON object");
-    bad("array without end", QByteArray(200000, '['), "parse error");
-    bad("deep nesting", "{\"a\":" + QByteArray(5000, '[') + QByteArray(5000, ']') + "}", "deep");
+    Columns<QByteArray, QByteArray, QString>("text", "canonical", "fault")
+        .row("sorted keys", R"({"b":1,"a":[true,null]})", R"({"a":[true,null],"b":1})", "")
+        .row(
+            "one key in two objects", R"({"a":{"k":1},"b":{"k":1}})",
+            R"({"a":{"k":1},"b":{"k":1}})", "")
+        .row("surrogate pair", R"({"a":"\ud83d\ude00"})", "{\"a\":\"\xf0\x9f\x98\x80\"}", "")
+        .row(
+            "largest exact integer", R"({"a":-9007199254740991})", R"({"a":-9007199254740991})", "")
+        .row("large float", R"({"a":1.0e300})", R"({"a":1e+300})", "")
+        .row("zero below nothing", R"({"a":-0.0})", R"({"a":0})", "")
+        .row("nothing", "", "", "parse error")
+        .row("text behind the object", "{}{}", "", "parse error")
+        .row("key twice", R"({"a":1,"a":1})", "", "appears twice")
+        .row("key twice, escaped", R"({"\u00fc":1,"ü":1})", "", "appears twice")
+        .row("high surrogate alone", R"({"a":"\ud83d"})", "", "surrogate")
+        .row("low surrogate alone", R"({"a":"\ude00"})", "", "surrogate")
+        .row("lone surrogate in a key", R"({"\ud83dx":1})", "", "surrogate")
+        .row("surrogate in UTF-8", "{\"a\":\"\xed\xa0\x80\"}", "", "ill-formed UTF-8")
+        .row("overlong UTF-8", "{\"a\":\"\xc0\x80\"}", "", "ill-formed UTF-8")
+        .row("number above the double range", R"({"a":1e400})", "", "number overflow")
+        .row("number below the double range", R"({"a":[-1e400]})", "", "number overflow")
+        .row("integer that a double rounds", R"({"a":9007199254740993})", "", "more digits")
+        .row(
+            "negative integer that a double rounds", R"({"a":-9007199254740993})", "",
+            "more digits")
+        .row(
+            "integer of thirty digits", R"({"a":123456789012345678901234567890})", "",
+            "more digits")
+        .row("a string", R"("a")", "", "not a JSON object")
+        .row("array without end", QByteArray(200000, '['), "", "parse error")
+        .row(
+            "deep nesting", "{\"a\":" + QByteArray(5000, '[') + QByteArray(5000, ']') + "}", "",
+            "deep");
 }
 
 void tst_Catalogue::strictJson()
