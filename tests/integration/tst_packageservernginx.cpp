@@ -45,7 +45,6 @@ private Q_SLOTS:
     void initTestCase();
     void wholeCycle();
     void serverGoesAwayAndComesBack();
-    void cycleWithPackedAnswers();
 
 private:
     /// Polls \a source; the new lines of the log.
@@ -73,31 +72,30 @@ QStringList tst_PackageServerNginx::poll(PackageServer &source)
 
 void tst_PackageServerNginx::wholeCycle()
 {
-    nk::account::Service service("cycle", m_server->url("/"), &m_manager);
-    m_server->addFile("api/v1/ledger", ledgerOf("de"));
-    PackageServer source(&service);
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QTRY_COMPARE_WITH_TIMEOUT(updates.count(), 1, 60000);
-    QCOMPARE(languageOf(source), QString("de"));
-    QCOMPARE(poll(source), QStringList({noChanges}));
+    // A server that would pack its answer, and then weaken the ETag, has no reason to.
+    for (const QString path : {"/", "/gzip/"}) {
+        nk::account::Service service("cycle" + path.mid(1, 4), m_server->url(path), &m_manager);
+        m_server->addFile("api/v1/ledger", ledgerOf("de") + QByteArray(100000, ' '));
+        PackageServer source(&service);
+        QSignalSpy updates(&source, &PackageSource::updateRequired);
+        QTRY_COMPARE_WITH_TIMEOUT(updates.count(), 1, 60000);
+        QCOMPARE(languageOf(source), QString("de"));
+        QCOMPARE(poll(source), QStringList({noChanges}));
 
-    m_server->addFile("api/v1/ledger", ledgerOf("fr") + "longer"); // another size, another ETag
-    const QStringList lines = poll(source);
-    QVERIFY2(
-        lines.value(0).startsWith(
-            "debug: Package server update complete - Received new ledger with ETag \"\\\""),
-        qPrintable(lines.join('\n')));
-    QCOMPARE(updates.count(), 2);
-    QCOMPARE(languageOf(source), QString("fr"));
-    source.persist();
-    QThreadPool::globalInstance()->waitForDone();
+        m_server->addFile("api/v1/ledger", ledgerOf("fr")); // another size, another ETag
+        QVERIFY(poll(source).value(0).contains("Received new ledger with ETag \"\\\""));
+        QCOMPARE(updates.count(), 2);
+        QCOMPARE(languageOf(source), QString("fr"));
+        source.persist();
+        QThreadPool::globalInstance()->waitForDone();
 
-    // The next start: what is on disk is confirmed with the ETag that was persisted.
-    PackageServer restarted(&service);
-    QSignalSpy news(&restarted, &PackageSource::updateRequired);
-    QCOMPARE(languageOf(restarted), QString("fr"));
-    QCOMPARE(poll(restarted), QStringList({noChanges}));
-    QCOMPARE(news.count(), 0);
+        // The next start: what is on disk is confirmed with the ETag that was persisted.
+        PackageServer restarted(&service);
+        QSignalSpy news(&restarted, &PackageSource::updateRequired);
+        QCOMPARE(languageOf(restarted), QString("fr"));
+        QCOMPARE(poll(restarted), QStringList({noChanges}));
+        QCOMPARE(news.count(), 0);
+    }
 }
 
 void tst_PackageServerNginx::serverGoesAwayAndComesBack()
@@ -113,19 +111,6 @@ void tst_PackageServerNginx::serverGoesAwayAndComesBack()
     m_server->restart();
     QCOMPARE(poll(source), QStringList({noChanges}));
     QCOMPARE(updates.count(), 1);
-}
-
-void tst_PackageServerNginx::cycleWithPackedAnswers()
-{
-    // A server that would pack its answer, and then weaken the ETag, has no reason to.
-    nk::account::Service service("packed", m_server->url("/gzip/"), &m_manager);
-    const QByteArray ledger = ledgerOf("de") + QByteArray(100000, ' ');
-    m_server->addFile("api/v1/ledger", ledger);
-    PackageServer source(&service);
-    QSignalSpy updates(&source, &PackageSource::updateRequired);
-    QTRY_COMPARE_WITH_TIMEOUT(updates.count(), 1, 60000);
-    QCOMPARE(languageOf(source), QString("de"));
-    QCOMPARE(poll(source), QStringList({noChanges}));
 }
 
 QTEST_GUILESS_MAIN(tst_PackageServerNginx)
