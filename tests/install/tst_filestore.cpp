@@ -28,7 +28,7 @@ class FileStoreTest : public QObject
     Q_OBJECT
 
 private:
-    QStringList filesInStore() const;
+    QStringList filesInStore() const { return filesBelow(m_data.filePath("packages")); }
     FileStoreTarget *target(const QByteArray &content)
     {
         return m_store->createTarget(digestOf(content), QCryptographicHash::Sha224);
@@ -61,16 +61,6 @@ private Q_SLOTS:
     void obstacleFailsTheCommit();
     void fullDisk();
 };
-
-QStringList FileStoreTest::filesInStore() const
-{
-    QStringList files;
-    QDirIterator it(
-        m_data.filePath("packages"), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (it.hasNext())
-        files.append(it.next());
-    return files;
-}
 
 void FileStoreTest::init()
 {

@@ -5,29 +5,22 @@
 #include "install/installlocationroot.h"
 #include "install/packageserverinstaller.h"
 #include "support/filesizelimit.h"
-#include "support/httptestserver.h"
+#include "support/ledgerbuilder.h"
+#include "support/ledgerserver.h"
 #include "support/scopeddatalocation.h"
 #include "support/testfiles.h"
 
-#include <QNetworkAccessManager>
 #include <QtTest>
-#include <norvakaccount/service.h>
 #include <sys/resource.h>
 
 using namespace nk::pm;
 using namespace nk::pm::test;
-using nk::account::Service;
 
 namespace {
 
-QByteArray rawDigest(const QByteArray &content)
-{
-    return QCryptographicHash::hash(content, QCryptographicHash::Sha224);
-}
-
 QString hexDigest(const QByteArray &content)
 {
-    return rawDigest(content).toHex();
+    return fileHash(content).toHex();
 }
 
 QStringList entries(const QDir &directory)
@@ -64,20 +57,18 @@ private:
     /// Puts \a content on the server, and its digest and \a name into the package.
     void serve(const QString &name, const QByteArray &content)
     {
-        m_answers.insert(
-            "/api/v1/ledger/" + rawDigest(content).toHex(), HttpTestAnswer::ok(content));
-        m_files.insert(rawDigest(content), name);
+        serve(name, content, HttpTestAnswer::ok(content));
     }
     /// As serve(), but the server answers with \a answer.
     void serve(const QString &name, const QByteArray &content, const HttpTestAnswer &answer)
     {
-        serve(name, content);
-        m_answers.insert("/api/v1/ledger/" + rawDigest(content).toHex(), answer);
+        m_server->answerFileWith(content, answer);
+        m_files.insert(fileHash(content), name);
     }
     std::unique_ptr<PackageServerInstaller> install()
     {
         return std::make_unique<PackageServerInstaller>(
-            m_files, m_service.get(), m_store, m_location);
+            m_files, m_server->service(), m_store, m_location);
     }
     static QString downloadError(const QByteArray &content, int code)
     {
@@ -95,24 +86,12 @@ private:
     {
         return QString("4 Failed to install file %1 (%2)").arg(name, hexDigest(content));
     }
-    QStringList storedFiles() const
-    {
-        QStringList files;
-        QDirIterator it(
-            m_data.filePath("packages/files"), QDir::Files | QDir::Hidden,
-            QDirIterator::Subdirectories);
-        while (it.hasNext())
-            files.append(it.next());
-        return files;
-    }
+    QStringList storedFiles() const { return filesBelow(m_data.filePath("packages/files")); }
 
     ScopedDataLocation m_data;
-    QNetworkAccessManager m_manager;
-    std::unique_ptr<HttpTestServer> m_server;
-    std::unique_ptr<Service> m_service;
+    std::unique_ptr<LedgerServer> m_server;
     QSharedPointer<FileStore> m_store;
     InstallLocation m_location;
-    QHash<QByteArray, HttpTestAnswer> m_answers;
     Files m_files;
 
 private Q_SLOTS:
@@ -136,12 +115,8 @@ private Q_SLOTS:
 
 void PackageServerInstallerTest::init()
 {
-    m_answers.clear();
     m_files.clear();
-    m_server = std::make_unique<HttpTestServer>([this](const HttpTestRequest &request) {
-        return m_answers.value(request.target, HttpTestAnswer::of(404));
-    });
-    m_service = std::make_unique<Service>("uuid", m_server->url(), &m_manager);
+    m_server = std::make_unique<LedgerServer>();
     m_store = FileStore::instance();
     m_location = InstallLocationRoot::createLocation().subLocation("type/id");
 }
@@ -166,7 +141,7 @@ void PackageServerInstallerTest::downloadsWhatTheStoreLacks()
     QSignalSpy spy(installer.get(), &PackageInstaller::statusChanged);
     QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
     QCOMPARE(spy.count(), 1);
-    QCOMPARE(m_server->requestCount(), 3);
+    QCOMPARE(m_server->http().requestCount(), 3);
     QCOMPARE(entries(m_location.directory(false)), (QStringList{"a", "b", "name %1 %2"}));
     QVERIFY(readFile(m_location.pathToFile("b")) == large);
     QVERIFY(installer->findChildren<FileStoreTarget *>().isEmpty());
@@ -175,7 +150,7 @@ void PackageServerInstallerTest::downloadsWhatTheStoreLacks()
     m_location = InstallLocationRoot::createLocation();
     installer = install();
     QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
-    QCOMPARE(m_server->requestCount(), 4);
+    QCOMPARE(m_server->http().requestCount(), 4);
     QCOMPARE(
         entries(m_location.directory(false)), (QStringList{".lock", "a", "b", "c", "name %1 %2"}));
 }
@@ -184,11 +159,11 @@ void PackageServerInstallerTest::withoutFilesOrService()
 {
     const auto empty = install();
     QTRY_COMPARE(empty->status(), PackageInstaller::Succeeded);
-    QCOMPARE(m_server->requestCount(), 0);
+    QCOMPARE(m_server->http().requestCount(), 0);
     QVERIFY(!m_location.directory(false).exists());
 
     serve("a", "alpha");
-    m_service.reset();
+    m_server->removeService();
     const auto installer = install();
     QCOMPARE(installer->status(), PackageInstaller::Failed); // at once
     QCOMPARE(errorsOf(*installer), QStringList("1 No service for package file download"));
@@ -218,7 +193,7 @@ void PackageServerInstallerTest::brokenAnswersAreFailedDownloads()
     for (const HttpTestAnswer &answer :
          {whole.cutAt(20), whole.cutAt(whole.bytes.size() - 1),
           HttpTestAnswer::raw("HTTP/1.1 200 OK\r\n\r\nalpha").cutAt(INT_MAX),
-          HttpTestAnswer::redirect("/api/v1/ledger/" + rawDigest("alpha").toHex()),
+          HttpTestAnswer::redirect("/base/api/v1/ledger/" + fileHash("alpha").toHex()),
           HttpTestAnswer::redirect("file:///etc/hostname")}) {
         serve("a", "alpha", answer);
         const auto installer = install();
@@ -242,7 +217,7 @@ void PackageServerInstallerTest::wrongContentIsReportedOnce()
 
     installer = install();
     QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
-    QCOMPARE(m_server->requestCount(), 2);
+    QCOMPARE(m_server->http().requestCount(), 2);
 }
 
 void PackageServerInstallerTest::nothingToWriteTo()
@@ -261,7 +236,7 @@ void PackageServerInstallerTest::nothingToWriteTo()
             {downloadError("alpha", 0), installError("a", "alpha"),
              "2 Download of ./api/v1/ledger/616263 failed with code 0",
              "4 Failed to install file digest that is too short (616263)"}));
-    QCOMPARE(m_server->requestCount(), 1);
+    QCOMPARE(m_server->http().requestCount(), 1);
     QCOMPARE(entries(m_location.directory(false)), QStringList("b"));
 }
 
@@ -297,10 +272,7 @@ void PackageServerInstallerTest::hostileNamesStayInside()
         QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
         QCOMPARE(errorsOf(*installer), QStringList(installError(name, "alpha")));
     }
-    QDirIterator it(
-        m_data.path(), {"*escaped*"}, QDir::AllEntries | QDir::Hidden,
-        QDirIterator::Subdirectories);
-    QVERIFY(!it.hasNext());
+    QCOMPARE(filesBelow(m_data.path()).filter("escaped"), QStringList());
 }
 
 void PackageServerInstallerTest::destroyedInAnyPhase_data()
@@ -321,13 +293,13 @@ void PackageServerInstallerTest::destroyedInAnyPhase()
     const auto running = [&] { return installer->findChildren<nk::Request *>().size(); };
     QCOMPARE(running(), 2);
     if (answered >= 0)
-        QTRY_COMPARE(m_server->requestCount(), 2);
+        QTRY_COMPARE(m_server->http().requestCount(), 2);
     if (answered == 2)
         QTRY_VERIFY(installer->findChild<QFutureWatcherBase *>() || installer->isFinished());
     else
         QTRY_COMPARE(running(), 2 - qMax(0, answered));
     installer.reset();
-    QTRY_COMPARE(m_server->heldCount(), 0);
+    QTRY_COMPARE(m_server->http().heldCount(), 0);
     QThreadPool::globalInstance()->waitForDone();
     // What a commit had begun with is there as a whole, and the rest left nothing.
     for (const QString &path : storedFiles()) {
@@ -335,11 +307,9 @@ void PackageServerInstallerTest::destroyedInAnyPhase()
         QCOMPARE(path, m_store->filePath(hexDigest(readFile(path))));
     }
 
+    m_server->addFile("alpha");
+    m_server->addFile("beta");
     const auto again = install();
-    m_server->setHandler([](const HttpTestRequest &request) {
-        return HttpTestAnswer::ok(
-            request.target.endsWith(rawDigest("alpha").toHex()) ? "alpha" : "beta");
-    });
     QTRY_COMPARE(again->status(), PackageInstaller::Succeeded);
 }
 
@@ -379,9 +349,9 @@ void PackageServerInstallerTest::serviceDiesOnTheWay()
 {
     serve("a", "alpha", HttpTestAnswer::silence());
     const auto installer = install();
-    QTRY_COMPARE(m_server->heldCount(), 1);
-    m_service.reset();
-    m_server->answerHeld(HttpTestAnswer::ok("alpha"));
+    QTRY_COMPARE(m_server->http().heldCount(), 1);
+    m_server->removeService();
+    m_server->http().answerHeld(HttpTestAnswer::ok("alpha"));
     QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
 }
 
@@ -400,7 +370,7 @@ void PackageServerInstallerTest::manySmallFiles()
     ::setrlimit(RLIMIT_NOFILE, &previous);
     QCOMPARE(entries(m_location.directory(false)).size(), count);
     QCOMPARE(readFile(m_location.pathToFile("file 1999")), numberedContent(1999, 100));
-    QCOMPARE(m_manager.findChildren<nk::Request *>().size(), 0);
+    QCOMPARE(m_server->manager()->findChildren<nk::Request *>().size(), 0);
 }
 
 QTEST_GUILESS_MAIN(PackageServerInstallerTest)

@@ -8,7 +8,6 @@
 #include "repository/packagerepository.h"
 #include "sources/couchdbpackagesource.h"
 #include "support/couchdbserver.h"
-#include "support/httptestserver.h"
 #include "support/scopeddatalocation.h"
 
 #include <QNetworkAccessManager>
@@ -17,9 +16,6 @@
 
 using namespace nk::pm;
 using nk::pm::test::CouchDBServer;
-using nk::pm::test::HttpTestAnswer;
-using nk::pm::test::HttpTestRequest;
-using nk::pm::test::HttpTestServer;
 using nk::pm::test::ScopedDataLocation;
 
 namespace {
@@ -102,7 +98,6 @@ private Q_SLOTS:
     void answersWithoutETag_data();
     void answersWithoutETag();
     void needsCredentials();
-    void wrongDigestIsReported();
 };
 
 void TestCouchDB::followsTheDatabase()
@@ -245,22 +240,6 @@ void TestCouchDB::needsCredentials()
     QVERIFY(reader.waitForPackages({"a"}));
     PackageReference *reference = reader.repository.packageReference("a");
     QVERIFY(reader.waitForStatus(reference, PackageReference::Installed));
-}
-
-void TestCouchDB::wrongDigestIsReported()
-{
-    ScopedDataLocation data;
-    const QByteArray view = R"({"rows":[{"key":["package"],"value":{"_id":"package:a",
-        "packageType":"x","_attachments":{"a.bin":{"digest":"md5-XUFAKrxLKna5cZ2REBfFkg=="}}}}]})";
-    HttpTestServer server([view](const HttpTestRequest &request) {
-        return HttpTestAnswer::ok(request.target.contains("_view") ? view : "not hello");
-    });
-    Application application(server.url("/db"));
-    QVERIFY(application.waitForPackages({"a"}));
-    QTest::ignoreMessage(
-        QtCriticalMsg, QRegularExpression("^Package install error 2 .*\\(code 1\\)"));
-    PackageReference *reference = application.repository.packageReference("a");
-    QVERIFY(application.waitForStatus(reference, PackageReference::Incomplete));
 }
 
 QTEST_GUILESS_MAIN(TestCouchDB)

@@ -4,6 +4,7 @@
 #include "install/filestore.h"
 #include "sources/couchdbsnapshots.h"
 #include "sources/ledgerstore.h"
+#include "support/ledgerbuilder.h"
 #include "support/scopeddatalocation.h"
 #include "support/testfiles.h"
 
@@ -75,13 +76,11 @@ QStringList ledgersOf(const ScopedDataLocation &data, const QString &name, int c
 int wholeFiles(const ScopedDataLocation &data)
 {
     int count = 0;
-    QDirIterator it(data.filePath("packages/files"), QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QByteArray content = readFile(it.next());
-        const QString digest = QFileInfo(it.fileInfo().path()).fileName() + it.fileName();
+    for (const QString &path : filesBelow(data.filePath("packages/files"))) {
+        const QString digest = path.section('/', -2).remove('/');
         if (!FileStore::isValidDigest(digest))
             continue; // a temporary file, which no lookup sees
-        if (QCryptographicHash::hash(content, QCryptographicHash::Sha224).toHex() != digest)
+        if (fileHash(readFile(path)).toHex() != digest)
             return -1;
         ++count;
     }

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include <norvakdataabstraction/datafield.h>
 #include <norvakdataabstraction/linkeddocument.h>
 
 #include "support/filesizelimit.h"
@@ -76,6 +77,9 @@ private Q_SLOTS:
     void whatIsNoReference();
     void references();
     void attachReferences();
+    void fieldValues_data();
+    void fieldValues();
+    void fieldWithoutDocument();
 
 private:
     QTemporaryDir m_directory;
@@ -289,6 +293,42 @@ void TestLinkedDocument::attachReferences()
     for (const Lamp *lamp : context.findChildren<Lamp *>())
         names += lamp->objectName();
     QCOMPARE(names, (QStringList{"desk", "bed"}));
+}
+
+void TestLinkedDocument::fieldValues_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QJsonValue>("stored");
+    QTest::addColumn<QVariant>("read");
+    QTest::newRow("text") << QVariant("x") << QJsonValue("x") << QVariant("x");
+    QTest::newRow("list") << QVariant(QStringList{"a", "b"}) << QJsonValue(QJsonArray{"a", "b"})
+                          << QVariant(QVariantList{"a", "b"});
+    QTest::newRow("none removes") << QVariant() << QJsonValue(QJsonValue::Undefined) << QVariant();
+}
+
+void TestLinkedDocument::fieldValues()
+{
+    QFETCH(QVariant, value);
+    QFETCH(QVariant, read);
+    LinkedDocument document;
+    DataField field;
+    field.setName("title");
+    document.setStructValue("key", "title", "before");
+    document.setStructValue("key", "size", 3);
+    field.write(&document, "key", value);
+    QTEST(document.getStructValue("key", "title"), "stored");
+    QCOMPARE(document.getStructValue("key", "size"), QJsonValue(3));
+    QCOMPARE(field.read(&document, "key"), read);
+    QCOMPARE(field.convert(value), read);
+    QVERIFY(field.compare(value, read));
+    QVERIFY(!field.compare(value, QVariant("something else")));
+}
+
+void TestLinkedDocument::fieldWithoutDocument()
+{
+    DataField field;
+    field.write(nullptr, "a", 1);
+    QVERIFY(!field.read(nullptr, "a").isValid());
 }
 
 QTEST_GUILESS_MAIN(TestLinkedDocument)

@@ -127,7 +127,6 @@ private Q_SLOTS:
     void exchange_data();
     void exchange();
 
-    void requestIsReportedAsTolerantLatin1();
     void everyStatusButOkLeavesTheConnectionWaiting();
     void answerForNobody();
     void contentTypeComesFromTheFirstBytes();
@@ -136,13 +135,11 @@ private Q_SLOTS:
     void answersKeepTheirOrderWhileABodyDrains();
     void closeWaitsForTheBodyBeforeIt();
     void clientThatStopsReadingCostsLittle();
-    void refusalReachesAClientThatSendsOn();
     void clientThatFinishedSendingGetsItsAnswer();
     void clientThatLeavesMidBody();
     void fileThatShrinksWhileSent();
     void fileThatGrowsAndGoesWhileSent();
 
-    void headerFlood();
     void endlessLine();
     void manyRequestsLeaveNothingBehind();
 };
@@ -216,17 +213,6 @@ void TestFileProxyConnection::exchange()
         QCOMPARE(client.received(), answer);
         QTRY_COMPARE(site.closedCount, closed ? 1 : 0);
     }
-}
-
-void TestFileProxyConnection::requestIsReportedAsTolerantLatin1()
-{
-    Site site;
-    RawClient client(site.port());
-    client.send(get("/a%20b c?\xe4#x"));
-    QTRY_COMPARE(site.requests.size(), 1);
-    QCOMPARE(
-        site.requests.first(), QUrl(QString::fromLatin1("/a%20b c?\xe4#x"), QUrl::TolerantMode));
-    QCOMPARE(site.connection->requestTarget(), QByteArray("/a%20b c?\xe4#x"));
 }
 
 void TestFileProxyConnection::everyStatusButOkLeavesTheConnectionWaiting()
@@ -325,7 +311,7 @@ void TestFileProxyConnection::closeWaitsForTheBodyBeforeIt()
     const QByteArray &large = largeContent();
     site.addFile("large", large);
     RawClient client(site.port(), RawClient::Waits);
-    client.send(get("/large") + get("/later") + get("/never-read") + QByteArray(mebibyte, 'x'));
+    client.send(get("/large") + get("/later") + get("/never-read") + QByteArray(4 * mebibyte, 'x'));
     QTRY_COMPARE(site.requests.size(), 2);
     client.startReading();
     QTRY_VERIFY(client.isClosed());
@@ -361,17 +347,6 @@ void TestFileProxyConnection::clientThatStopsReadingCostsLittle()
     QTRY_COMPARE_WITH_TIMEOUT(client.received().size(), count * answer.size(), 60000);
     for (int i = 0; i < count; ++i)
         QVERIFY(client.received().mid(i * answer.size(), answer.size()) == answer);
-}
-
-void TestFileProxyConnection::refusalReachesAClientThatSendsOn()
-{
-    Site site;
-    RawClient client(site.port(), RawClient::Waits);
-    client.send(get("/later") + get("/later") + QByteArray(4 * mebibyte, 'x'));
-    QTRY_COMPARE(site.closedCount, 1);
-    client.startReading();
-    QTRY_VERIFY(client.isClosed());
-    QCOMPARE(client.received(), badRequest);
 }
 
 void TestFileProxyConnection::clientThatFinishedSendingGetsItsAnswer()
@@ -427,19 +402,6 @@ void TestFileProxyConnection::fileThatGrowsAndGoesWhileSent()
     const QByteArray all = fileAnswer(large) + fileAnswer("small\n");
     QTRY_COMPARE(client.received().size(), all.size());
     QVERIFY(client.received() == all);
-}
-
-void TestFileProxyConnection::headerFlood()
-{
-    Site site;
-    site.addFile("hello", "hello\n");
-    RawClient client(site.port());
-    client.send("GET /hello HTTP/1.1\r\n");
-    QByteArray headers;
-    for (int i = 0; i < 100000; ++i)
-        headers += "X-" + QByteArray::number(i) + ": " + QByteArray(i % 100, 'v') + "\r\n";
-    client.send(headers + "\r\n");
-    QTRY_COMPARE(client.received(), fileAnswer("hello\n"));
 }
 
 void TestFileProxyConnection::endlessLine()

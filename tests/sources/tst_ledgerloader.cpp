@@ -7,11 +7,14 @@
 #include "support/ledgerbuilder.h"
 #include "support/logrecorder.h"
 
+#include <QCryptographicHash>
 #include <QRandomGenerator>
 #include <QtConcurrent>
 #include <QtTest>
 
 #include <atomic>
+#include <thread>
+#include <vector>
 
 using namespace nk::pm;
 using namespace nk::pm::test;
@@ -72,6 +75,23 @@ int touch(const LedgerTables &tables)
     return sum;
 }
 
+SignatureDigest digest(int number)
+{
+    SignatureDigest digest;
+    const QByteArray bytes =
+        QCryptographicHash::hash(QByteArray::number(number), QCryptographicHash::Sha3_256);
+    std::copy(bytes.begin(), bytes.end(), digest.bytes.begin());
+    return digest;
+}
+
+QVector<SignatureDigest> digests(int from, int to)
+{
+    QVector<SignatureDigest> list;
+    for (int i = from; i < to; ++i)
+        list.append(digest(i));
+    return list;
+}
+
 } // namespace
 
 class tst_LedgerLoader : public QObject
@@ -82,8 +102,6 @@ private Q_SLOTS:
     void init() { m_log.reset(new LogRecorder("norvak.packageserver.ledger")); }
     void cleanup() { m_log.reset(); }
     void writesEachStep();
-    void structureLines_data();
-    void structureLines();
     void recordLines_data();
     void refusedLedgerKeepsLanguagesAndTypes();
     void recordLines();
@@ -97,6 +115,9 @@ private Q_SLOTS:
     void loadsOnAFullPool();
     void knownSignaturesChangeNoAnswer();
     void knownSignaturesOfAnotherKeyDontCount();
+    void snapshotsOfTheKnownStayAsTheyAre();
+    void knownSignaturesAreBounded();
+    void manyThreadsRemember();
 
 private:
     QScopedPointer<LogRecorder> m_log;
@@ -124,37 +145,6 @@ void tst_LedgerLoader::writesEachStep()
                }));
     const QRegularExpression took("^debug: Ledger parsing took [0-9.e-]+ msecs$");
     QVERIFY2(took.match(last).hasMatch(), qPrintable(last));
-}
-
-void tst_LedgerLoader::structureLines_data()
-{
-    QTest::addColumn<int>("offset");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("line");
-    const auto row = [](const char *line, int offset, const QByteArray &bytes) {
-        QTest::newRow(line) << offset << bytes << QString(line);
-    };
-    row("Ledger data missing magic bytes \"ldgr\"", 0, "L");
-    row("Ledger version mismatch, must be 1.0", 5, u8(1));
-    row("Invalid offset table entry \".abc\"", 6, ".abc");
-    row("Invalid offset 37 for offset able entry \".iss\"", 10, u32(37));
-    row("Invalid offset 48 for offset able entry \".iss\" (No such section at that offset)", 10,
-        u32(48));
-    row("Segment \".lnk\" has out of bounds section size 12", 80, u32(12));
-    row("Incomplete ledger data, missing segments: QSet(\".lnk\")", 30, ".iss" + u32(38));
-    row("Invalid ledger structure, misaligned segments", 52, u32(5));
-}
-
-void tst_LedgerLoader::structureLines()
-{
-    QFETCH(int, offset);
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, line);
-    load(LedgerBuilder().build().replace(offset, bytes.size(), bytes), {});
-    QCOMPARE(m_log->lines("critical"), QStringList({line, "Parsing of package ledger failed"}));
-    QCOMPARE(m_log->lines("debug").contains("Basic header verification OK"), offset >= 6);
-    QVERIFY(!m_log->lines("debug").contains("Offset table parsing OK"));
-    QVERIFY(m_log->lines().constLast().startsWith("debug: Ledger parsing took"));
 }
 
 void tst_LedgerLoader::recordLines_data()
@@ -373,6 +363,49 @@ void tst_LedgerLoader::knownSignaturesOfAnotherKeyDontCount()
     QCOMPARE(loadLedger(second.build(), second.trustKey(), known).packages.size(), 0);
     // And a stranger's issuer isn't accepted because its packages are known.
     QCOMPARE(loadLedger(first.build(), second.trustKey(), known).packages.size(), 0);
+}
+
+void tst_LedgerLoader::snapshotsOfTheKnownStayAsTheyAre()
+{
+    VerifiedSignatures signatures;
+    const auto nothing = signatures.snapshot();
+    signatures.remember(digests(0, 3));
+    const auto three = signatures.snapshot();
+    signatures.remember(digests(2, 5));
+    QCOMPARE(signatures.snapshot()->size(), 5);
+    QVERIFY(signatures.snapshot()->contains(digest(4)));
+    signatures.clear();
+    QVERIFY(signatures.snapshot()->isEmpty());
+    QVERIFY(nothing->isEmpty());
+    QCOMPARE(three->size(), 3);
+    QVERIFY(three->contains(digest(2)));
+}
+
+void tst_LedgerLoader::knownSignaturesAreBounded()
+{
+    VerifiedSignatures signatures(10);
+    signatures.remember(digests(0, 6));
+    signatures.remember(digests(6, 12));
+    QVERIFY(signatures.snapshot()->size() <= 10);
+    QVERIFY(signatures.snapshot()->contains(digest(11)));
+    signatures.remember(digests(100, 200));
+    QCOMPARE(signatures.snapshot()->size(), 10);
+}
+
+void tst_LedgerLoader::manyThreadsRemember()
+{
+    VerifiedSignatures signatures;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number)
+        threads.emplace_back([&signatures, number] {
+            for (int start = number * 100; start < number * 100 + 100; start += 10) {
+                signatures.remember(digests(start, start + 10));
+                QVERIFY(signatures.snapshot()->contains(digest(start + 9)));
+            }
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+    QCOMPARE(signatures.snapshot()->size(), 400);
 }
 
 QTEST_GUILESS_MAIN(tst_LedgerLoader)

@@ -4,6 +4,7 @@
 #include "repository/packageaccessor.h"
 #include "sources/ledgerstore.h"
 #include "sources/packageserver.h"
+#include "sources/pollbackoff.h"
 #include "support/ledgerbuilder.h"
 #include "support/ledgerserver.h"
 #include "support/logrecorder.h"
@@ -15,6 +16,7 @@
 
 using namespace nk::pm;
 using namespace nk::pm::test;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -66,6 +68,7 @@ private Q_SLOTS:
     void answerWithoutEtag();
     void failuresKeepTheLedger();
     void onePollAtATime();
+    void delaysDoubleUpToTheirLimitAndStartAnew();
     void ticksWaitForTheDeadline();
     void persistsAndStartsWithoutNetwork();
     void persistsOnce();
@@ -207,6 +210,18 @@ void tst_PackageServer::onePollAtATime()
     server.http().answerHeld(HttpTestAnswer::ok(ledgerOf("de")));
     QTRY_COMPARE(updates.count(), 1);
     QCOMPARE(server.http().requestCount(), 1);
+}
+
+void tst_PackageServer::delaysDoubleUpToTheirLimitAndStartAnew()
+{
+    PollBackoff backoff;
+    for (int round = 0; round < 2; ++round) {
+        for (const auto delay : {5s, 10s, 20s, 40s, 80s, 160s, 320s, 320s})
+            QCOMPARE(backoff.afterFailure().count(), delay.count());
+        for (int i = 0; i < 100; ++i)
+            QCOMPARE(backoff.afterFailure().count(), (320s).count());
+        QCOMPARE(backoff.afterSuccess().count(), (120s).count());
+    }
 }
 
 void tst_PackageServer::ticksWaitForTheDeadline()

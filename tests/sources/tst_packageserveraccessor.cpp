@@ -117,11 +117,8 @@ void tst_PackageServerAccessor::cleanup()
     m_log.reset();
     QThreadPool::globalInstance()->waitForDone();
     m_store.reset();
-    QDirIterator it(
-        m_data.filePath("packages/files"), QDir::Files | QDir::Hidden,
-        QDirIterator::Subdirectories);
-    while (it.hasNext())
-        QVERIFY(QFile::remove(it.next()));
+    for (const QString &file : filesBelow(m_data.filePath("packages/files")))
+        QVERIFY(QFile::remove(file));
 }
 
 void tst_PackageServerAccessor::describesPackages()
@@ -194,7 +191,8 @@ void tst_PackageServerAccessor::describesKeywords()
     builder.addKeyword(
         0, "tree",
         {{2, {"arbre"}}, {0, {QByteArray("Baum\0B\xc3\xa4ume\0rest", 16), "Geh\xc3\xb6lz"}}});
-    builder.addKeyword(3, "1:72", {{1, {"1:72"}}});
+    // The later group of a language replaces the earlier.
+    builder.addKeyword(3, "1:72", {{1, {"old", "older"}}, {1, {"1:72"}}});
     builder.addKeyword(200, "", {});
     PackageServerAccessor accessor(nullptr, builder.build(), builder.trustKey());
     QCOMPARE(accessor.languages(), QStringList());
@@ -212,6 +210,8 @@ void tst_PackageServerAccessor::describesKeywords()
                    {QString::fromUtf8("de|Baum|B\xc3\xa4ume"),
                     QString::fromUtf8("de|Geh\xc3\xb6lz|"), "fr|arbre|"}));
     // A literal too has the language of its group here.
+    QCOMPARE(accessor.keywordInfo(1).strings.size(), 1);
+    QCOMPARE(accessor.keywordInfo(1).strings.at(0).string, QString("1:72"));
     QCOMPARE(accessor.keywordInfo(1).strings.at(0).language, QString("en"));
     QCOMPARE(accessor.keywordInfo(2).type, 200);
     QVERIFY(accessor.keywordInfo(2).strings.isEmpty());

@@ -4,7 +4,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
+#include <QStringList>
 
 namespace nk::pm::test {
 
@@ -16,6 +16,9 @@ QByteArray numberedContent(int number, int size);
 
 /// The content of the file \a path; null if it can't be read.
 QByteArray readFile(const QString &path);
+
+/// The paths of all files below \a directory, hidden ones too.
+QStringList filesBelow(const QString &directory);
 
 /// Makes a symbolic link at \a path that says \a target, whether or not that exists.
 void makeLink(const QString &path, const QString &target);
