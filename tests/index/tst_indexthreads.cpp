@@ -68,7 +68,6 @@ private Q_SLOTS:
     void init();
     void manyThreadsReadOneIndex();
     void buildsRunSideBySide();
-    void lastReaderDropsTheIndex();
 
 private:
     ScopedDataLocation m_data;
@@ -107,26 +106,6 @@ void TestIndexThreads::buildsRunSideBySide()
             agreeing += checksum(own) == expected;
         });
         QCOMPARE(int(agreeing), threadCount);
-    }
-}
-
-void TestIndexThreads::lastReaderDropsTheIndex()
-{
-    for (int round = 0; round < 20; ++round) {
-        auto index = buildIndex({&m_source});
-        const QWeakPointer<PackageIndex> watched = index;
-        std::vector<PackageList> lists;
-        for (int i = 0; i < threadCount; ++i)
-            lists.push_back(PackageIndex::selectPackages(index, {}, {}, {}));
-        index.reset();
-        std::atomic<int> manifests{0};
-        onThreads([&](int i) {
-            const PackageList own = std::move(lists[size_t(i)]);
-            manifests += own[i]->manifest().size() > 0;
-            lists[size_t(i)] = PackageList();
-        });
-        QCOMPARE(int(manifests), threadCount);
-        QVERIFY(watched.isNull());
     }
 }
 

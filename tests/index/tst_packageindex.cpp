@@ -94,6 +94,10 @@ private Q_SLOTS:
     void typeRangesCoverSubTypes();
     void typeOfManyLevelsHasBoundedRanges();
     void stringPoolClosesWithTheBuild();
+    void selectionMayBeEmptyOrInvalid();
+    void selectsByTypeAndSortsStably();
+    void selectsKeywords();
+    void listKeepsItsIndexAlive();
 
 private:
     ScopedDataLocation m_data;
@@ -287,6 +291,77 @@ void TestPackageIndex::stringPoolClosesWithTheBuild()
     index.build();
     QVERIFY(index.addString(text).isNull());
     QCOMPARE(first.toString(), text);
+}
+
+void TestPackageIndex::selectionMayBeEmptyOrInvalid()
+{
+    const auto index = buildIndex(MemoryCatalogue().package("1", "a"));
+    const auto never = [](PackageNode *) { return false; };
+    const PackageList none = PackageIndex::selectPackages(index, "a", never, {});
+    QVERIFY(none.isValid());
+    QCOMPARE(none.size(), 0);
+    const PackageList unknown = PackageIndex::selectPackages(index, "b", {}, {});
+    QVERIFY(!unknown.isValid());
+    QCOMPARE(unknown.size(), 0);
+    QVERIFY(!PackageIndex::selectPackages({}, {}, {}, {}).isValid());
+    QVERIFY(!PackageIndex::selectKeywords({}, {}).isValid());
+
+    const PackageList packages(index, {nullptr});
+    const KeywordList keywords(index, {nullptr});
+    for (const int i : {-1, 0, 1, INT_MAX, INT_MIN}) {
+        QCOMPARE(packages.id(i), QString());
+        QCOMPARE(keywords.id(i), QString());
+        QCOMPARE(keywords.displayString(i), QString());
+        QCOMPARE(PackageList().id(i), QString());
+    }
+}
+
+void TestPackageIndex::selectsByTypeAndSortsStably()
+{
+    MemoryCatalogue catalogue;
+    catalogue.package("1", "a").package("2", "a:b").package("3", "a:b").package("4", "c");
+    const auto index = buildIndex(catalogue);
+    const auto isOdd = [](PackageNode *node) { return node->id().toInt() % 2 == 1; };
+    QCOMPARE(ids(PackageIndex::selectPackages(index, {}, isOdd, {})), QString("1 3"));
+    QCOMPARE(ids(PackageIndex::selectPackages(index, "a:b", isOdd, {})), QString("3"));
+
+    int calls = 0;
+    const auto evenFirst = [&calls](PackageNode *a, PackageNode *b) {
+        ++calls;
+        return a->id().toInt() % 2 < b->id().toInt() % 2;
+    };
+    QCOMPARE(ids(PackageIndex::selectPackages(index, {}, {}, evenFirst)), QString("2 4 1 3"));
+    calls = 0; // for a single hit
+    QCOMPARE(ids(PackageIndex::selectPackages(index, "c", {}, evenFirst)), QString("4"));
+    QCOMPARE(calls, 0);
+}
+
+void TestPackageIndex::selectsKeywords()
+{
+    MemoryCatalogue catalogue;
+    catalogue.word("x", "pear").word("y", "apple").word("z", "plum");
+    const KeywordList hits =
+        PackageIndex::selectKeywords(buildIndex(catalogue), [](const KeywordNode *node) {
+            return node->displayString().startsWith(QLatin1Char('p'));
+        });
+    QCOMPARE(ids(hits), QString("x z"));
+    QCOMPARE(hits.displayString(1), QString("plum"));
+    QCOMPARE(hits.id(0), QString("x"));
+}
+
+void TestPackageIndex::listKeepsItsIndexAlive()
+{
+    auto index = buildIndex(MemoryCatalogue().package("2", "a").package("3", "a"));
+    const QWeakPointer<PackageIndex> watched = index;
+    PackageList list = PackageIndex::selectPackages(index, "a", {}, {});
+    index.reset();
+    QVERIFY(!watched.isNull());
+    list.list().removeFirst();
+    QCOMPARE(ids(list), QString("3"));
+    PackageList moved = std::move(list);
+    QVERIFY(!watched.isNull());
+    moved = PackageList();
+    QVERIFY(watched.isNull());
 }
 
 QTEST_GUILESS_MAIN(TestPackageIndex)

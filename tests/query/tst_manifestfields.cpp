@@ -31,159 +31,113 @@ public:
     bool isEmpty() const override { return false; }
 };
 
+using MakeField = ManifestField *(*)();
+
+ManifestField *plainField()
+{
+    return new ManifestField;
+}
+
+ManifestField *textField()
+{
+    auto *field = new ManifestStringField;
+    field->setDefaultValue("id:title.oak");
+    return field;
+}
+
+template<bool byDefault>
+ManifestField *flagField()
+{
+    auto *field = new ManifestBooleanField;
+    field->setDefaultValue(byDefault);
+    return field;
+}
+
+ManifestField *sizeField()
+{
+    auto *field = new ManifestSizeField;
+    field->setDefaultValue({7, 8});
+    return field;
+}
+
+ManifestField *fileField()
+{
+    return new ManifestFileField;
+}
+
 } // namespace
+
+Q_DECLARE_METATYPE(MakeField)
 
 class TestManifestFields : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void plainField();
-    void stringField_data();
-    void stringField();
-    void booleanField_data();
-    void booleanField();
-    void sizeField_data();
-    void sizeField();
-    void fileField_data();
-    void fileField();
+    void read_data();
+    void read();
+    void dependsOnTheStatusOnlyForFiles();
     void setterSignals();
     void smallChangesOfSize();
 
 private:
-    /// What \a field reads under the key \a key.
-    QVariant read(ManifestField &field, const QString &key)
-    {
-        field.setName(key);
-        return field.read(m_node);
-    }
-
     ScopedDataLocation m_location;
-    QSharedPointer<PackageIndex> m_index;
-    PackageNode *m_node = nullptr;
 };
 
-void TestManifestFields::initTestCase()
+void TestManifestFields::read_data()
 {
-    const QJsonObject manifest{
-        {"text", "Oak"},
-        {"empty", ""},
-        {"translated", "id:title.oak"},
-        {"untranslated", "id:title.elm"},
-        {"capital", "Id:title.oak"},
-        {"number", 1},
-        {"true", true},
-        {"false", false},
-        {"null", QJsonValue::Null},
-        {"size", QJsonArray{3.5, 4}},
-        {"negative", QJsonArray{-1, 5}},
-        {"long", QJsonArray{1, 2, 3}},
-        {"short", QJsonArray{1}},
-        {"mixed", QJsonArray{"1", 2}},
-        {"file", "model.bin"}};
-    m_index = buildIndex(MemoryCatalogue().package("p", "t", manifest));
-    m_node = packageOf(m_index, "p");
-    QVERIFY(m_node);
+    const QSizeF size(7, 8);
+    const QString text = "id:title.oak"; // given as it stands
+    const QJsonValue undefined(QJsonValue::Undefined);
+    Columns<MakeField, QJsonValue, QVariant>("makeField", "value", "expected")
+        .row("any: as it is", plainField, QJsonArray{3.5, 4}, QJsonValue(QJsonArray{3.5, 4}))
+        .row("any: missing", plainField, undefined, undefined)
+        .row("text", textField, "Oak", "Oak")
+        .row("text: an empty one is no missing one", textField, "", "")
+        .row("text: missing", textField, undefined, text)
+        .row("text: number", textField, 1, text)
+        .row("text: null", textField, QJsonValue::Null, text)
+        .row("text: translated", textField, "id:title.oak", "Eiche")
+        .row("text: without a translation", textField, "id:title.elm", "title.elm")
+        .row("text: capital", textField, "Id:title.oak", "Id:title.oak")
+        .row("flag: true, by default false", flagField<false>, true, true)
+        .row("flag: false, by default true", flagField<true>, false, false)
+        .row("flag: a number is none", flagField<false>, 1, false)
+        .row("flag: a text is none", flagField<true>, "", true)
+        .row("flag: missing", flagField<true>, undefined, true)
+        .row("size", sizeField, QJsonArray{3.5, 4}, QSizeF(3.5, 4))
+        .row("size: negative counts as 0", sizeField, QJsonArray{-1, 5}, QSizeF(0, 5))
+        .row("size: too long", sizeField, QJsonArray{1, 2, 3}, QSizeF(1, 2))
+        .row("size: too short", sizeField, QJsonArray{1}, size)
+        .row("size: not all numbers", sizeField, QJsonArray{"1", 2}, size)
+        .row("size: no array", sizeField, 1, size)
+        .row("size: missing", sizeField, undefined, size)
+        .row("file", fileField, "model.bin", QUrl("memory:/p/model.bin"))
+        .row("file: no text", fileField, 1, QUrl())
+        .row("file: missing", fileField, undefined, QUrl());
 }
 
-void TestManifestFields::plainField()
+void TestManifestFields::read()
 {
-    ManifestField field;
-    QCOMPARE(read(field, "size"), QVariant(QJsonValue(QJsonArray{3.5, 4})));
-    const QVariant missing = read(field, "missing");
-    QCOMPARE(missing.userType(), int(QMetaType::QJsonValue));
-    QVERIFY(missing.toJsonValue().isUndefined());
-    QVERIFY(field.read(nullptr).toJsonValue().isUndefined());
-    QVERIFY(!field.isStatusDependent());
-}
-
-void TestManifestFields::stringField_data()
-{
-    Columns<QString, QString>("key", "expected")
-        .row("text", "text", "Oak")
-        .row("an empty text is no missing one", "empty", "")
-        .row("missing", "missing", "id:title.oak")
-        .row("number", "number", "id:title.oak")
-        .row("null", "null", "id:title.oak")
-        .row("translated", "translated", "Eiche")
-        .row("without a translation", "untranslated", "title.elm")
-        .row("capital", "capital", "Id:title.oak");
-}
-
-void TestManifestFields::stringField()
-{
+    QFETCH(MakeField, makeField);
+    QFETCH(QJsonValue, value);
+    QFETCH(QVariant, expected);
     OneTranslation translation;
     QCoreApplication::installTranslator(&translation);
-    ManifestStringField field;
-    field.setDefaultValue("id:title.oak"); // given as it stands
-    QFETCH(QString, key);
-    QFETCH(QString, expected);
-    QCOMPARE(read(field, key), QVariant(expected));
-    QCOMPARE(field.read(nullptr), QVariant("id:title.oak"));
+    const auto index = buildIndex(MemoryCatalogue().package("p", "t", {{"key", value}}));
+    const std::unique_ptr<ManifestField> field(makeField());
+    field->setName("key");
+    QCOMPARE(field->read(packageOf(index, "p")), expected);
+    QCOMPARE(field->read(packageOf(index, "p")).userType(), expected.userType());
+    field->setName("missing");
+    QCOMPARE(field->read(nullptr), field->read(packageOf(index, "p")));
     QCoreApplication::removeTranslator(&translation);
 }
 
-void TestManifestFields::booleanField_data()
+void TestManifestFields::dependsOnTheStatusOnlyForFiles()
 {
-    Columns<QString, bool, bool>("key", "byDefault", "expected")
-        .row("true", "true", false, true)
-        .row("false", "false", true, false)
-        .row("a number is none", "number", false, false)
-        .row("a text is none", "text", true, true)
-        .row("missing", "missing", true, true);
-}
-
-void TestManifestFields::booleanField()
-{
-    QFETCH(QString, key);
-    QFETCH(bool, byDefault);
-    ManifestBooleanField field;
-    field.setDefaultValue(byDefault);
-    QFETCH(bool, expected);
-    QCOMPARE(read(field, key), QVariant(expected));
-    QCOMPARE(field.read(nullptr), QVariant(byDefault));
-}
-
-void TestManifestFields::sizeField_data()
-{
-    Columns<QString, QSizeF>("key", "expected")
-        .row("size", "size", {3.5, 4})
-        .row("negative counts as 0", "negative", {0, 5})
-        .row("too long", "long", {1, 2})
-        .row("too short", "short", {7, 8})
-        .row("not all numbers", "mixed", {7, 8})
-        .row("no array", "number", {7, 8})
-        .row("missing", "missing", {7, 8});
-}
-
-void TestManifestFields::sizeField()
-{
-    QFETCH(QString, key);
-    ManifestSizeField field;
-    QCOMPARE(field.defaultValue(), QSizeF(0, 0));
-    field.setDefaultValue({7, 8});
-    QFETCH(QSizeF, expected);
-    QCOMPARE(read(field, key), QVariant(expected));
-    QCOMPARE(field.read(nullptr), QVariant(QSizeF(7, 8)));
-}
-
-void TestManifestFields::fileField_data()
-{
-    Columns<QString, QUrl>("key", "expected")
-        .row("file", "file", QUrl("memory:/p/model.bin"))
-        .row("no text", "number", {})
-        .row("missing", "missing", {});
-}
-
-void TestManifestFields::fileField()
-{
-    QFETCH(QString, key);
-    ManifestFileField field;
-    QVERIFY(field.isStatusDependent());
-    QFETCH(QUrl, expected);
-    QCOMPARE(read(field, key), QVariant(expected));
-    QCOMPARE(field.read(nullptr), QVariant(QUrl()));
+    QVERIFY(ManifestFileField().isStatusDependent());
+    QVERIFY(!ManifestStringField().isStatusDependent());
 }
 
 void TestManifestFields::setterSignals()

@@ -7,10 +7,8 @@
 #include "repository/ipackageprovider.h"
 #include "support/columns.h"
 #include "support/scopeddatalocation.h"
-#include "support/testfiles.h"
 #include "support/testprovider.h"
 
-#include <QJsonDocument>
 #include <QtTest>
 #include <norvakdataabstraction/context.h>
 #include <norvakdataabstraction/linkeddocument.h>
@@ -63,7 +61,6 @@ private Q_SLOTS:
     void convert_data();
     void convert();
     void acceptedTypes();
-    void fieldsOfANewerVersionAreKept();
 
 private:
     PackageReference *reference(const QString &id) { return m_context->packageReference(id); }
@@ -257,25 +254,6 @@ void TestPackageReferenceField::acceptedTypes()
     m_field->write(&document, "entry", lamp);
     QCOMPARE(read(document), reference("lamp"));
     QCOMPARE(m_field->convert(lamp).value<PackageReference *>(), reference("lamp"));
-}
-
-void TestPackageReferenceField::fieldsOfANewerVersionAreKept()
-{
-    const QString path = m_location->filePath("newer.json");
-    writeFile(
-        path, R"({"version": 2, "structs": {"entry": {"package": "ref:1:lamp", "note": ["x"]},)"
-              R"( "later": {"package": "ref:9:unknown"}}})");
-    LinkedDocument document(m_context.data());
-    QVERIFY(document.load(path));
-    QCOMPARE(read(document), reference("lamp"));
-    document.attachReferences();
-    m_field->write(&document, "entry", QVariant::fromValue(reference("desk")));
-    QVERIFY(document.save(path));
-    QCOMPARE(
-        QJsonDocument::fromJson(readFile(path)),
-        QJsonDocument::fromJson(
-            R"({"version": 2, "structs": {"entry": {"package": "ref:1:desk", "note": ["x"]},)"
-            R"( "later": {"package": "ref:9:unknown"}}})"));
 }
 
 QTEST_GUILESS_MAIN(TestPackageReferenceField)
