@@ -165,7 +165,8 @@ void ExitTest::run(const QStringList &arguments)
     QCOMPARE(application.exitStatus(), QProcess::NormalExit);
     QCOMPARE(application.exitCode(), 0);
     // A build that nobody will see makes no directory for itself.
-    QCOMPARE(QDir(home.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries), QStringList());
+    const auto everything = QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden;
+    QCOMPARE(QDir(home.path()).entryList(everything), QStringList());
 }
 
 int main(int argc, char **argv)
