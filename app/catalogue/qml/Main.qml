@@ -199,6 +199,8 @@ ApplicationWindow {
     RowLayout {
         anchors.fill: parent
         spacing: 0
+        // There is one for all; it shows names, which aren't markup.
+        Component.onCompleted: ToolTip.toolTip.contentItem.textFormat = Text.PlainText
 
         Sidebar {
             Layout.fillHeight: true

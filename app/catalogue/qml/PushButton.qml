@@ -23,19 +23,52 @@ Button {
     spacing: Style.small
     font.pixelSize: Style.font
     font.bold: primary
-    icon.source: symbol ? Style.iconUrl(symbol) : ""
     icon.width: Style.icon
     icon.height: Style.icon
     icon.color: foreground
-    palette.buttonText: foreground
-    palette.brightText: foreground
-    palette.windowText: foreground
     Accessible.name: hint
     ToolTip.text: hint
     ToolTip.visible: !text && hovered
     ToolTip.delay: 600
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()
+
+    // Its own, because texts are names too: the style's would take markup and mnemonics out of them.
+    contentItem: Item {
+        id: face
+
+        readonly property int iconWidth: !button.symbol ? 0
+            : button.text ? button.icon.width + button.spacing : button.icon.width
+
+        implicitWidth: iconWidth + (button.text ? Math.ceil(label.implicitWidth) : 0)
+        implicitHeight: content.implicitHeight
+
+        Row {
+            id: content
+            anchors.centerIn: parent
+            layoutDirection: button.mirrored ? Qt.RightToLeft : Qt.LeftToRight
+            spacing: button.spacing
+            Icon {
+                visible: button.symbol
+                icon: button.symbol
+                color: button.icon.color
+                sourceSize: Qt.size(button.icon.width, button.icon.height)
+                anchors.verticalCenter: parent.verticalCenter
+            }
+            AppText {
+                id: label
+                visible: text
+                text: button.text
+                color: button.foreground
+                font.pixelSize: button.font.pixelSize
+                font.bold: button.font.bold
+                width: Math.min(Math.ceil(implicitWidth), face.width - face.iconWidth)
+                height: Math.max(implicitHeight, button.icon.height)
+                verticalAlignment: Text.AlignVCenter
+                Accessible.ignored: true
+            }
+        }
+    }
 
     background: Rectangle {
         radius: Style.radius
