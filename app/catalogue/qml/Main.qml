@@ -4,6 +4,7 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import QtQuick.Window 2.15
 import Norvak.Catalogue 1.0
 
 ApplicationWindow {
@@ -83,6 +84,7 @@ ApplicationWindow {
     minimumWidth: 720
     minimumHeight: 480
     visible: true
+    visibility: Preferences.value("maximized", false) ? Window.Maximized : Window.AutomaticVisibility
     title: Collection.name || Collection.modified
            ? qsTr("%1 – Catalogue").arg((Collection.name || qsTr("New collection")) + (Collection.modified ? "*" : ""))
            : qsTr("Catalogue")
@@ -116,8 +118,11 @@ ApplicationWindow {
 
     onViewChanged: Preferences.setValue("view", view)
     onClosing: {
-        Preferences.setValue("width", width)
-        Preferences.setValue("height", height)
+        Preferences.setValue("maximized", visibility === Window.Maximized)
+        if (visibility === Window.Windowed) {
+            Preferences.setValue("width", width)
+            Preferences.setValue("height", height)
+        }
         if (Collection.modified && !mayClose) {
             close.accepted = false
             CollectionActions.close()
