@@ -13,6 +13,13 @@ FocusScope {
 
     property string packageId
     readonly property alias title: details.title
+    readonly property int picture: Math.max(Style.narrowPicture, Math.min(Style.picture, page.width * 0.36))
+
+    // Each is made anew when it is asked for.
+    readonly property var keywords: details.keywords
+    readonly property var fields: details.fields
+    readonly property var requirements: details.requirements
+    readonly property var files: details.files
 
     signal packageChosen(string id)
     signal keywordChosen(string text)
@@ -64,8 +71,8 @@ FocusScope {
             ColumnLayout {
                 spacing: Style.large
                 Layout.alignment: Qt.AlignTop
-                Layout.preferredWidth: Style.picture
-                Layout.maximumWidth: Style.picture
+                Layout.preferredWidth: page.picture
+                Layout.maximumWidth: page.picture
 
                 PushButton {
                     objectName: "back"
@@ -76,8 +83,8 @@ FocusScope {
                 }
                 Preview {
                     source: live.$.preview && live.$.preview.toString() ? live.$.preview : details.preview
-                    Layout.preferredWidth: Style.picture
-                    Layout.preferredHeight: Style.picture
+                    Layout.preferredWidth: page.picture
+                    Layout.preferredHeight: page.picture
                 }
                 InstallPanel {
                     packageId: page.packageId
@@ -127,11 +134,12 @@ FocusScope {
                 Flow {
                     id: keywordFlow
                     spacing: Style.tiny
-                    visible: details.keywords.length > 0
+                    visible: page.keywords.length > 0
                     Layout.fillWidth: true
                     Repeater {
-                        model: details.keywords
+                        model: page.keywords.slice(0, Style.listed)
                         PushButton {
+                            width: Math.min(implicitWidth, keywordFlow.width)
                             text: modelData.text
                             hint: qsTr("Search for %1").arg(modelData.text)
                             font.pixelSize: Style.smallFont
@@ -140,40 +148,46 @@ FocusScope {
                         }
                     }
                 }
+                MoreNote { count: page.keywords.length }
 
                 SectionTitle {
+                    visible: page.fields.length > 0
                     text: qsTr("Fields")
                     Layout.topMargin: Style.large
                 }
                 FieldTable {
-                    fields: details.fields
+                    fields: page.fields
                     Layout.fillWidth: true
                 }
 
                 SectionTitle {
-                    visible: details.requirements.length > 0
+                    visible: page.requirements.length > 0
                     text: qsTr("Requires")
                     Layout.topMargin: Style.large
                 }
                 Repeater {
-                    model: details.requirements
+                    model: page.requirements.slice(0, Style.listed)
                     PushButton {
                         objectName: "requirement " + modelData.id
                         symbol: "package"
                         flat: true
                         text: modelData.title
                         onClicked: page.packageChosen(modelData.id)
+                        Layout.maximumWidth: parent.width
                     }
                 }
+                MoreNote { count: page.requirements.length }
 
                 SectionTitle {
+                    visible: page.files.length > 0
                     text: qsTr("Files")
                     Layout.topMargin: Style.large
                 }
                 FieldTable {
-                    fields: details.files.map(file => ({ "name": file.size, "value": file.name }))
+                    fields: page.files.slice(0, Style.listed).map(file => ({ "name": file.size, "value": file.name }))
                     Layout.fillWidth: true
                 }
+                MoreNote { count: page.files.length }
 
                 SectionTitle {
                     text: qsTr("Origin")

@@ -9,6 +9,7 @@ import Norvak.Catalogue 1.0
 ColumnLayout {
     property alias fields: repeater.model // objects of "name" and "value"
 
+    visible: repeater.count > 0
     spacing: Style.tiny
 
     Repeater {

@@ -24,6 +24,10 @@ GridView {
     Accessible.name: qsTr("Packages")
     ScrollBar.vertical: ScrollBar {}
 
+    Keys.forwardTo: PageKeys {
+        view: grid
+        entriesPerPage: Math.max(1, Math.floor(grid.height / grid.cellHeight)) * grid.columns
+    }
     Keys.onReturnPressed: if (currentItem) currentItem.clicked()
     Keys.onEnterPressed: if (currentItem) currentItem.clicked()
 

@@ -57,8 +57,10 @@ QtObject {
     readonly property int stateColumn: 150
     readonly property int nameColumn: 110
     readonly property int picture: 280
+    readonly property int narrowPicture: 240
     readonly property int reading: 920
     readonly property int popupRows: 8
+    readonly property int listed: 100 // entries of a list without end; each takes a moment to make
 
     readonly property int quick: 120 // milliseconds
 

@@ -432,6 +432,16 @@
         </message>
     </context>
     <context>
+        <name>MoreNote</name>
+        <message numerus="yes">
+            <source>and %n more</source>
+            <translation>
+                <numerusform>und %n weiterer Eintrag</numerusform>
+                <numerusform>und %n weitere</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>PackageGrid</name>
         <message>
             <source>Packages</source>

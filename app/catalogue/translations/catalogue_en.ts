@@ -52,6 +52,16 @@
         </message>
     </context>
     <context>
+        <name>MoreNote</name>
+        <message numerus="yes">
+            <source>and %n more</source>
+            <translation>
+                <numerusform>and %n more</numerusform>
+                <numerusform>and %n more</numerusform>
+            </translation>
+        </message>
+    </context>
+    <context>
         <name>StatusLine</name>
         <message numerus="yes">
             <source>%n package(s)</source>
