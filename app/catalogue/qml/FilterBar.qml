@@ -3,12 +3,11 @@
 
 import QtQuick 2.15
 import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
 import Norvak.Packages 1.0
 import Norvak.Catalogue 1.0
 
 // Says what is on screen, and lets conditions be taken away.
-RowLayout {
+Flow {
     id: bar
 
     property PackageQuery query
@@ -22,12 +21,15 @@ RowLayout {
         text: qsTr("%n package(s)", "", bar.query.count)
         font.pixelSize: Style.titleFont
         font.bold: true
-        Layout.rightMargin: Style.small
+        height: Style.row
+        rightPadding: Style.small
+        verticalAlignment: Text.AlignVCenter
     }
 
     Repeater {
         model: bar.query.categories
         Chip {
+            width: Math.min(implicitWidth, bar.width)
             label: keyword.displayString || modelData
             onRemoved: bar.categoryRemoved(modelData)
             Keyword {
@@ -44,8 +46,7 @@ RowLayout {
         text: bar.query.anyCategory ? qsTr("any of them") : qsTr("all of them")
         hint: qsTr("Whether one category is enough")
         flat: true
+        implicitHeight: Style.row - Style.tiny
         onClicked: bar.query.anyCategory = !bar.query.anyCategory
     }
-
-    Item { Layout.fillWidth: true }
 }

@@ -12,6 +12,16 @@ ListView {
 
     signal packageChosen(string id)
 
+    // The numbers for which there is room beside the name.
+    readonly property var columns: ["year", "rating", "price"].slice(3 - fittingColumns)
+    readonly property int fittingColumns: Math.max(0, Math.min(3, Math.floor(
+        (width - Style.field) / (Style.numberColumn + Style.medium))))
+    readonly property var columnTitles: ({
+        "year": qsTr("Year"),
+        "rating": qsTr("Rating"),
+        "price": qsTr("Price")
+    })
+
     clip: true
     activeFocusOnTab: true
     boundsBehavior: Flickable.StopAtBounds
@@ -22,6 +32,10 @@ ListView {
     Accessible.name: qsTr("Packages")
     ScrollBar.vertical: ScrollBar {}
 
+    Keys.forwardTo: PageKeys {
+        view: list
+        entriesPerPage: Math.max(1, Math.floor(list.height / Style.thumbnail) - 1)
+    }
     Keys.onReturnPressed: if (currentItem) currentItem.clicked()
     Keys.onEnterPressed: if (currentItem) currentItem.clicked()
 
@@ -38,9 +52,9 @@ ListView {
                 Layout.fillWidth: true
             }
             Repeater {
-                model: [qsTr("Year"), qsTr("Rating"), qsTr("Price")]
+                model: list.columns
                 SectionTitle {
-                    text: modelData
+                    text: list.columnTitles[modelData]
                     horizontalAlignment: Text.AlignRight
                     Layout.preferredWidth: Style.numberColumn
                 }

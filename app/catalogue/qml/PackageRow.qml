@@ -13,7 +13,10 @@ ItemDelegate {
     readonly property bool current: ListView.isCurrentItem && ListView.view.activeFocus
     readonly property string title: Catalogue.textGeneration >= 0 ? model.name || model.id : ""
 
-    function number(value) { return typeof value === "number" ? value : "" }
+    function number(field) {
+        const value = model[field]
+        return typeof value === "number" ? value : ""
+    }
 
     width: ListView.view ? ListView.view.width : implicitWidth
     height: Style.thumbnail + 2 * Style.tiny
@@ -61,9 +64,9 @@ ItemDelegate {
             packageId: model.id
         }
         Repeater {
-            model: [row.number(year), row.number(rating), row.number(price)]
+            model: row.ListView.view ? row.ListView.view.columns : []
             AppText {
-                text: modelData
+                text: row.number(modelData)
                 horizontalAlignment: Text.AlignRight
                 Layout.preferredWidth: Style.numberColumn
             }
