@@ -29,7 +29,7 @@ InstallState::InstallState(PackageReference *reference, QObject *parent)
     , m_reference(reference)
 {
     m_countdown.setInterval(countdownStep);
-    connect(&m_countdown, &QTimer::timeout, this, &InstallState::changed);
+    connect(&m_countdown, &QTimer::timeout, this, &InstallState::countDown);
     connect(reference, &PackageReference::statusChanged, this, &InstallState::update);
     update();
 }
@@ -67,7 +67,19 @@ void InstallState::update()
         m_countdown.start();
     else
         m_countdown.stop();
+    m_reason = reason();
     Q_EMIT changed();
+    Q_EMIT secondsToRetryChanged();
+}
+
+/// A retry changes the reason, but not the status.
+void InstallState::countDown()
+{
+    if (m_reason != reason()) {
+        m_reason = reason();
+        Q_EMIT changed();
+    }
+    Q_EMIT secondsToRetryChanged();
 }
 
 Installs::Installs(CatalogueProvider &provider, Preferences &preferences, QObject *parent)

@@ -25,7 +25,7 @@ class InstallState : public QObject
     Q_PROPERTY(nk::pm::PackageReference *reference READ reference CONSTANT)
     Q_PROPERTY(int status READ status NOTIFY changed)
     Q_PROPERTY(QString reason READ reason NOTIFY changed)
-    Q_PROPERTY(int secondsToRetry READ secondsToRetry NOTIFY changed)
+    Q_PROPERTY(int secondsToRetry READ secondsToRetry NOTIFY secondsToRetryChanged)
 
 public:
     /// \a reference outlives the object.
@@ -40,12 +40,16 @@ public:
     int secondsToRetry() const;
 
 Q_SIGNALS:
+    /// Another status, or another reason for the same one.
     void changed();
+    void secondsToRetryChanged();
 
 private:
     void update();
+    void countDown();
 
     PackageReference *const m_reference;
+    QString m_reason; // as changed() has told it
     QTimer m_countdown;
 };
 
