@@ -8,6 +8,7 @@
 #include <norvakpackagesqml.h>
 
 #include <QCoreApplication>
+#include <QLibraryInfo>
 #include <QLocale>
 #include <QQuickStyle>
 #include <QQuickWindow>
@@ -42,6 +43,12 @@ void registerMember(const char *name)
 
 void installTranslation()
 {
+    // Of what Qt says by itself: file dialogs, faults of the network.
+    auto *ofQt = new QTranslator(QCoreApplication::instance());
+    if (ofQt->load(
+            QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"),
+            QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(ofQt);
     auto *translator = new QTranslator(QCoreApplication::instance());
     const QString directory = QStringLiteral(":/i18n");
     // English is more than the texts as they stand: it has plural forms.
