@@ -96,6 +96,8 @@ private Q_SLOTS:
     void startsWithoutASource();
     void remembers();
     void reachesEverythingByTab();
+    void jumpsThroughThePackages();
+    void fitsTheSmallestWindow();
     void views_data();
     void views();
 
@@ -108,6 +110,7 @@ private:
     QString text(const QString &name) const { return item(name)->property("text").toString(); }
     bool showsText(const QString &text) const;
     QStringList cutOffTexts() const;
+    QStringList markupTexts() const;
     void click(const QString &name);
     void type(const QString &text);
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
@@ -219,6 +222,19 @@ QStringList CatalogueWindowTest::cutOffTexts() const
     return texts;
 }
 
+/// Those that markup in a name would change.
+QStringList CatalogueWindowTest::markupTexts() const
+{
+    QStringList texts;
+    for (const QQuickItem *item : items()) {
+        const QString text = item->property("text").toString();
+        if (item->inherits("QQuickText") && !item->inherits("QQuickPlaceholderText")
+            && !text.isEmpty() && item->property("textFormat").toInt() != Qt::PlainText)
+            texts.append(text);
+    }
+    return texts;
+}
+
 void CatalogueWindowTest::click(const QString &name)
 {
     QTRY_VERIFY2_WITH_TIMEOUT(item(name), qPrintable(name), patience);
@@ -292,6 +308,11 @@ void CatalogueWindowTest::completesASearch()
 
     press(Qt::Key_Escape);
     TRY_COMPARE(shownPackages(), all);
+
+    type("woo");
+    TRY_VERIFY(item("completionList"));
+    press(Qt::Key_Tab);
+    TRY_VERIFY(!item("completionList"));
 }
 
 void CatalogueWindowTest::choosesCategories()
@@ -389,6 +410,11 @@ void CatalogueWindowTest::tellsWhyAnInstallFailed()
     const int seconds = m_engine->installs().find(id)->secondsToRetry();
     QVERIFY2(seconds > 0 && seconds <= 30, qPrintable(QString::number(seconds)));
     QVERIFY(text("nextAttempt").contains("Next attempt in "));
+    // The page is made anew with each change, which takes the focus and the place in it away.
+    const QSignalSpy changes(m_engine->installs().find(id), &InstallState::changed);
+    QSignalSpy countdown(m_engine->installs().find(id), &InstallState::secondsToRetryChanged);
+    QVERIFY(countdown.wait(patience));
+    QCOMPARE(changes.count(), 0);
 }
 
 void CatalogueWindowTest::collectsPackages()
@@ -575,6 +601,29 @@ void CatalogueWindowTest::reachesEverythingByTab()
         QVERIFY2(reached.contains(name), qPrintable(name + " not in " + reached.join(' ')));
 }
 
+void CatalogueWindowTest::jumpsThroughThePackages()
+{
+    item("packages")->forceActiveFocus(Qt::TabFocusReason);
+    const auto current = [this] { return item("packages")->property("currentIndex").toInt(); };
+    press(Qt::Key_PageDown);
+    QVERIFY(current() > 1);
+    press(Qt::Key_End);
+    QCOMPARE(current(), shownPackages() - 1);
+    press(Qt::Key_PageUp);
+    QVERIFY(current() < shownPackages() - 2);
+    press(Qt::Key_Home);
+    QCOMPARE(current(), 0);
+}
+
+void CatalogueWindowTest::fitsTheSmallestWindow()
+{
+    showView("list");
+    const double before = item("packages")->width();
+    m_engine->window()->resize(m_engine->window()->minimumSize());
+    TRY_VERIFY(item("packages")->width() < before - 100);
+    TRY_COMPARE(cutOffTexts(), QStringList());
+}
+
 void CatalogueWindowTest::views_data()
 {
     QTest::addColumn<QString>("theme");
@@ -621,6 +670,8 @@ void CatalogueWindowTest::views()
     TRY_VERIFY(isStill(m_engine->window()->contentItem()));
     // Names may be long identifiers until the translation package is installed.
     TRY_COMPARE(cutOffTexts(), QStringList());
+    if (view != "search") // completions are marked up
+        QCOMPARE(markupTexts(), QStringList());
 
     QImage picture;
     grab(*m_engine->window(), [&picture](const QImage &image) { picture = image; });

@@ -42,7 +42,7 @@ TextField {
 
     implicitHeight: Style.control
     leftPadding: Style.control
-    rightPadding: Style.control
+    rightPadding: text ? Style.control : Style.small
     font.pixelSize: Style.font
     placeholderText: qsTr("Search packages")
     placeholderTextColor: Style.mutedText
@@ -59,6 +59,8 @@ TextField {
         else
             popup.close()
     }
+
+    onActiveFocusChanged: if (!activeFocus) popup.close()
 
     Keys.onDownPressed: move(1)
     Keys.onUpPressed: move(-1)
