@@ -91,6 +91,7 @@ CatalogueEngine::CatalogueEngine(const Options &options)
     , m_collectionActions(m_collection)
     , m_fileChooser(m_preferences)
 {
+    setNetworkAccessManagerFactory(&m_pictures);
     if (!options.theme.isEmpty())
         m_preferences.setValue(QStringLiteral("theme"), options.theme);
     if (options.size.isValid()) {
@@ -103,6 +104,7 @@ CatalogueEngine::~CatalogueEngine()
 {
     // The window's objects go before what they are bound to.
     qDeleteAll(rootObjects());
+    setNetworkAccessManagerFactory(nullptr); // the engine outlives it
 }
 
 QString CatalogueEngine::open()

@@ -14,6 +14,7 @@
 #include "typetreemodel.h"
 
 #include <QQmlApplicationEngine>
+#include <picturenetwork.h>
 
 class QQuickWindow;
 
@@ -49,6 +50,7 @@ public:
 
 private:
     const Options m_options;
+    PictureNetworkFactory m_pictures;
     Preferences m_preferences;
     CatalogueProvider m_provider;
     Installs m_installs;

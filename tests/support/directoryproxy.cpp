@@ -41,6 +41,12 @@ void DirectoryProxy::release()
         answer(url);
 }
 
+void DirectoryProxy::releaseOne()
+{
+    if (!m_held.isEmpty())
+        answer(m_held.takeFirst());
+}
+
 void DirectoryProxy::answer(const QUrl &url)
 {
     const QString path = m_directory + QLatin1Char('/') + url.path();

@@ -28,6 +28,8 @@ public:
     /// The requests that wait.
     int heldCount() const { return m_held.size(); }
     void release();
+    /// Answers the request that has waited longest, if there is one, and goes on holding.
+    void releaseOne();
 
     int requestCount() const { return m_requestCount; }
 
