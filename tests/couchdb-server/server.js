@@ -18,7 +18,7 @@ const PouchDB = require('pouchdb-core')
 const { values: options } = parseArgs({
     options: {
         // How a view is answered: "strong" with a quoted ETag as CouchDB 1.x, "none" without one as
-        // CouchDB 2 and 3, "weak" as the server by itself.
+        // CouchDB 2 and 3.
         views: { type: 'string', default: 'strong' },
         // "user:password": everything else gets 401.
         auth: { type: 'string' },
@@ -27,8 +27,8 @@ const { values: options } = parseArgs({
     },
 });
 
-if (!['strong', 'none', 'weak'].includes(options.views)) {
-    process.stderr.write(`server.js: --views takes strong, none or weak, not "${options.views}"\n`);
+if (!['strong', 'none'].includes(options.views)) {
+    process.stderr.write(`server.js: --views takes strong or none, not "${options.views}"\n`);
     process.exit(2);
 }
 
@@ -64,25 +64,22 @@ function requireAuthorization(request, response, next) {
     return response.status(401).json({ error: 'unauthorized', reason: 'You are not authorized.' });
 }
 
-const likeCouchDB = options.views !== 'weak';
 const pouchApp = expressPouchDB(PouchDB.defaults({ adapter: 'memory' }), {
     mode: 'minimumForPouchDB',
-    overrideMode: { exclude: likeCouchDB ? ['compression'] : [] },
+    overrideMode: { exclude: ['compression'] },
 });
 
 const app = express();
 if (options.auth)
     app.use(requireAuthorization);
-if (likeCouchDB)
-    app.use(answerViewsAsCouchDB);
+app.use(answerViewsAsCouchDB);
 app.use(pouchApp);
 
 const server = app.listen(Number(options.port), '127.0.0.1', () => {
     const url = `http://127.0.0.1:${server.address().port}/`;
     process.stdout.write(`${JSON.stringify({ url })}\n`);
 });
-if (likeCouchDB)
-    server.keepAliveTimeout = 120000;
+server.keepAliveTimeout = 120000;
 
 const end = () => process.exit(0);
 process.on('SIGTERM', end);

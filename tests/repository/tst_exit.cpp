@@ -6,6 +6,7 @@
 #include "repository/packagerepository.h"
 #include "sources/localpackagesource.h"
 #include "support/memorysource.h"
+#include "support/programcall.h"
 #include "support/testfiles.h"
 
 #include <QtConcurrent>
@@ -151,19 +152,10 @@ void ExitTest::quitsDuringAnEndlessBuild()
 void ExitTest::run(const QStringList &arguments)
 {
     QTemporaryDir home;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("HOME", home.path());
-    environment.remove("XDG_DATA_HOME");
-    QProcess application;
-    application.setProcessEnvironment(environment);
-    application.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    application.start(QCoreApplication::applicationFilePath(), arguments);
-    const bool ended = application.waitForFinished(120000);
-    if (!ended)
-        application.kill();
-    QVERIFY(ended);
-    QCOMPARE(application.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(application.exitCode(), 0);
+    const CallResult result = call(
+        QCoreApplication::applicationFilePath(), arguments, {},
+        {{"HOME", home.path()}, {"XDG_DATA_HOME", {}}});
+    QVERIFY2(result.exitCode == 0, qPrintable(result.errors));
     // A build that nobody will see makes no directory for itself.
     const auto everything = QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden;
     QCOMPARE(QDir(home.path()).entryList(everything), QStringList());

@@ -12,19 +12,6 @@ namespace nk::pm::test {
 
 namespace {
 
-const char *viewsOption(CouchDBServer::Views views)
-{
-    switch (views) {
-    case CouchDBServer::StrongETag:
-        return "strong";
-    case CouchDBServer::NoETag:
-        return "none";
-    case CouchDBServer::WeakETag:
-        return "weak";
-    }
-    Q_UNREACHABLE();
-}
-
 QString encoded(const QString &segment)
 {
     return QString::fromLatin1(QUrl::toPercentEncoding(segment));
@@ -44,9 +31,8 @@ CouchDBServer::CouchDBServer(Views views, const QString &credentials, int port)
     : m_credentials(credentials)
 {
     QStringList arguments{
-        QStringLiteral(NKPM_SOURCE_DIR "/tests/couchdb-server/server.js"),
-        QStringLiteral("--views"), QLatin1String(viewsOption(views)), QStringLiteral("--port"),
-        QString::number(port)};
+        NKPM_SOURCE_DIR "/tests/couchdb-server/server.js", "--views",
+        views == StrongETag ? "strong" : "none", "--port", QString::number(port)};
     if (!credentials.isEmpty())
         arguments << QStringLiteral("--auth") << credentials;
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);

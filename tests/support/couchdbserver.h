@@ -18,8 +18,8 @@ class CouchDBServer
 {
 public:
     /// How a view is answered: with a strong quoted ETag as CouchDB 1.x, with none as CouchDB 2 and
-    /// 3, with the weak one of the server by itself.
-    enum Views { StrongETag, NoETag, WeakETag };
+    /// 3.
+    enum Views { StrongETag, NoETag };
 
     /// \a credentials, "user:password", are asked for if they are given. \a port 0 lets the kernel
     /// choose.

@@ -143,7 +143,8 @@ LedgerBuilder &LedgerBuilder::addKeyword(
     QByteArray record = u8(type) + ledgerString(id) + u16(groups.size());
     for (const Group &group : groups)
         record += u16(group.first) + u8(group.second.size()) + strings(group.second);
-    return addRawKeyword(record);
+    m_keywords.append(record);
+    return *this;
 }
 
 QByteArray LedgerBuilder::packageRecord(
@@ -170,12 +171,6 @@ LedgerBuilder &LedgerBuilder::addPackage(
 LedgerBuilder &LedgerBuilder::addLink(int type, int endKinds, quint32 from, quint32 to)
 {
     m_links.append(u8(type) + u8(endKinds) + u32(from) + u32(to));
-    return *this;
-}
-
-LedgerBuilder &LedgerBuilder::addRawKeyword(const QByteArray &record)
-{
-    m_keywords.append(record);
     return *this;
 }
 

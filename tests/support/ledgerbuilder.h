@@ -60,7 +60,6 @@ public:
         const Files &files = {}, int issuer = 0);
     LedgerBuilder &addLink(int type, int endKinds, quint32 from, quint32 to);
 
-    LedgerBuilder &addRawKeyword(const QByteArray &record);
     LedgerBuilder &addRawPackage(const QByteArray &record);
 
     int typeIndex(const QByteArray &type) const { return m_types.indexOf(type); }
