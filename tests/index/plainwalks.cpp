@@ -34,6 +34,23 @@ bool isHit(const PackageIndexNode *node, const QStringRef &type)
            && static_cast<const PackageNode *>(node)->isOfType(type);
 }
 
+/// The chain test on link types from a keyword (first) to a package (last).
+bool passesChainTest(const QVector<int> &path)
+{
+    QSet<int> allowed{IsA, Is, RelatesTo, Contains};
+    for (int i = path.size() - 1; i >= 0; --i) {
+        if (!allowed.contains(path.at(i)))
+            return false;
+        if (path.at(i) == Contains)
+            allowed = {Contains, RelatesTo};
+        else if (path.at(i) == RelatesTo)
+            allowed = {RelatesTo};
+        else if (path.at(i) == Is)
+            allowed = {Contains};
+    }
+    return true;
+}
+
 bool search(const NodeLink &link, const QStringRef &type, QVector<int> &path)
 {
     path.append(link.type);
@@ -59,22 +76,6 @@ QSet<KeywordNode *> keywords(const PackageNode &package)
         walk(link, everything, included);
     }
     return included.subtract(excluded);
-}
-
-bool passesChainTest(const QVector<int> &path)
-{
-    QSet<int> allowed{IsA, Is, RelatesTo, Contains};
-    for (int i = path.size() - 1; i >= 0; --i) {
-        if (!allowed.contains(path.at(i)))
-            return false;
-        if (path.at(i) == Contains)
-            allowed = {Contains, RelatesTo};
-        else if (path.at(i) == RelatesTo)
-            allowed = {RelatesTo};
-        else if (path.at(i) == Is)
-            allowed = {Contains};
-    }
-    return true;
 }
 
 bool isUsedByType(const KeywordNode &keyword, const QStringRef &type)

@@ -18,7 +18,4 @@ QSet<KeywordNode *> keywords(const PackageNode &package);
 bool isUsedByType(const KeywordNode &keyword, const QStringRef &type);
 QString sortKey(const PackageNode &package);
 
-/// The chain test on link types from a keyword (first) to a package (last).
-bool passesChainTest(const QVector<int> &path);
-
 } // namespace nk::pm::test::plain

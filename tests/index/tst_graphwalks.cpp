@@ -3,7 +3,6 @@
 
 #include "plainwalks.h"
 
-#include "index/linkchain.h"
 #include "index/packageindex.h"
 #include "support/columns.h"
 #include "support/logrecorder.h"
@@ -87,7 +86,6 @@ class TestGraphWalks : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void linkChainAgreesWithChainTest();
     void agreesWithPlainWalks_data();
     void agreesWithPlainWalks();
     void laddersAgreeWithPlainWalks_data();
@@ -102,32 +100,6 @@ private Q_SLOTS:
 private:
     ScopedDataLocation m_data;
 };
-
-/// All chains of up to six entries, each entry taken off again on the way back.
-void TestGraphWalks::linkChainAgreesWithChainTest()
-{
-    const QVector<int> types{IsA, Contains, RelatesTo, IsNotA, Is, Uses, Requires, 11, -2};
-    QVector<int> path;
-    LinkChain chain;
-    int passed = 0;
-    const std::function<void()> extend = [&] {
-        const bool passes = plain::passesChainTest(path);
-        QCOMPARE(chain.state(LinkChain::Empty) != LinkChain::Broken, passes);
-        QCOMPARE(chain.isEmpty(), path.isEmpty());
-        passed += passes;
-        if (path.size() == 6)
-            return;
-        for (const int type : types) {
-            path.append(type);
-            chain.push(LinkChain::next(chain.state(LinkChain::Empty), type));
-            extend();
-            chain.pop();
-            path.removeLast();
-        }
-    };
-    extend();
-    QVERIFY(passed > 100);
-}
 
 void TestGraphWalks::agreesWithPlainWalks_data()
 {

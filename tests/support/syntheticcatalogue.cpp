@@ -36,21 +36,15 @@ bool writeJson(const QDir &directory, const QString &name, const QJsonObject &ob
 
 QString nameOf(KeywordType type)
 {
-    for (const QString name : {"noun", "name", "adjective", "literal", "category"}) {
-        if (keywordTypeFromString(name) == type)
-            return name;
-    }
-    return {};
+    static const QStringList names{"noun", "name", "adjective", "literal", "category"};
+    return names.at(int(type));
 }
 
 QString nameOf(LinkType type)
 {
-    for (const QString name :
-         {"is_a", "contains", "relates_to", "is_not_a", "is", "uses", "requires"}) {
-        if (linkTypeFromString(name) == type)
-            return name;
-    }
-    return {};
+    static const QStringList names{"is_a", "contains", "relates_to", "is_not_a",
+                                   "is",   "uses",     "requires"};
+    return names.at(type);
 }
 
 QJsonObject toJson(const KeywordInfo &info)
