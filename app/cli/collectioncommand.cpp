@@ -15,9 +15,19 @@
 
 #include <QFileInfo>
 #include <QJsonArray>
+#include <QLockFile>
+
+#include <chrono>
 
 namespace nk::pm::cli {
 namespace {
+
+constexpr std::chrono::milliseconds lockPatience{30000};
+
+bool changes(CollectionOptions::Action action)
+{
+    return action == CollectionOptions::Add || action == CollectionOptions::Remove;
+}
 
 /// Puts packages in. Gives the reason why one can't be, or an empty text.
 QString add(const QStringList &ids, app::Collection &collection, Catalogue &catalogue)
@@ -71,6 +81,13 @@ int run(const CollectionOptions &options, Catalogue &catalogue, Output &output)
     app::CollectionContext context(catalogue.repository());
     app::Collection collection(&context);
     QString fault;
+    // From reading to writing, so that two that change it at once don't undo each other's changes.
+    QLockFile lock(options.file + QStringLiteral(".lock"));
+    if (changes(options.action) && !lock.tryLock(int(lockPatience.count()))
+        && lock.error() == QLockFile::LockFailedError) {
+        output.error(QStringLiteral("%1: another program is changing it").arg(options.file));
+        return NotMet;
+    }
     const bool isNew = options.action == CollectionOptions::Add && !QFileInfo::exists(options.file);
     if (!isNew && !collection.load(options.file, &fault)) {
         output.error(fault);
