@@ -289,7 +289,8 @@ QVariant PackageListModel::data(const QModelIndex &index, int role) const
         return {};
     if (role == IdRole)
         return d->list.id(row);
-    ManifestField *field = d->manifestFields.at(role - FirstFieldRole);
+    ManifestField *field =
+        role >= FirstFieldRole ? d->manifestFields.at(role - FirstFieldRole) : nullptr;
     return field ? field->read(d->node(row)) : QVariant();
 }
 
