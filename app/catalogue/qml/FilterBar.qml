@@ -21,7 +21,7 @@ Flow {
         text: qsTr("%n package(s)", "", bar.query.count)
         font.pixelSize: Style.titleFont
         font.bold: true
-        height: Style.row
+        height: Style.row - Style.tiny // as the conditions beside it
         rightPadding: Style.small
         verticalAlignment: Text.AlignVCenter
     }
