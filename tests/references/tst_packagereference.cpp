@@ -5,6 +5,7 @@
 #include "index/packageindexnode.h"
 #include "referencescene.h"
 #include "sources/localpackagesource.h"
+#include "support/columns.h"
 #include "support/scopeddatalocation.h"
 #include "support/testfiles.h"
 
@@ -12,6 +13,9 @@
 
 using namespace nk::pm;
 using namespace nk::pm::test;
+
+using Signal = void (PackageReference::*)();
+Q_DECLARE_METATYPE(Signal)
 
 namespace {
 
@@ -181,31 +185,24 @@ void PackageReferenceTest::updateOfALostPackage()
 
 void PackageReferenceTest::destroyedByAListener_data()
 {
-    QTest::addColumn<QByteArray>("signal");
-    QTest::newRow("type") << QByteArray(SIGNAL(typeChanged()));
-    QTest::newRow("status") << QByteArray(SIGNAL(statusChanged()));
-    QTest::newRow("updated") << QByteArray(SIGNAL(updated()));
+    Columns<Signal>("signal")
+        .row("type", &PackageReference::typeChanged)
+        .row("status", &PackageReference::statusChanged)
+        .row("updated", &PackageReference::updated);
 }
 
 void PackageReferenceTest::destroyedByAListener()
 {
-    QFETCH(QByteArray, signal);
+    QFETCH(Signal, signal);
     MemorySource source;
     auto repository = std::make_unique<PackageRepository>(PackageRepository::DoNotPersistSources);
     repository->addSource(&source);
     connect(repository.get(), &PackageRepository::packageIndexChanged, this, [&repository] {
         QMetaObject::invokeMethod(repository->packageReference("p"), "update");
     });
-    PackageReference *reference = repository->packageReference("p");
-    QSignalSpy spy(reference, signal.constData());
-    const auto destroy = [&repository] { repository.reset(); };
-    if (signal == SIGNAL(typeChanged()))
-        connect(reference, &PackageReference::typeChanged, this, destroy);
-    else if (signal == SIGNAL(updated()))
-        connect(reference, &PackageReference::updated, this, destroy);
-    else
-        connect(reference, &PackageReference::statusChanged, this, destroy);
-
+    const PackageReference *reference = repository->packageReference("p");
+    QSignalSpy spy(reference, signal);
+    connect(reference, signal, this, [&repository] { repository.reset(); });
     for (int i = 0; repository && i < 10; ++i) {
         source.catalogue = MemoryCatalogue().package("p", QString::number(i));
         source.log().installers.clear();
