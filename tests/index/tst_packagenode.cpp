@@ -42,7 +42,6 @@ private Q_SLOTS:
     void sortKey();
     void readsManifestOnce();
     void hasItsOwnDirectory();
-    void installedFileWins();
 
 private:
     ScopedDataLocation m_data;
@@ -183,20 +182,6 @@ void TestPackageNode::hasItsOwnDirectory()
     QCOMPARE(pathOf("p"), QString("a/b/p"));
     QCOMPARE(pathOf("%2"), QString("%1/%2"));
     QCOMPARE(pathOf("bare"), QString("bare"));
-}
-
-void TestPackageNode::installedFileWins()
-{
-    const auto index = buildIndex(MemoryCatalogue().package("p", "a:b"));
-    const PackageNode *p = packageOf(index, "p");
-    QCOMPARE(p->fileUrl("f.txt"), QUrl("memory:/p/f.txt"));
-
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    QVERIFY(p->installLocation().installFile(file.fileName(), "f.txt"));
-    const QString installed = index->installLocation().directory(false).filePath("a/b/p/f.txt");
-    QCOMPARE(QDir::cleanPath(p->fileUrl("f.txt").toLocalFile()), QDir::cleanPath(installed));
-    QCOMPARE(p->fileUrl("other.txt"), QUrl("memory:/p/other.txt"));
 }
 
 QTEST_GUILESS_MAIN(TestPackageNode)
