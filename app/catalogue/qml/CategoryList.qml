@@ -23,6 +23,10 @@ ListView {
     Accessible.name: qsTr("Categories")
     ScrollBar.vertical: ScrollBar {}
 
+    Keys.forwardTo: PageKeys {
+        view: categories
+        entriesPerPage: Math.max(1, Math.floor(categories.height / Style.row))
+    }
     Keys.onReturnPressed: if (currentItem) currentItem.clicked()
     Keys.onEnterPressed: if (currentItem) currentItem.clicked()
     Keys.onSpacePressed: if (currentItem) currentItem.clicked()

@@ -106,6 +106,10 @@ FocusScope {
 
             // Another collection has its first row ready for the keyboard.
             onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
+            Keys.forwardTo: PageKeys {
+                view: list
+                entriesPerPage: Math.max(1, Math.floor(list.height / (Style.thumbnail + 2 * Style.small)))
+            }
             Keys.onReturnPressed: if (currentItem) currentItem.clicked()
             Keys.onEnterPressed: if (currentItem) currentItem.clicked()
             Keys.onDeletePressed: if (currentItem) currentItem.removed()

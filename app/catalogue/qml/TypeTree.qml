@@ -27,6 +27,10 @@ ListView {
     Accessible.name: qsTr("Types of packages")
     ScrollBar.vertical: ScrollBar {}
 
+    Keys.forwardTo: PageKeys {
+        view: tree
+        entriesPerPage: Math.max(1, Math.floor(tree.height / Style.row))
+    }
     Keys.onRightPressed: Types.setExpanded(currentIndex, true)
     Keys.onLeftPressed: Types.setExpanded(currentIndex, false)
     Keys.onReturnPressed: choose(currentIndex)
