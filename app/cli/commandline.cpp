@@ -37,6 +37,11 @@ QStringList texts(const std::vector<std::string> &values)
     return result;
 }
 
+std::string namesDirectory(const std::string &value)
+{
+    return value.empty() ? "names no directory" : std::string();
+}
+
 CLI::App &addCommand(CLI::App &app, const char *name, const char *summary, const char *examples)
 {
     auto *command = app.add_subcommand(name, summary);
@@ -160,9 +165,7 @@ void addLayDownOptions(CLI::App &command, LayDownValues &values)
 {
     command.add_option("--into", values.into, "The directory; made if it is missing")
         ->required()
-        ->check([](const std::string &value) {
-            return value.empty() ? "names no directory" : std::string();
-        })
+        ->check(namesDirectory)
         ->type_name("DIR");
     command.add_flag(
         "--link", values.link,
@@ -248,6 +251,7 @@ void addGlobalOptions(CLI::App &app, Global &global)
 {
     app.add_option("--local", global.local, "A directory of packages; repeatable")
         ->type_name("DIR")
+        ->check(namesDirectory)
         ->allow_extra_args(false);
     app.add_option("--server", global.servers, "The address of a package server; repeatable")
         ->type_name("URL")
@@ -262,7 +266,8 @@ void addGlobalOptions(CLI::App &app, Global &global)
            "--data", global.data,
            "Where nkpm keeps its own files, instead of your data "
            "directory")
-        ->type_name("DIR");
+        ->type_name("DIR")
+        ->check(namesDirectory);
     app.add_flag("--json", global.json, "Print JSON");
     app.add_flag("--verbose", global.verbose, "Print the library's log to stderr");
     app.set_version_flag("--version", "nkpm " NKPM_VERSION);

@@ -58,7 +58,11 @@ Finish addKeygen(CLI::App &app)
         "Examples:\n"
         "  nkledger keygen trust\n"
         "  nkledger keygen studio");
-    command.add_option("NAME", *name, "Path of the files, without their ends")->required();
+    command.add_option("NAME", *name, "Path of the files, without their ends")
+        ->required()
+        ->check([](const std::string &value) {
+            return value.empty() || value.back() == '/' ? "names no file" : std::string();
+        });
     return [name] { return KeygenOptions{text(*name)}; };
 }
 
@@ -314,6 +318,14 @@ ExitCode explain(const CLI::App &app, const CLI::ParseError &error, const std::s
     }
     if (!unknownName.empty()) {
         std::cerr << "nkledger: there is no command \"" << unknownName << "\" (nkledger --help)\n";
+        return Usage;
+    }
+    if (app.get_subcommands().empty()) {
+        const auto left = app.remaining();
+        std::cerr << "nkledger: "
+                  << (left.empty() ? "a command is missing"
+                                   : "there is no option \"" + left.front() + '"')
+                  << " (nkledger --help)\n";
         return Usage;
     }
     std::string command = "nkledger";

@@ -312,6 +312,7 @@ void tst_Nkpm::wrongUsage_data()
         .row("nkpm list --full", "--search")
         .row("nkpm install x", "--into")
         .row("nkpm install x --into ", "--into") // into the empty name
+        .row("nkpm list --local ", "--local: names no directory")
         .row("nkpm install --into x", "ID")
         .row("nkpm show a b", "b");
 }

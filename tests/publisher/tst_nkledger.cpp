@@ -116,9 +116,11 @@ void tst_Nkledger::keysAreGuarded()
 void tst_Nkledger::refuses_data()
 {
     Columns<int, QString>("exitCode", "expected")
-        .row("nkledger", 2, "A subcommand is required (nkledger --help)")
+        .row("nkledger", 2, "a command is missing (nkledger --help)")
+        .row("nkledger --bits", 2, "there is no option \"--bits\" (nkledger --help)")
         .row("nkledger publsh a", 2, "there is no command \"publsh\"")
         .row("nkledger keygen a --bits", 2, "--bits")
+        .row("nkledger keygen ", 2, "NAME: names no file") // the empty name
         .row("nkledger publish a", 2, "OUT_DIR is required (nkledger publish --help)")
         .row("nkledger serve a --port 70000", 2, "--port")
         .row(
