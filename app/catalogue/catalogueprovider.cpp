@@ -44,19 +44,32 @@ PackageReference *CatalogueProvider::packageReference(const QString &id)
 QString CatalogueProvider::addSource(const SourceSpec &spec)
 {
     QString fault = faultOf(spec);
-    if (!fault.isEmpty())
-        return fault;
+    if (fault.isEmpty())
+        openSource(spec);
+    return fault;
+}
+
+bool CatalogueProvider::restoreSource(const SourceSpec &spec)
+{
+    if (spec.kind != SourceKind::Local && !faultOf(spec).isEmpty())
+        return false;
+    openSource(spec);
+    return true;
+}
+
+/// Nothing if it is open already.
+void CatalogueProvider::openSource(const SourceSpec &spec)
+{
     auto source = std::make_unique<OpenSource>(spec, m_owners);
     for (const auto &other : m_sources) {
         if (other->source()->kind() == source->source()->kind()
             && other->source()->location() == source->source()->location())
-            return {};
+            return;
     }
     connect(source.get(), &OpenSource::stateChanged, this, &CatalogueProvider::sourcesChanged);
     m_repository->addSource(source->source());
     m_sources.push_back(std::move(source));
     Q_EMIT sourcesChanged();
-    return {};
 }
 
 void CatalogueProvider::removeSource(int position)

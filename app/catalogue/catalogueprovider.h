@@ -48,6 +48,9 @@ public:
 
     /// Adds the source, unless it is there already. Gives what is wrong with it, or an empty text.
     QString addSource(const SourceSpec &spec);
+    /// The same for one that was added before. A directory that isn't there now is added all the
+    /// same, with that as its fault, since it may come back. False for what can be no source.
+    bool restoreSource(const SourceSpec &spec);
     /// Removes a source of sources().
     void removeSource(int position);
     const Sources &sources() const { return m_sources; }
@@ -90,6 +93,7 @@ Q_SIGNALS:
     void textsChanged();
 
 private:
+    void openSource(const SourceSpec &spec);
     void startSummary();
     void finishSummary();
 

@@ -50,7 +50,7 @@ void SourceListModel::restore()
         const int blank = line.indexOf(separator);
         const auto kind = kindFromName(line.left(blank));
         const QString location = line.mid(blank + 1);
-        if (!kind || !m_provider.addSource({*kind, location}).isEmpty())
+        if (!kind || !m_provider.restoreSource({*kind, location}))
             m_unopened.append(line);
     }
 }

@@ -44,7 +44,7 @@ private:
     CatalogueProvider &m_provider;
     Preferences &m_preferences;
     int m_rows = 0;
-    QStringList m_unopened; // remembered sources that can't be opened now
+    QStringList m_unopened; // remembered, but no sources that this program knows
 };
 
 } // namespace nk::pm::app

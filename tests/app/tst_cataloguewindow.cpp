@@ -576,13 +576,21 @@ void CatalogueWindowTest::remembers()
     open({});
     QCOMPARE(addSource("local", NKPM_EXAMPLE_CATALOGUE), QString());
     TRY_VERIFY(shownPackages() > 0);
+    const QString removable = m_directory->filePath("removable");
+    QVERIFY(QDir().mkpath(removable + "/packages"));
+    QCOMPARE(addSource("local", removable), QString());
+    QVERIFY(QDir().rename(removable, removable + "-out"));
     m_engine->installs().install("material-wool");
     m_engine->window()->setProperty("view", "list");
     m_engine->window()->resize(900, 600);
     m_engine->window()->close();
 
     open({});
-    QCOMPARE(m_engine->provider().sourceCount(), 1);
+    QCOMPARE(m_engine->provider().sourceCount(), 2);
+    QCOMPARE(m_engine->provider().faultCount(), 1);
+    QVERIFY(QDir().rename(removable + "-out", removable));
+    m_engine->provider().refresh();
+    QCOMPARE(m_engine->provider().faultCount(), 0);
     QCOMPARE(m_engine->window()->size(), QSize(900, 600));
     QCOMPARE(m_engine->window()->property("view").toString(), QString("list"));
     TRY_COMPARE(statusOf("material-wool"), PackageReference::Installed);

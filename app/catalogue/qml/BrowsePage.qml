@@ -65,7 +65,17 @@ FocusScope {
     }
     EmptyNote {
         anchors.centerIn: parent
-        visible: Catalogue.sourceCount > 0 && Catalogue.ready && page.query.count === 0
+        visible: Catalogue.sourceCount > 0 && Catalogue.ready && Catalogue.packageCount === 0
+        symbol: "sources"
+        text: Catalogue.faultCount > 0 ? qsTr("There are no packages, as a source failed.")
+            : isNaN(Catalogue.lastUpdate.getTime()) ? qsTr("The sources have not answered yet.")
+            : qsTr("The sources have no packages.")
+        action: qsTr("Show the sources")
+        onActed: page.sourcesWanted()
+    }
+    EmptyNote {
+        anchors.centerIn: parent
+        visible: Catalogue.packageCount > 0 && page.query.count === 0
         symbol: "search"
         text: qsTr("No package fits these conditions.")
         action: qsTr("Show all packages")

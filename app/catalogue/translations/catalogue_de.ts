@@ -4,6 +4,22 @@
     <context>
         <name>BrowsePage</name>
         <message>
+            <source>There are no packages, as a source failed.</source>
+            <translation>Es gibt keine Pakete, weil eine Quelle einen Fehler hat.</translation>
+        </message>
+        <message>
+            <source>The sources have not answered yet.</source>
+            <translation>Die Quellen haben noch nicht geantwortet.</translation>
+        </message>
+        <message>
+            <source>The sources have no packages.</source>
+            <translation>Die Quellen haben keine Pakete.</translation>
+        </message>
+        <message>
+            <source>Show the sources</source>
+            <translation>Quellen zeigen</translation>
+        </message>
+        <message>
             <source>There is no source of packages yet.</source>
             <translation>Noch gibt es keine Quelle für Pakete.</translation>
         </message>
