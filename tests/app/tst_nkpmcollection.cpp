@@ -7,7 +7,6 @@
 #include "support/testfiles.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QtTest>
 
 using namespace nk::pm::test;
@@ -78,11 +77,9 @@ void TestNkpmCollection::keepsWhatItDoesNotKnow()
         "gone": {"package": "ref:1:gone"}, "view": {"zoom": 3}}})");
     QCOMPARE(packages(), (QStringList{"box things", "gone "}));
     QCOMPARE(collection({"add", "ball"}).exitCode, 0);
-    const QJsonObject saved = QJsonDocument::fromJson(readFile(m_file)).object();
-    QCOMPARE(saved["format"].toInt(), 2);
-    QCOMPARE(saved["structs"]["box"]["note"].toString(), "mine");
-    QCOMPARE(saved["structs"]["view"]["zoom"].toInt(), 3);
-    QCOMPARE(saved["structs"]["ball"]["package"].toString(), "ref:1:ball");
+    const QByteArray saved = readFile(m_file).simplified();
+    for (const char *part : {"\"format\": 2", "\"note\": \"mine\"", "\"zoom\": 3", "ref:1:ball"})
+        QVERIFY2(saved.contains(part), saved);
 
     const CallResult install =
         collection({"install", "--into", m_directory.filePath("incomplete")});

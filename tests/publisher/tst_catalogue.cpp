@@ -27,10 +27,8 @@ class tst_Catalogue : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void readsSoundTree();
     void namesFault_data();
     void namesFault();
-    void namesAllFaultsInOneRun();
     void cyclesOfDenseGraphs();
     void strictJson_data();
     void strictJson();
@@ -47,25 +45,6 @@ static QStringList problemsOf(const CatalogueTree &tree)
             problem.file + (problem.severity == Problem::Error ? ": error: " : ": warning: ")
             + problem.text);
     return lines;
-}
-
-void tst_Catalogue::readsSoundTree()
-{
-    CatalogueTree tree;
-    QCOMPARE(problemsOf(tree), QStringList());
-    tree.fillWithGoods();
-    QCOMPARE(problemsOf(tree), QStringList());
-
-    Problems problems;
-    Progress progress;
-    const Catalogue catalogue = readCatalogue(tree.path(), problems, progress);
-    QCOMPARE(catalogue.packages.size(), 3);
-    const CataloguePackage &stool = catalogue.packages[2];
-    QCOMPARE(stool.type, "furniture:chairs");
-    QCOMPARE(stool.manifest, QByteArray(R"({"size":[0.4,0.45],"title":"Stool","type":"own"})"));
-    QCOMPARE(stool.files.size(), 2);
-    QCOMPARE(stool.files[0].name, "preview.svg");
-    QCOMPARE(catalogue.links[0].file, "links/chair-is-wooden.json");
 }
 
 /// Each row is named by what has to be said.
@@ -173,7 +152,7 @@ void tst_Catalogue::namesFault_data()
     });
 }
 
-/// The fault and no other; what follows from an error may come as a warning.
+/// The fault in a tree that has no other; what follows from an error may come as a warning.
 void tst_Catalogue::namesFault()
 {
     QFETCH(Change, change);
@@ -184,21 +163,6 @@ void tst_Catalogue::namesFault()
     QVERIFY2(problems.contains(QString::fromUtf8(QTest::currentDataTag())), qPrintable(problems));
     const int errors = problems.count(": error: ");
     QCOMPARE(errors > 0 ? errors : problems.count('\n') + 1, 1);
-}
-
-void tst_Catalogue::namesAllFaultsInOneRun()
-{
-    CatalogueTree tree;
-    tree.package("p", "no JSON");
-    tree.file("dictionary/k.json", "{}");
-    tree.link("l1", "p", "needs", "k");
-    tree.link("l2", "p", "is", "q");
-    QStringList files;
-    for (const QString &line : problemsOf(tree))
-        files.append(line.section(": ", 0, 0));
-    const QStringList expected{
-        "dictionary/k.json", "links/l1.json", "links/l2.json", "packages/p/manifest.json"};
-    QCOMPARE(files, expected);
 }
 
 void tst_Catalogue::cyclesOfDenseGraphs()

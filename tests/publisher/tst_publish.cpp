@@ -13,7 +13,6 @@
 #include "support/filesizelimit.h"
 #include "support/testfiles.h"
 
-#include <QCryptographicHash>
 #include <QDateTime>
 #include <QDirIterator>
 #include <QTest>
@@ -110,12 +109,13 @@ QString errors(const PublishReport &report)
 
 } // namespace
 
+/// How a catalogue becomes a publication. What its ledger says is compared by tst_roundtrip.
 class tst_Publish : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void servesFilesByTheirDigest();
+    void othersMayReadFilesButNotState();
     void sameCatalogueSameTree();
     void reusesWhatIsUnchanged();
     void mendsWhatWasDamaged();
@@ -128,27 +128,14 @@ private Q_SLOTS:
     void twoPublishersAreKeptApart();
 };
 
-/// What the ledger says of a catalogue is compared by tst_roundtrip.
-void tst_Publish::servesFilesByTheirDigest()
+/// The web server's user reads what is served, and nothing else.
+void tst_Publish::othersMayReadFilesButNotState()
 {
     Shop shop;
-    const PublishReport report = shop.publish();
-    QVERIFY2(report.published, qPrintable(errors(report)));
-    QCOMPARE(report.newSignatures, 3);
-    const QByteArray ledger = shop.ledger();
-    QCOMPARE(report.ledgerDigest, digestOf(ledger));
-
-    const LedgerTables tables = tablesOf(ledger);
-    const PackageEntry &stool = tables.packages[2];
-    QCOMPARE(stool.files.sorted().size(), 2);
-    const QByteArray digest = QCryptographicHash::hash("v 0 0 0\n", QCryptographicHash::Sha224);
-    QCOMPARE(QByteArray(stool.files.hashOf("stool.obj"), 28), digest);
-    const QString file = shop.layout.contentFile(digest);
-    QCOMPARE(readFile(file), "v 0 0 0\n");
-
-    // The web server's user reads what is served, and nothing else.
+    QVERIFY(shop.publish().published);
     const auto others = QFile::ReadOther | QFile::ReadGroup;
-    for (const QString &path : {file, shop.layout.ledgerFile()}) {
+    for (const QString &path :
+         {shop.layout.contentFile(digestOf(QByteArray("<svg/>"))), shop.layout.ledgerFile()}) {
         QCOMPARE(QFile::permissions(path) & others, others);
         QVERIFY(!(QFile::permissions(path) & (QFile::WriteGroup | QFile::WriteOther)));
     }
@@ -260,9 +247,6 @@ void tst_Publish::refuses_data()
                 shop.tree.file("packages/loose/a.png", "png");
                 shop.tree.file("packages/loose/b.png", "png");
             })
-        .row(
-            "error of the catalogue", "links/x.json: links to \"y\"",
-            [](Shop &shop) { shop.tree.link("x", "loose", "is", "y"); })
         .row(
             "package without an issuer",
             "packages/loose/manifest.json: no issuer signs packages of type \"\"",
