@@ -3,9 +3,8 @@
 
 #include "catalogue/progress.h"
 #include "cataloguetree.h"
-#include "ledger/ledgerencoder.h"
 #include "publish/filehasher.h"
-#include "publish/publication.h"
+#include "publish/layout.h"
 #include "publish/publish.h"
 #include "sources/ledgerloader.h"
 #include "sources/verifiedsignatures.h"
