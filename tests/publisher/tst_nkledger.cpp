@@ -3,6 +3,7 @@
 
 #include "cataloguetree.h"
 #include "nkledgerprocess.h"
+#include "publish/filehasher.h"
 #include "publish/layout.h"
 #include "support/columns.h"
 #include "support/testfiles.h"
@@ -12,14 +13,12 @@
 #include <QJsonArray>
 #include <QTest>
 
-#include <functional>
-
 using namespace nk::pm::test;
 using nk::pm::publisher::Layout;
 
 namespace {
 
-/// A directory with keys, a catalogue and, once it is published, "public".
+/// A directory with keys, a catalogue and its publication "public".
 struct Workshop
 {
     QTemporaryDir directory;
@@ -30,6 +29,7 @@ struct Workshop
     {
         makeKeys(directory.path());
         tree.fillWithGoods();
+        publish();
     }
 
     CallResult call(const QStringList &arguments) const
@@ -108,7 +108,7 @@ void tst_Nkledger::keysAreGuarded()
     QCOMPARE(workshop.call(issue).exitCode, 1);
     QCOMPARE(readFile(workshop.path("studio-issuer.json")), record);
     // Half a pair is no pair, and nothing half-written stays behind.
-    QDir(workshop.directory.path()).mkdir("other.pem");
+    makeLink(workshop.path("other.pem"), "nowhere/x");
     QCOMPARE(workshop.call({"keygen", "other"}).exitCode, 1);
     QCOMPARE(QDir(workshop.directory.path()).entryList({"other*"}, QDir::Files), QStringList());
 }
@@ -158,8 +158,6 @@ void tst_Nkledger::refuses()
     QFETCH(int, exitCode);
     QFETCH(QString, expected);
     static const Workshop workshop;
-    if (!QFileInfo::exists(workshop.layout.ledgerFile()))
-        workshop.publish();
     const CallResult result = workshop.call(QString(QTest::currentDataTag()).split(' ').mid(1));
     QCOMPARE(result.exitCode, exitCode);
     QVERIFY2(result.errors.contains(expected), qPrintable(result.errors));
@@ -172,6 +170,7 @@ void tst_Nkledger::refuses()
 void tst_Nkledger::allFaultsOfACatalogue()
 {
     Workshop workshop;
+    const QByteArray before = readFile(workshop.layout.ledgerFile());
     workshop.tree.package("p", "[]");
     workshop.tree.link("x", "stool", "uses", "nothing");
     workshop.tree.file("packages/loose/a b", "blank");
@@ -186,7 +185,7 @@ void tst_Nkledger::allFaultsOfACatalogue()
     QCOMPARE(errors[3], "nkledger: nothing was published because of 2 errors");
     QCOMPARE(result.json()["published"].toBool(), false);
     QCOMPARE(result.json()["problems"].toArray().size(), 3);
-    QVERIFY(!QFileInfo::exists(workshop.layout.ledgerFile()));
+    QCOMPARE(readFile(workshop.layout.ledgerFile()), before);
 
     const CallResult checked = workshop.call({"check", workshop.tree.path()});
     QCOMPARE(checked.exitCode, 1);
@@ -195,30 +194,28 @@ void tst_Nkledger::allFaultsOfACatalogue()
 
 void tst_Nkledger::verifyNamesTheRecord_data()
 {
-    QTest::addColumn<QByteArray>("before");
-    QTest::addColumn<QByteArray>("after");
-    QTest::addColumn<QStringList>("problems");
-    const auto row = [](const char *name, const QByteArray &before, const QByteArray &after,
-                        const QStringList &problems) {
-        QTest::newRow(name) << before << after << problems;
-    };
-    row("nothing", "ldgr", "ldgr", {});
-    row("manifest", "\"Stool\"", "\"Sofa!\"",
-        {"package 2 \"stool\": the signature isn't that of issuer 0 Studio"});
-    row("manifest's syntax", "{\"size\"", "[\"size\"",
-        {"package 2 \"stool\": the manifest isn't JSON: missing value separator"});
-    row("file name", "oak.png", "oak.jpg",
-        {"package 1 \"oak\": the signature isn't that of issuer 0 Studio"});
-    row("link's end", QByteArray("\2\0\0\0\1\0\0\0", 8), QByteArray("\2\0\0\0\x63\0\0\0", 8),
-        {"link 3: ends at a record that doesn't exist"});
-    // With the issuer's key no package's signature fits any more.
     const QByteArray keyStart = QByteArray::fromHex("302a300506032b65700321");
-    row("issuer's key", keyStart + '\0', keyStart + '\1',
-        {"issuer 0 Studio: not signed by the trust key",
-         "issuer 0 Studio: the public key is unusable",
-         "package 0 \"loose\": the signature isn't that of issuer 0 Studio",
-         "package 1 \"oak\": the signature isn't that of issuer 0 Studio",
-         "package 2 \"stool\": the signature isn't that of issuer 0 Studio"});
+    Columns<QByteArray, QByteArray, QStringList>("before", "after", "problems")
+        .row("nothing", "ldgr", "ldgr", {})
+        .row(
+            "manifest", "\"Stool\"", "\"Sofa!\"",
+            {"package 2 \"stool\": the signature isn't that of issuer 0 Studio"})
+        .row(
+            "manifest's syntax", "{\"size\"", "[\"size\"",
+            {"package 2 \"stool\": the manifest isn't JSON: missing value separator"})
+        .row(
+            "file name", "oak.png", "oak.jpg",
+            {"package 1 \"oak\": the signature isn't that of issuer 0 Studio"})
+        .row(
+            "link's end", QByteArray("\2\0\0\0\1\0\0\0", 8), QByteArray("\2\0\0\0\x63\0\0\0", 8),
+            {"link 3: ends at a record that doesn't exist"})
+        .row(
+            "issuer's key", keyStart + '\0', keyStart + '\1',
+            {"issuer 0 Studio: not signed by the trust key",
+             "issuer 0 Studio: the public key is unusable",
+             "package 0 \"loose\": the signature isn't that of issuer 0 Studio",
+             "package 1 \"oak\": the signature isn't that of issuer 0 Studio",
+             "package 2 \"stool\": the signature isn't that of issuer 0 Studio"});
 }
 
 void tst_Nkledger::verifyNamesTheRecord()
@@ -226,7 +223,6 @@ void tst_Nkledger::verifyNamesTheRecord()
     QFETCH(QByteArray, before);
     QFETCH(QByteArray, after);
     const Workshop workshop;
-    workshop.publish();
     QByteArray ledger = readFile(workshop.layout.ledgerFile());
     const int position = ledger.lastIndexOf(before);
     QVERIFY(position >= 0);
@@ -241,17 +237,11 @@ void tst_Nkledger::verifyNamesTheRecord()
 void tst_Nkledger::verifyNamesTheFile()
 {
     Workshop workshop;
-    workshop.publish();
-    const QDir files(workshop.layout.filesDirectory());
-    const auto digestName = [&](qint64 size) {
-        for (const QFileInfo &file : files.entryInfoList(QDir::Files)) {
-            if (file.size() == size)
-                return file.filePath();
-        }
-        return QString();
+    const auto fileOf = [&](const QByteArray &content) {
+        return workshop.layout.contentFile(nk::pm::publisher::digestOf(content));
     };
-    writeFile(digestName(8), "v 0 0 1\n");
-    QVERIFY(QFile::remove(digestName(200000)));
+    writeFile(fileOf("v 0 0 0\n"), "v 0 0 1\n");
+    QVERIFY(QFile::remove(fileOf(QByteArray(200000, 'o'))));
     const CallResult result = workshop.verify();
     QCOMPARE(result.exitCode, 1);
     const QStringList errors = result.errors.trimmed().split('\n');
@@ -264,7 +254,6 @@ void tst_Nkledger::verifyNamesTheFile()
 void tst_Nkledger::diffNamesTheChanges()
 {
     Workshop workshop;
-    workshop.publish();
     QVERIFY(QFile::copy(workshop.layout.ledgerFile(), workshop.path("before")));
     QCOMPARE(workshop.call({"diff", "before", "public"}).output, QByteArray());
 
@@ -298,7 +287,6 @@ void tst_Nkledger::diffNamesTheChanges()
 void tst_Nkledger::prunesWhatNothingNames()
 {
     Workshop workshop;
-    workshop.publish();
     workshop.tree.remove("packages/materials/oak/oak.png");
     workshop.publish();
     writeFile(workshop.layout.filesDirectory() + "/robots.txt", "not ours");
@@ -322,7 +310,6 @@ void tst_Nkledger::prunesWhatNothingNames()
 void tst_Nkledger::inspectsAClientsLedger()
 {
     const Workshop workshop;
-    workshop.publish();
     QByteArray wrapped;
     QDataStream stream(&wrapped, QIODevice::WriteOnly);
     stream << QByteArray("\"etag\"") << readFile(workshop.layout.ledgerFile());
@@ -363,7 +350,6 @@ void tst_Nkledger::sameNamesInEveryLocale()
 void tst_Nkledger::killedPublisherLeavesAWholePublication()
 {
     Workshop workshop;
-    workshop.publish();
     const auto filesWritten = [&] {
         return QDir(workshop.layout.stagingDirectory()).entryList(QDir::Files).size()
                + QDir(workshop.layout.filesDirectory()).entryList(QDir::Files).size();
