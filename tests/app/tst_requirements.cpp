@@ -56,6 +56,9 @@ void tst_Requirements::order()
     for (const auto *node : cli::withRequirements(start))
         order += node->id();
     QTEST(order, "order");
+    auto direct = cli::requirementsOf(start.first()); // each once too
+    std::sort(direct.begin(), direct.end());
+    QVERIFY(std::adjacent_find(direct.begin(), direct.end()) == direct.end());
 }
 
 void tst_Requirements::longChain()
