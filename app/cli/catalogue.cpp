@@ -3,7 +3,7 @@
 
 #include "catalogue.h"
 
-#include "output.h"
+#include "answerwait.h"
 
 #include "network/directoryfault.h"
 
@@ -14,19 +14,14 @@
 
 #include <QDir>
 #include <QEventLoop>
-#include <QHash>
 #include <QTimer>
 
-#include <algorithm>
 #include <chrono>
-#include <numeric>
 
 namespace nk::pm::cli {
 namespace {
 
 constexpr std::chrono::seconds translationPatience{10};
-constexpr std::chrono::seconds answerPatience{20}; // without a byte
-constexpr std::chrono::milliseconds progressInterval{500};
 
 QString faultOf(const TrackedSource &source, const PackageAccessor &snapshot)
 {
@@ -37,34 +32,6 @@ QString faultOf(const TrackedSource &source, const PackageAccessor &snapshot)
         return network->fault();
     return source.refusalOf(snapshot);
 }
-
-/// Tells on a terminal how much has come from all sources together, once that takes a while.
-class AnswerProgress
-{
-public:
-    AnswerProgress()
-    {
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { show(); });
-        m_timer.start(progressInterval);
-    }
-
-    void note(const app::SourceNetwork *network, qint64 bytes)
-    {
-        qint64 &known = m_bytes[network];
-        known = std::max(known, bytes); // where a redirect leads, it begins again
-    }
-
-private:
-    void show()
-    {
-        const qint64 bytes = std::accumulate(m_bytes.cbegin(), m_bytes.cend(), qint64(0));
-        m_line.show(QStringLiteral("Waiting for the sources: %1 bytes so far").arg(bytes));
-    }
-
-    QHash<const app::SourceNetwork *, qint64> m_bytes;
-    QTimer m_timer;
-    Progress m_line;
-};
 
 } // namespace
 
@@ -119,31 +86,12 @@ void Catalogue::makeNetworkSources()
 
 void Catalogue::waitForAnswers()
 {
-    QEventLoop loop;
-    const auto haveAllPolled = [this] {
-        return std::all_of(m_sources.begin(), m_sources.end(), [](const auto &source) {
-            return !source->network() || source->network()->hasPolled();
-        });
-    };
-    QTimer patience;
-    connect(&patience, &QTimer::timeout, &loop, &QEventLoop::quit);
-    patience.start(answerPatience);
-    AnswerProgress progress;
+    AnswerWait wait;
     for (const auto &source : m_sources) {
-        const app::SourceNetwork *network = source->network();
-        if (!network)
-            continue;
-        connect(network, &app::SourceNetwork::polled, &loop, [&] {
-            if (haveAllPolled())
-                loop.quit();
-        });
-        connect(network, &app::SourceNetwork::pollProgress, &loop, [&, network](qint64 bytes) {
-            patience.start(); // patience is for silence: a large answer may take its time
-            progress.note(network, bytes);
-        });
+        if (source->network())
+            wait.add(source->network());
     }
-    if (!haveAllPolled())
-        loop.exec();
+    wait.exec();
 }
 
 void Catalogue::waitForIndex()
