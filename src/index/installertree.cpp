@@ -26,8 +26,7 @@ public:
     std::unique_ptr<PackageInstaller> build(const PackageNode &package)
     {
         auto root = m_make(package);
-        if (root)
-            open(package, root.get());
+        open(package, root.get());
         while (!m_path.empty())
             advance();
         return root;
@@ -60,8 +59,6 @@ private:
         if (m_onPath.contains(&package) || isOneTooMany(package))
             return;
         auto installer = m_make(package);
-        if (!installer)
-            return;
         PackageInstaller *const child = installer.get();
         m_path.back().installer->addChild(std::move(installer));
         open(package, child);

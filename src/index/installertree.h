@@ -11,7 +11,7 @@ namespace nk::pm {
 class PackageInstaller;
 class PackageNode;
 
-/// Makes the installer of one package alone.
+/// Makes the installer of one package alone, never null.
 using InstallerFactory = std::function<std::unique_ptr<PackageInstaller>(const PackageNode &)>;
 
 /// Installers in a tree from which on packages that are in it already are passed over.

@@ -3,15 +3,35 @@
 
 #include "index/packageindexnode.h"
 
+#include "index/indexlogging.h"
 #include "index/installertree.h"
 #include "index/packageindex.h"
 #include "index/packagekeywords.h"
 #include "index/sortkey.h"
 #include "index/typesearch.h"
 #include "install/packageinstaller.h"
+#include "install/packagepath.h"
 #include "repository/packageaccessor.h"
 
+#include <QFileInfo>
+
 namespace nk::pm {
+
+namespace {
+
+/// Stands for a package that can't be installed.
+class FailedInstaller final : public PackageInstaller
+{
+public:
+    explicit FailedInstaller(const QString &message)
+        : PackageInstaller(InstallLocation())
+    {
+        addError(0, message);
+        finish();
+    }
+};
+
+} // namespace
 
 PackageIndexNode::PackageIndexNode(PackageIndex *index, const QString &id, Kind kind)
     : m_index(index)
@@ -92,33 +112,50 @@ QString PackageNode::sortKey() const
     return m_sortKey;
 }
 
-/// The package's directory, relative to a root.
-QString PackageNode::installPath() const
+/// The package's directory below \a root; invalid if the package's names are refused.
+InstallLocation PackageNode::locationBelow(const InstallLocation &root) const
 {
-    const QString levels = m_type.toString().replace(QLatin1Char(':'), QLatin1Char('/'));
-    return QStringLiteral("%1/%2").arg(levels, id());
+    const QString path = packagePath(m_type.toString(), id().toString());
+    return path.isEmpty() ? InstallLocation() : root.subLocation(path);
 }
 
 InstallLocation PackageNode::installLocation() const
 {
-    return index()->installLocation().subLocation(installPath());
+    return locationBelow(index()->installLocation());
 }
 
+// A name with a separator would be looked for in the directory of another package.
 QUrl PackageNode::fileUrl(const QString &fileName) const
 {
-    const QString installed = installLocation().pathToFile(fileName);
-    if (!installed.isEmpty())
-        return QUrl::fromLocalFile(installed);
+    if (isPathComponent(fileName)) {
+        const QString installed = installLocation().pathToFile(fileName);
+        if (QFileInfo(installed).isFile())
+            return QUrl::fromLocalFile(installed);
+    }
     return accessor()->fileUrl(m_entryIndex, fileName);
+}
+
+/// The installer of this package alone, never null.
+std::unique_ptr<PackageInstaller> PackageNode::createOwnInstaller(const InstallLocation &root) const
+{
+    if (packagePath(m_type.toString(), id().toString()).isEmpty()) {
+        qCWarning(lcPackageIndex) << "Package" << id() << "of type" << m_type
+                                  << "has no directory of its own and isn't installed";
+        return std::make_unique<FailedInstaller>(
+            QStringLiteral("Package %1 has no directory of its own").arg(id()));
+    }
+    auto installer = accessor()->createInstaller(m_entryIndex, locationBelow(root));
+    if (!installer)
+        return std::make_unique<FailedInstaller>(
+            QStringLiteral("No installer for package %1").arg(id()));
+    return installer;
 }
 
 std::unique_ptr<PackageInstaller> PackageNode::createInstaller(const InstallLocation &root) const
 {
     const InstallLocation base = root.isValid() ? root : index()->installLocation();
-    return createInstallerTree(*this, [&base](const PackageNode &node) {
-        const InstallLocation location = base.subLocation(node.installPath());
-        return node.accessor()->createInstaller(node.m_entryIndex, location);
-    });
+    return createInstallerTree(
+        *this, [&base](const PackageNode &node) { return node.createOwnInstaller(base); });
 }
 
 KeywordNode::KeywordNode(PackageIndex *index, const QString &id)

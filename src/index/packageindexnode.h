@@ -103,17 +103,21 @@ public:
     /// Orders packages of one type in the index: what the package is, in canonical texts.
     QString sortKey() const;
 
-    /// The package's own directory below the index's root.
+    /// The package's own directory below the index's root. Invalid if the identifier or a level of
+    /// the type isn't an ordinary path component: such a package is shown, but not installed.
     InstallLocation installLocation() const;
-    /// Where \a fileName can be had now: the installed file, else what the source gives.
+    /// Where \a fileName can be had now: the installed file, else what the source gives. Always the
+    /// latter for a name with a separator.
     QUrl fileUrl(const QString &fileName) const;
     /// A working tree of installers for the package and everything that it requires, below \a root;
-    /// below the index's own root if \a root is invalid. GUI thread.
+    /// below the index's own root if \a root is invalid. Never null: what can't be installed has an
+    /// installer that has failed. GUI thread.
     std::unique_ptr<PackageInstaller> createInstaller(const InstallLocation &root) const;
 
 private:
     const QJsonObject &cachedManifest() const;
-    QString installPath() const;
+    InstallLocation locationBelow(const InstallLocation &root) const;
+    std::unique_ptr<PackageInstaller> createOwnInstaller(const InstallLocation &root) const;
 
     const QStringRef m_type;
     const QStringRef m_revision;

@@ -4,7 +4,7 @@
 #include "install/installdirectory.h"
 
 #include "install/filecopy.h"
-#include "install/installpath.h"
+#include "install/packagepath.h"
 
 #include <QFileInfo>
 
@@ -20,11 +20,13 @@ InstallDirectory::InstallDirectory(const InstallLocation &location)
     , m_path(absolutePath(location.directory(false)))
 {}
 
-// A link neither replaces nor follows what stands at the target, so that a plain name needs no look
-// at it first. Whatever keeps the link from being made is left to the long way.
+// A link neither replaces nor follows what stands at the target, so that there is no look at it
+// first. Whatever keeps the link from being made is left to the long way.
 bool InstallDirectory::installFile(const QString &source, const QString &fileName) const
 {
-    const bool linked = !m_path.isEmpty() && isPlainName(fileName) && QFileInfo(source).isFile()
+    if (!isPathComponent(fileName))
+        return false;
+    const bool linked = !m_path.isEmpty() && QFileInfo(source).isFile()
                         && hardLink(source, m_path + QLatin1Char('/') + fileName);
     return linked || m_location.installFile(source, fileName);
 }

@@ -9,15 +9,16 @@
 
 namespace nk::pm {
 
-/// Lays many files down in one location, as InstallLocation::installFile() does, but looks at the
-/// location's own directory once instead of once for each file. For the short life of a job, on its
-/// thread.
+/// Lays a package's files down in its location, as InstallLocation::installFile() does, but looks
+/// at the location's own directory once instead of once for each file. For the short life of a job,
+/// on its thread.
 class InstallDirectory
 {
 public:
     explicit InstallDirectory(const InstallLocation &location);
 
-    /// InstallLocation::installFile().
+    /// InstallLocation::installFile(), but false for a name with a separator: a directory below a
+    /// package's own belongs to another package.
     bool installFile(const QString &source, const QString &fileName) const;
 
 private:

@@ -92,13 +92,13 @@ bool InstallLocation::installFile(const QString &source, const QString &fileName
     const QString target = targetPath(fileName);
     if (target.isEmpty())
         return false;
-    if (QFileInfo::exists(target))
+    if (QFileInfo(target).isFile())
         return true;
     // Opening a pipe would block the thread for good, and links to links lead astray.
     if (!QFileInfo(source).isFile())
         return false;
     directory(true);
-    return hardLink(source, target) || copyFile(source, target) || QFileInfo::exists(target);
+    return hardLink(source, target) || copyFile(source, target) || QFileInfo(target).isFile();
 }
 
 QString InstallLocation::targetPath(const QString &fileName) const

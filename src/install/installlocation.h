@@ -56,8 +56,9 @@ public:
     QString pathToFile(const QString &fileName) const;
 
     /// Lays the file at \a source down as \a fileName: by a hard link, else by a copy. A file that
-    /// stands there already is left as it is and counts as installed. Only the location's own
-    /// directory is created, so that a name with "/" fails unless that sub-directory exists.
+    /// stands there already is left as it is and counts as installed; a directory doesn't. Only the
+    /// location's own directory is created, so that a name with "/" fails unless that sub-directory
+    /// exists.
     bool installFile(const QString &source, const QString &fileName) const;
 
 private:

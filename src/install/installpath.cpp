@@ -44,13 +44,6 @@ QString pathInside(const QString &base, const QString &joined)
     return leaves ? QString() : cleaned;
 }
 
-bool isPlainName(const QString &fileName)
-{
-    return !fileName.isEmpty() && fileName != QLatin1String(".") && fileName != QLatin1String("..")
-           && !QDir::fromNativeSeparators(fileName).contains(QLatin1Char('/'))
-           && !holdsForbiddenCharacter(fileName);
-}
-
 QString filePathInside(const QString &base, const QString &fileName)
 {
     if (fileName.isEmpty() || QDir::fromNativeSeparators(fileName).startsWith(QLatin1Char('/')))

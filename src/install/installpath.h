@@ -18,9 +18,6 @@ QString pathInside(const QString &base, const QString &joined);
 /// empty, absolute, leads out of \a base or names \a base itself.
 QString filePathInside(const QString &base, const QString &fileName);
 
-/// Whether \a fileName names an entry of whatever directory it is joined to, and nothing else.
-bool isPlainName(const QString &fileName);
-
 /// Whether every symbolic link among the existing steps from the directory \a root to \a root /
 /// \a path leads to a place below \a root. A dangling link doesn't.
 bool linksStayInside(const QString &root, const QString &path);

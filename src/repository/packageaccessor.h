@@ -82,7 +82,7 @@ public:
     /// URL of the source or of the local file proxy. Invalid if the package has no such file.
     virtual QUrl fileUrl(int index, const QString &fileName) const = 0;
     /// A new, already working installer of this one package into \a location, which is the
-    /// package's own directory. GUI thread.
+    /// package's own directory. Null counts as an install that failed. GUI thread.
     virtual std::unique_ptr<PackageInstaller> createInstaller(
         int index, const InstallLocation &location) const = 0;
 

@@ -85,6 +85,7 @@ private Q_SLOTS:
     void statusRisesToTheRoot();
     void longChainKeepsItsShape();
     void manyRepetitionsAreCut();
+    void accessorWithoutInstallers();
 
 private:
     ScopedDataLocation m_data;
@@ -195,6 +196,30 @@ void TestInstallerTree::manyRepetitionsAreCut()
 
     fixture.installer("1");
     QCOMPARE(log.lines("warning").size(), 2);
+}
+
+void TestInstallerTree::accessorWithoutInstallers()
+{
+    struct NoInstallers : MemoryAccessor
+    {
+        using MemoryAccessor::MemoryAccessor;
+        std::unique_ptr<PackageInstaller> createInstaller(
+            int, const InstallLocation &) const override
+        {
+            return nullptr;
+        }
+    };
+    MemorySource lower;
+    lower.catalogue.package("q").package("r");
+    lower.accessorMaker = [&] { return std::make_unique<NoInstallers>(lower.catalogue); };
+    MemorySource source;
+    source.catalogue.package("p").linked("p requires q, q requires r");
+    const auto index = buildIndex({&lower, &source});
+    const auto root = packageOf(index, "p")->createInstaller({});
+    source.installer("p")->succeed();
+    QCOMPARE(root->status(), PackageInstaller::Failed);
+    QCOMPARE(
+        messages(*root), (QStringList{"No installer for package q", "No installer for package r"}));
 }
 
 QTEST_GUILESS_MAIN(TestInstallerTree)

@@ -4,9 +4,12 @@
 #include "index/packageindexnode.h"
 
 #include "index/packageindex.h"
+#include "install/packageinstaller.h"
 #include "support/columns.h"
+#include "support/logrecorder.h"
 #include "support/memorysource.h"
 #include "support/scopeddatalocation.h"
+#include "support/testfiles.h"
 
 #include <QtTest>
 
@@ -41,6 +44,7 @@ private Q_SLOTS:
     void sortKey_data();
     void sortKey();
     void readsManifestOnce();
+    void hasItsOwnDirectory_data();
     void hasItsOwnDirectory();
 
 private:
@@ -169,19 +173,50 @@ void TestPackageNode::readsManifestOnce()
     }
 }
 
+void TestPackageNode::hasItsOwnDirectory_data()
+{
+    Columns<QString, QString, QString>("type", "id", "path")
+        .row("levels are directories", "a:b", "p", "a/b/p")
+        .row("no placeholders", "%1", "%2", "%1/%2")
+        .row("without a type", "", "bare", "bare")
+        .row("only full stops", "...", "....", ".../....")
+        .row("identifier leads up", "translation", "../furniture/victim", "")
+        .row("identifier has levels", "", "furniture/chair", "")
+        .row("identifier goes round", "a", "x/../p", "")
+        .row("identifier is the directory", "a", ".", "")
+        .row("identifier is the parent", "a", "..", "")
+        .row("no identifier", "a", "", "")
+        .row("NUL", "a", QString("p") + QChar(0), "")
+        .row("half a character", "a", QString("p") + QChar(0xd800), "")
+        .row("level leads up", "a:..", "p", "")
+        .row("level with a separator", "a/b", "p", "")
+        .row("empty level", "a::b", "p", "")
+        .row("empty last level", "a:", "p", "");
+}
+
 void TestPackageNode::hasItsOwnDirectory()
 {
-    MemoryCatalogue catalogue;
-    catalogue.package("p", "a:b").package("%2", "%1").package("bare");
-    const auto index = buildIndex(catalogue);
-    const QDir root = index->installLocation().directory(false);
-    const auto pathOf = [&](const QString &id) {
-        const QDir directory = packageOf(index, id)->installLocation().directory(false);
-        return root.relativeFilePath(QDir::cleanPath(directory.absolutePath()));
-    };
-    QCOMPARE(pathOf("p"), QString("a/b/p"));
-    QCOMPARE(pathOf("%2"), QString("%1/%2"));
-    QCOMPARE(pathOf("bare"), QString("bare"));
+    QFETCH(QString, type);
+    QFETCH(QString, id);
+    QFETCH(QString, path);
+    const auto index = buildIndex(MemoryCatalogue().package(id, type));
+    const PackageNode *node = packageOf(index, id);
+    const QString root = index->installLocation().directory(false).absolutePath() + '/';
+    const InstallLocation location = node->installLocation();
+    QCOMPARE(location.isValid(), !path.isEmpty());
+    if (location.isValid())
+        QCOMPARE(location.directory(true).path(), root + path);
+    const QString name = location.isValid() ? "f" : "victim";
+    writeFile(root + path + '/' + name, "content");
+    QCOMPARE(node->fileUrl(name).isLocalFile(), location.isValid());
+    writeFile(root + path + "/leg/f", "another package's");
+    QVERIFY(!node->fileUrl("leg").isLocalFile() && !node->fileUrl("leg/f").isLocalFile());
+
+    LogRecorder log("norvak.package.index");
+    const auto installer = node->createInstaller(InstallLocation());
+    QCOMPARE(installer->errors().size(), location.isValid() ? 0 : 1);
+    QCOMPARE(installer->isFinished(), !location.isValid());
+    QCOMPARE(log.lines("warning").size(), location.isValid() ? 0 : 1);
 }
 
 QTEST_GUILESS_MAIN(TestPackageNode)

@@ -264,9 +264,12 @@ void PackageServerInstallerTest::fullDisk()
 
 void PackageServerInstallerTest::hostileNamesStayInside()
 {
+    m_location.subLocation("leg").directory(true);
     for (const QString &name :
          {QString("../escaped"), QString("../../../../../../../../tmp/escaped"),
-          m_data.filePath("escaped"), QString("x/../../escaped"), QString("."), QString()}) {
+          m_data.filePath("escaped"), QString("x/../../escaped"), QString("."), QString(),
+          // What lies below is another package's.
+          QString("leg"), QString("leg/escaped")}) {
         serve(name, "alpha");
         const auto installer = install();
         QTRY_COMPARE(installer->status(), PackageInstaller::Failed);
