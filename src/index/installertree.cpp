@@ -3,7 +3,7 @@
 
 #include "index/installertree.h"
 
-#include "index/indexlogging.h"
+#include "index/packageindex.h"
 #include "index/packageindexnode.h"
 #include "install/packageinstaller.h"
 
@@ -12,8 +12,6 @@
 #include <vector>
 
 namespace nk::pm {
-
-namespace {
 
 /// One tree in the making, package by package in the order of a walk that goes down first.
 class InstallerTreeBuilder
@@ -77,12 +75,8 @@ private:
     {
         if (m_count < maxRepeatingInstallers || !m_inTree.contains(&package))
             return false;
-        if (!m_isReported) {
-            qCWarning(lcPackageIndex) << "Package" << m_path.front().package->id()
-                                      << "requires too many packages repeatedly; each is installed"
-                                         " once from now on";
-            m_isReported = true;
-        }
+        const PackageNode *root = m_path.front().package;
+        root->index()->reportManyRepetitions(root->id());
         return true;
     }
 
@@ -91,10 +85,7 @@ private:
     QSet<const PackageNode *> m_onPath;
     QSet<const PackageNode *> m_inTree;
     int m_count = 0;
-    bool m_isReported = false;
 };
-
-} // namespace
 
 std::unique_ptr<PackageInstaller> createInstallerTree(
     const PackageNode &package, const InstallerFactory &make)

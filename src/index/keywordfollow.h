@@ -45,4 +45,10 @@ inline bool isKeyword(const PackageIndexNode *node)
     return node->kind() == PackageIndexNode::Keyword;
 }
 
+/// Whether the far end of \a link is a keyword, and the near end one of its kind.
+inline bool isIsA(const NodeLink &link)
+{
+    return link.type == IsA && isKeyword(link.node);
+}
+
 } // namespace nk::pm

@@ -5,7 +5,6 @@
 
 #include <norvakpackagemanager_export.h>
 
-#include <QMetaType>
 #include <QSharedPointer>
 #include <QString>
 #include <QVector>

@@ -24,8 +24,8 @@ class KeywordReach
 public:
     using Test = std::function<bool(const KeywordNode &)>;
 
-    /// Takes time by the number of keywords and of the links between them. Refers to \a index's
-    /// nodes, but doesn't keep them alive.
+    /// Takes time by the number of keywords and of the links between them. Nothing of \a index is
+    /// referred to afterwards.
     KeywordReach(const PackageIndex &index, const Test &test);
 
     /// Whether this was made for \a index. False for one at the same address that came later.

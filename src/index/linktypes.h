@@ -16,7 +16,7 @@ enum LinkType : int {
     Contains = 1,  ///< the keyword holds, and what it contains and relates to
     RelatesTo = 2, ///< the keyword holds, and what it relates to
     IsNotA = 3,    ///< the keyword doesn't hold, whatever else leads to it
-    Is = 4,        ///< the same as RelatesTo
+    Is = 4,        ///< the keyword holds, and what it relates to; in the order of packages a trait
     Uses = 5,      ///< the keyword alone holds
     Requires = 6,  ///< the package at the other end is installed too
 };

@@ -77,12 +77,14 @@ public:
 
 private:
     Q_DISABLE_COPY(PackageIndex)
+    friend class InstallerTreeBuilder;
     friend class PackageNode;
     friend class KeywordReach;
 
     void buildIndex(unsigned int accessorIndex);
     void buildGraph(unsigned int accessorIndex);
     void reportLongSortKey(const QStringRef &id);
+    void reportManyRepetitions(const QStringRef &id);
 
     QScopedPointer<PackageIndexPrivate> d;
 };

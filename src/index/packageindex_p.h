@@ -36,6 +36,7 @@ struct PackageIndexPrivate
     std::vector<std::unique_ptr<PackageAccessor>> accessors;
     InstallLocation installLocation;
     bool longSortKeyReported = false;
+    bool manyRepetitionsReported = false; // after the build, GUI thread
 
     explicit PackageIndexPrivate(PackageIndex *index);
 
@@ -43,6 +44,9 @@ struct PackageIndexPrivate
     void addNode(std::unique_ptr<PackageIndexNode> node);
     void chooseActiveLanguage();
     void finishTables();
+    /// Tells each keyword whether it leads into a cycle of IsA links, and the log of one such
+    /// cycle.
+    void markCycles();
 };
 
 } // namespace nk::pm

@@ -31,12 +31,6 @@ std::unique_ptr<PackageIndexNode> makeKeywordNode(const KeywordInfo &info, Packa
     return nullptr;
 }
 
-/// Whether the application is on its way out; both passes end at the next record then.
-bool isGivenUp()
-{
-    return isClosingDown();
-}
-
 } // namespace
 
 void PackageIndexPrivate::addNode(std::unique_ptr<PackageIndexNode> node)
@@ -45,20 +39,21 @@ void PackageIndexPrivate::addNode(std::unique_ptr<PackageIndexNode> node)
     arena.push_back(std::move(node));
 }
 
-/// First pass: all nodes of one accessor. Later accessors replace earlier ones' nodes, whole.
+/// First pass: all nodes of one accessor. Later accessors replace earlier ones' nodes, whole. Both
+/// passes end at the next record when the application closes down.
 void PackageIndex::buildIndex(unsigned int accessorIndex)
 {
     PackageAccessor *source = d->accessors[accessorIndex].get();
     source->load();
 
     const int packageCount = source->packageCount();
-    for (int i = 0; i < packageCount && !isGivenUp(); ++i) {
+    for (int i = 0; i < packageCount && !isClosingDown(); ++i) {
         d->addNode(
             std::make_unique<PackageNode>(this, source->packageInfo(i), int(accessorIndex), i));
     }
 
     const int keywordCount = source->keywordCount();
-    for (int i = 0; i < keywordCount && !isGivenUp(); ++i) {
+    for (int i = 0; i < keywordCount && !isClosingDown(); ++i) {
         const KeywordInfo info = source->keywordInfo(i);
         if (info.strings.isEmpty())
             continue;
@@ -72,7 +67,7 @@ void PackageIndex::buildGraph(unsigned int accessorIndex)
 {
     const PackageAccessor *source = d->accessors[accessorIndex].get();
     const int linkCount = source->linkCount();
-    for (int i = 0; i < linkCount && !isGivenUp(); ++i) {
+    for (int i = 0; i < linkCount && !isClosingDown(); ++i) {
         const LinkInfo info = source->linkInfo(i);
         if (info.from.isEmpty() || info.to.isEmpty() || info.type == -1)
             continue;
@@ -100,6 +95,7 @@ void PackageIndexPrivate::finishTables()
     sortKeywords(keywords);
     for (int i = 0; i < keywords.size(); ++i)
         keywords.at(i)->m_number = i;
+    markCycles();
     sortPackages(packages);
     typeRanges = typeRangesOf(packages);
 }
@@ -111,6 +107,17 @@ void PackageIndex::reportLongSortKey(const QStringRef &id)
     d->longSortKeyReported = true;
     qCWarning(lcPackageIndex) << "Keywords above package" << id
                               << "are too many to sort by; the rest is passed over";
+}
+
+void PackageIndex::reportManyRepetitions(const QStringRef &id)
+{
+    if (d->manyRepetitionsReported)
+        return;
+    d->manyRepetitionsReported = true;
+    qCWarning(lcPackageIndex)
+        << "Package" << id
+        << "requires too many packages repeatedly; each is installed once from"
+           " now on";
 }
 
 } // namespace nk::pm

@@ -147,6 +147,8 @@ public:
 
     /// Whether some package of \a type reaches this keyword along links that pass its meaning on.
     bool isUsedByType(const QStringRef &type) const;
+    /// Whether IsA links lead from here to a keyword from which they lead back to it.
+    bool leadsIntoCycle() const { return m_leadsIntoCycle; }
 
 protected:
     /// As PackageIndexNode's constructor.
@@ -160,6 +162,7 @@ private:
     friend class KeywordReach;
 
     int m_number = -1; // position among the index's keywords, once it is built
+    bool m_leadsIntoCycle = false;
 };
 
 } // namespace nk::pm

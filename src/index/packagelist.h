@@ -45,7 +45,7 @@ public:
     const QSharedPointer<PackageIndex> &index() const { return m_index; }
     /// The nodes in the order of the query.
     const QVector<PackageNode *> &packages() const & { return m_packages; }
-    /// Of a list that is about to go: safe to iterate over.
+    /// Of a list that is about to go. The nodes live only while somebody else holds the index.
     QVector<PackageNode *> packages() && { return std::move(m_packages); }
     /// The vector, for changing it in place.
     QVector<PackageNode *> &list() { return m_packages; }

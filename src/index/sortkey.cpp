@@ -3,6 +3,7 @@
 
 #include "index/sortkey.h"
 
+#include "index/keywordfollow.h"
 #include "index/packageindexnode.h"
 
 #include <QHash>
@@ -16,19 +17,17 @@ namespace nk::pm {
 
 namespace {
 
-bool isKeyword(const PackageIndexNode *node)
-{
-    return node->kind() == PackageIndexNode::Keyword;
-}
-
 QStringRef canonicalString(const NodeLink &link)
 {
     return static_cast<const KeywordNode *>(link.node)->canonicalString();
 }
 
-bool isIsA(const NodeLink &link)
+bool leadsIntoCycle(const PackageIndexNode &package)
 {
-    return link.type == IsA && isKeyword(link.node);
+    const auto &links = package.outLinks();
+    return std::any_of(links.begin(), links.end(), [](const NodeLink &link) {
+        return isIsA(link) && static_cast<const KeywordNode *>(link.node)->leadsIntoCycle();
+    });
 }
 
 /// The keywords above \a package, the nearest last, over all links but those in \a passedOver.
@@ -114,11 +113,9 @@ void appendJoined(QString &text, const QVector<QStringRef> &parts, QChar separat
 
 KeywordChain keywordChainOf(const PackageIndexNode &package)
 {
-    KeywordChain chain = collectChain(package, {});
-    if (!chain.isCut)
-        return chain;
-    // So many terms are more often a cycle than a chain.
-    return collectChain(package, linksThatCloseCycles(package));
+    if (leadsIntoCycle(package))
+        return collectChain(package, linksThatCloseCycles(package));
+    return collectChain(package, {});
 }
 
 QString sortKeyOf(const PackageIndexNode &package, const KeywordChain &chain)

@@ -218,10 +218,12 @@ void TestGraphWalks::walksLongChains()
 void TestGraphWalks::endsOnCycles()
 {
     MemoryCatalogue catalogue;
-    catalogue.word("a", "A").word("b", "B").word("c", "C").word("d", "D");
-    catalogue.package("p", "t").package("q", "u");
+    catalogue.word("a", "A").word("b", "B").word("c", "C").word("d", "D").word("below", "0");
+    catalogue.package("p", "t").package("q", "u").linked("below is_a d, below is_a c");
     catalogue.linked("p is_a a, a is_a b, b is_a c, c is_a a, c uses d, q uses c");
+    LogRecorder log("norvak.package.index");
     const auto index = buildIndex(catalogue);
+    QCOMPARE(log.lines("warning"), QStringList("Keyword \"c\" leads back to itself by is_a links"));
 
     QCOMPARE(sortedIds(packageOf(index, "p")->keywords()), QStringList({"a", "b", "c", "d"}));
     QCOMPARE(packageOf(index, "p")->sortKey(), QString("C>B>A#p"));
