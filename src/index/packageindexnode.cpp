@@ -151,6 +151,11 @@ std::unique_ptr<PackageInstaller> PackageNode::createOwnInstaller(const InstallL
     return installer;
 }
 
+std::optional<QVector<PackageFileInfo>> PackageNode::files() const
+{
+    return accessor()->files(m_entryIndex);
+}
+
 std::unique_ptr<PackageInstaller> PackageNode::createInstaller(const InstallLocation &root) const
 {
     const InstallLocation base = root.isValid() ? root : index()->installLocation();

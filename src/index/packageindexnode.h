@@ -18,6 +18,7 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 
 namespace nk::pm {
 
@@ -28,6 +29,7 @@ class PackageIndex;
 class PackageIndexNode;
 class PackageInstaller;
 struct PackageIndexPrivate;
+struct PackageFileInfo;
 struct PackageInfo;
 
 /// One end of a link: its LinkType and the node at the far end, which the index owns.
@@ -109,6 +111,8 @@ public:
     /// Where \a fileName can be had now: the installed file, else what the source gives. Always the
     /// latter for a name with a separator.
     QUrl fileUrl(const QString &fileName) const;
+    /// The files that an installer of the package lays down; see PackageAccessor::files().
+    std::optional<QVector<PackageFileInfo>> files() const;
     /// A working tree of installers for the package and everything that it requires, below \a root;
     /// below the index's own root if \a root is invalid. Never null: what can't be installed has an
     /// installer that has failed. GUI thread.

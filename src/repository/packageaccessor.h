@@ -13,6 +13,7 @@
 #include <QVector>
 
 #include <memory>
+#include <optional>
 
 namespace nk::pm {
 
@@ -25,6 +26,13 @@ struct PackageInfo
     QString id;   ///< unique within the merged index; a source of higher priority replaces it whole
     QString type; ///< hierarchical, levels joined with ":"
     QString revision; ///< version mark of this copy, empty where the source has none
+};
+
+/// One file of a package, as its installer lays it down.
+struct PackageFileInfo
+{
+    QString name;     ///< in the package's directory
+    qint64 size = -1; ///< bytes; -1 where the source doesn't know
 };
 
 /// One text of a keyword in one language.
@@ -105,6 +113,11 @@ public:
     /// Whether load() found data and refused it, as damaged or not signed by whom it should be: the
     /// snapshot is empty for that reason.
     virtual bool isRefused() const;
+
+    /// All files that an installer of the package lays down, by name; of files that an installer
+    /// takes for one, that one. A source that reads a directory looks at it now, which may block.
+    /// Nothing if the source can't tell, or its disk doesn't.
+    virtual std::optional<QVector<PackageFileInfo>> files(int index) const;
 };
 
 } // namespace nk::pm

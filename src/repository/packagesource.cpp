@@ -22,6 +22,11 @@ bool PackageAccessor::isRefused() const
     return false;
 }
 
+std::optional<QVector<PackageFileInfo>> PackageAccessor::files(int) const
+{
+    return {};
+}
+
 PackageSource::PackageSource(QObject *parent)
     : QObject(parent)
 {}

@@ -137,4 +137,21 @@ bool CouchDBPackageAccessor::isRefused() const
     return !m_path.isEmpty() && !m_root.value(QLatin1String("rows")).isArray();
 }
 
+std::optional<QVector<PackageFileInfo>> CouchDBPackageAccessor::files(int index) const
+{
+    const auto attachments =
+        m_documents.at(m_packages.at(index)).value(QLatin1String("_attachments")).toObject();
+    QHash<QString, QString> namesByDigest; // of equal ones the last is installed
+    for (auto attachment = attachments.begin(); attachment != attachments.end(); ++attachment)
+        namesByDigest[text(attachment.value().toObject(), "digest")] = attachment.key();
+    QStringList names = namesByDigest.values();
+    names.sort();
+    QVector<PackageFileInfo> files;
+    for (const QString &name : qAsConst(names)) {
+        const QJsonValue size = attachments.value(name).toObject().value(QLatin1String("length"));
+        files.append({name, qint64(size.toDouble(-1))});
+    }
+    return files;
+}
+
 } // namespace nk::pm

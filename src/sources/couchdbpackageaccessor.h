@@ -53,6 +53,7 @@ public:
 
     /// A response without rows.
     bool isRefused() const override;
+    std::optional<QVector<PackageFileInfo>> files(int index) const override;
 
 private:
     const QUrl m_url;

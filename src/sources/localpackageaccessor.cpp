@@ -14,6 +14,11 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 
+#include <algorithm>
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
 namespace nk::pm {
 
 namespace {
@@ -33,6 +38,37 @@ QJsonObject readJsonObject(const QString &path)
 QString textOf(const QJsonObject &object, const char *key)
 {
     return object.value(QLatin1String(key)).toString();
+}
+
+/// What LocalPackageInstaller lays down of the directory \a path. Unlike QDirIterator this tells an
+/// error from the end.
+std::optional<QVector<PackageFileInfo>> filesIn(const QString &path)
+{
+    QVector<PackageFileInfo> files;
+    std::error_code error;
+    fs::directory_iterator it(fs::u8path(path.toStdString()), error);
+    for (; !error && it != fs::directory_iterator(); it.increment(error)) {
+        const std::string bytes = it->path().filename().u8string();
+        const QString name = QString::fromStdString(bytes);
+        const bool isLegible = !name.startsWith(QLatin1Char('.')) && name.toStdString() == bytes;
+        if (!isLegible || name == QLatin1String("manifest.json"))
+            continue;
+        std::error_code fault;
+        if (!it->is_regular_file(fault)) {
+            if (fault && fault != std::errc::no_such_file_or_directory
+                && fault != std::errc::too_many_symbolic_link_levels)
+                return {};
+            continue; // a directory, or a link that leads nowhere
+        }
+        const std::uintmax_t size = it->file_size(fault);
+        if (fault)
+            return {};
+        files.append({name, qint64(size)});
+    }
+    std::sort(files.begin(), files.end(), [](const PackageFileInfo &a, const PackageFileInfo &b) {
+        return a.name < b.name;
+    });
+    return error ? std::nullopt : std::optional(files);
 }
 
 } // namespace
@@ -93,10 +129,14 @@ QUrl LocalPackageAccessor::fileUrl(int index, const QString &fileName) const
 std::unique_ptr<PackageInstaller> LocalPackageAccessor::createInstaller(
     int index, const InstallLocation &location) const
 {
+    return std::make_unique<LocalPackageInstaller>(QDir(directoryPath(index)), location);
+}
+
+QString LocalPackageAccessor::directoryPath(int index) const
+{
     const QString &id = m_packages.at(std::size_t(index)).id;
     const QString path = QStringLiteral("packages/%1/%2").arg(typePath(index), id);
-    const QDir directory(QDir(m_root).absoluteFilePath(path));
-    return std::make_unique<LocalPackageInstaller>(directory, location);
+    return QDir(m_root).absoluteFilePath(path);
 }
 
 QString LocalPackageAccessor::typePath(int index) const
@@ -135,6 +175,11 @@ LinkInfo LocalPackageAccessor::linkInfo(int index) const
     const QJsonObject object = readJsonObject(m_root + QStringLiteral("/links/%1.json").arg(name));
     return {
         linkTypeFromString(textOf(object, "type")), textOf(object, "from"), textOf(object, "to")};
+}
+
+std::optional<QVector<PackageFileInfo>> LocalPackageAccessor::files(int index) const
+{
+    return filesIn(directoryPath(index));
 }
 
 } // namespace nk::pm

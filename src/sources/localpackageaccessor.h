@@ -39,10 +39,13 @@ public:
     int linkCount() const override;
     LinkInfo linkInfo(int index) const override;
 
+    std::optional<QVector<PackageFileInfo>> files(int index) const override;
+
 private:
     Q_DISABLE_COPY(LocalPackageAccessor) // m_keywords and m_links point into m_names
 
     QVector<QStringRef> listJsonFiles(const QString &directory);
+    QString directoryPath(int index) const;
     QString typePath(int index) const;
 
     // A text and no QDir, which resolves its path at the first const call and so can't be read

@@ -32,6 +32,8 @@ struct PackageServerAccessorPrivate
 
     LedgerFileProxy &proxy();
     QString idOf(int index, bool ofPackage) const;
+    /// What is installed of a package.
+    QHash<QByteArray, QString> namesByHash(int index) const;
 };
 
 LedgerFileProxy &PackageServerAccessorPrivate::proxy()
@@ -58,6 +60,18 @@ static KeywordString keywordString(const QString &language, const LedgerString &
     string.string = QString::fromUtf8(parts.first());
     string.plural = QString::fromUtf8(parts.value(1));
     return string;
+}
+
+QHash<QByteArray, QString> PackageServerAccessorPrivate::namesByHash(int index) const
+{
+    QHash<QByteArray, QString> names;
+    const auto files = tables.packages.at(index).files.sorted();
+    for (const LedgerFile &file : files) {
+        const QByteArray hash(file.hash, ledger::hashSize);
+        if (!names.contains(hash)) // of equal files, always the same one is installed
+            names.insert(hash, file.name.text());
+    }
+    return names;
 }
 
 PackageServerAccessor::PackageServerAccessor(
@@ -122,15 +136,8 @@ QUrl PackageServerAccessor::fileUrl(int index, const QString &fileName) const
 std::unique_ptr<PackageInstaller> PackageServerAccessor::createInstaller(
     int index, const InstallLocation &location) const
 {
-    QHash<QByteArray, QString> namesByHash;
-    const auto files = d->tables.packages.at(index).files.sorted();
-    for (const LedgerFile &file : files) {
-        const QByteArray hash(file.hash, ledger::hashSize);
-        if (!namesByHash.contains(hash)) // of equal files, always the same one is installed
-            namesByHash.insert(hash, file.name.text());
-    }
     return std::make_unique<PackageServerInstaller>(
-        namesByHash, d->service, d->fileStore, location);
+        d->namesByHash(index), d->service, d->fileStore, location);
 }
 
 int PackageServerAccessor::keywordCount() const
@@ -185,6 +192,16 @@ QByteArray PackageServerAccessor::issuerKey(int index) const
 bool PackageServerAccessor::isRefused() const
 {
     return !d->ledger.isEmpty() && !d->tables.verified;
+}
+
+std::optional<QVector<PackageFileInfo>> PackageServerAccessor::files(int index) const
+{
+    QStringList names = d->namesByHash(index).values();
+    names.sort();
+    QVector<PackageFileInfo> files;
+    for (const QString &name : qAsConst(names))
+        files.append({name});
+    return files;
 }
 
 void PackageServerAccessor::requestFile(const QUrl &url)

@@ -56,6 +56,7 @@ public:
 
     QByteArray issuerKey(int index) const override;
     bool isRefused() const override;
+    std::optional<QVector<PackageFileInfo>> files(int index) const override;
 
     void requestFile(const QUrl &url) override;
 

@@ -84,6 +84,11 @@ void TestCouchDBPackageAccessor::readsPackages()
         row("package", {{"_id", "package:oak"},
                         {"_rev", "3-abc"},
                         {"packageType", "wood:oak"},
+                        {"_attachments",
+                         QJsonObject{
+                             {"a", QJsonObject{{"digest", "md5-1"}, {"length", 3}}},
+                             {"b", QJsonObject{{"digest", "md5-1"}, {"length", 3}}},
+                             {"c", QJsonObject{{"digest", "md5-2"}}}}},
                         {"manifest", QJsonObject{{"name", "Oak"}}}}),
         row("package", {{"_id", "12345678"}, {"manifest", 7}}),
     }));
@@ -95,6 +100,11 @@ void TestCouchDBPackageAccessor::readsPackages()
     QCOMPARE(
         accessor.fileUrl(0, "no such.svg"),
         QUrl("http://127.0.0.1:5984/catalogue/package:oak/no such.svg"));
+    const auto files = accessor.files(0);
+    QCOMPARE(files->size(), 2);
+    QCOMPARE(files->at(0).name + files->at(1).name, QString("bc"));
+    QCOMPARE(files->at(0).size, 3);
+    QCOMPARE(files->at(1).size, -1);
     QVERIFY(accessor.packageInfo(1).id.isEmpty());
     QVERIFY(accessor.manifest(1).isEmpty());
 }

@@ -288,10 +288,19 @@ void LocalPackageAccessorTest::filesOfAPackage()
     tree.write("packages/a/b/c/file", "content");
     const QString file = tree.path("packages/a/b/c/file");
     QCOMPARE(tree.load().fileUrl(0, "file"), QUrl::fromLocalFile(file));
+    tree.write("packages/a/b/c/.hidden", "-");
+    tree.write("packages/a/b/c/sub/x", "-");
+    makeLink(tree.path("packages/a/b/c/gone"), "nowhere");
+    const auto files = tree.accessor->files(0);
+    QCOMPARE(files->size(), 1);
+    QCOMPARE(files->first().name, "file");
+    QCOMPARE(files->first().size, 7);
     const auto installer = tree.accessor->createInstaller(0, InstallLocation());
     QTRY_VERIFY(installer->isFinished());
     QCOMPARE(installer->errors().size(), 1);
     QCOMPARE(installer->errors().first().message, "Failed to install file " + file);
+    QVERIFY(QDir(tree.path("packages/a/b/c")).removeRecursively());
+    QVERIFY(!tree.accessor->files(0)); // not: none
 }
 
 void LocalPackageAccessorTest::keywordTexts()

@@ -368,6 +368,10 @@ void tst_PackageServerAccessor::installsOneOfEqualFiles()
     QCOMPARE(readFile(location.pathToFile("a.txt")), QByteArray("alpha"));
     QCOMPARE(readFile(location.pathToFile("d.txt")), QByteArray("beta"));
     QVERIFY(!location.contains("b.txt") && !location.contains("c.txt"));
+    const auto files = accessor->files(0);
+    QCOMPARE(files->size(), 2);
+    QCOMPARE(files->at(0).name + files->at(1).name, QString("a.txtd.txt"));
+    QCOMPARE(files->at(0).size, -1);
     QCOMPARE(server.downloads("alpha"), 1);
 }
 
