@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
-import QtQml 2.15
+import QtQuick 2.15
 import Norvak.Packages 1.0
 import Norvak.Catalogue 1.0
 
