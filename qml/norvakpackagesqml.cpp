@@ -40,11 +40,6 @@ void abstract(const char *uri, const char *name, const QString &reason)
 
 } // namespace
 
-void registerQmlTypes()
-{
-    registerQmlTypes("Norvak.Packages");
-}
-
 void registerQmlTypes(const char *uri)
 {
     creatable<PackageListModel>(uri, "PackageListModel");

@@ -43,9 +43,13 @@ private:
     QString m_errors;
 };
 
-/// Nothing is registered by this program: the engine finds the plugin.
+/// Two programs are made of this: one registers nothing, so that the engine takes the plugin, the
+/// other one registers the types, and the plugin lies in its import path all the same.
 void QmlModuleTest::initTestCase()
 {
+#ifdef NKPM_REGISTERS_TYPES
+    nk::pm::registerQmlTypes();
+#endif
     m_engine.addImportPath(NKPM_QML_IMPORT_DIR);
 }
 
