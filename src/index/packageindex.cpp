@@ -66,15 +66,17 @@ void PackageIndex::build()
     QElapsedTimer timer;
     timer.start();
     d->chooseActiveLanguage();
-    for (unsigned int i = 0; i < d->accessors.size(); ++i)
+    // The application waits for its jobs when it quits: a build that nobody will see any more gets
+    // out of the way, and leaves no directory behind.
+    for (unsigned int i = 0; i < d->accessors.size() && !isClosingDown(); ++i)
         buildIndex(i);
-    for (unsigned int i = 0; i < d->accessors.size(); ++i)
+    for (unsigned int i = 0; i < d->accessors.size() && !isClosingDown(); ++i)
         buildGraph(i);
-    // The application waits for its thread pool when it quits: a build that nobody will see any
-    // more gets out of the way, and leaves no directory behind.
     if (isClosingDown())
         return;
     d->finishTables();
+    if (isClosingDown())
+        return;
     d->installLocation = InstallLocation::createRoot();
     d->pool.close();
     if (lcPackageIndex().isDebugEnabled()) {

@@ -11,11 +11,14 @@ namespace nk::pm {
 
 namespace {
 
-// "md5-" and the Base64 form, of which the decoder passes over the hyphen.
+// "md5-" and the Base64 form, of which the decoder passes over the hyphen. Null if that isn't an
+// MD5: a text as long as the digest of a signed file would take that file's place in the store.
 QString hexDigest(const QJsonObject &attachment)
 {
-    const QString digest = attachment[QLatin1String("digest")].toString().mid(3);
-    return QString::fromLatin1(QByteArray::fromBase64(digest.toLatin1()).toHex());
+    const QString text = attachment[QLatin1String("digest")].toString().mid(3);
+    const QByteArray digest = QByteArray::fromBase64(text.toLatin1());
+    const bool isMd5 = digest.size() == QCryptographicHash::hashLength(QCryptographicHash::Md5);
+    return isMd5 ? QString::fromLatin1(digest.toHex()) : QString();
 }
 
 } // namespace

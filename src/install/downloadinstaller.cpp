@@ -23,6 +23,12 @@ using ErrorWatcher = QFutureWatcher<QList<InstallError>>;
 
 constexpr int httpOk = 200;
 
+/// For messages, which are logged and shown: without name and password.
+QString urlText(const QUrl &url)
+{
+    return url.toString(QUrl::RemoveUserInfo);
+}
+
 /// What the copy job works on, a copy of its own.
 struct CopyJob
 {
@@ -158,12 +164,12 @@ void DownloadInstallerPrivate::report(int number, DownloadEntry *entry)
             const auto text = QStringLiteral("Commit of file %1 (%2) failed (code %3)");
             q->addError(
                 codes.commit,
-                text.arg(entry->digest, entry->url.toString(), QString::number(result)));
+                text.arg(entry->digest, urlText(entry->url), QString::number(result)));
         }
     } else {
         const auto text = QStringLiteral("Download of %1 failed with code %2");
         q->addError(
-            codes.download, text.arg(entry->url.toString(), QString::number(entry->responseCode)));
+            codes.download, text.arg(urlText(entry->url), QString::number(entry->responseCode)));
     }
     if (entry->target)
         entry->target->deleteLater();

@@ -149,7 +149,7 @@ void PackageInstaller::updateStatus()
 {
     // A child whose change is on its way up in the walk below: the walk comes here next.
     const auto *child = qobject_cast<PackageInstaller *>(sender());
-    if (child && child->d->rising)
+    if (child && child->parent() == this && child->d->rising)
         return;
 
     QPointer<PackageInstaller> installer(this);

@@ -9,6 +9,7 @@
 #include "repository/packagesource.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <QThread>
 #include <QtConcurrent>
 
@@ -58,8 +59,11 @@ PackageRepository::PackageRepository(SourcePersistencePolicy policy, QObject *pa
 
 PackageRepository::~PackageRepository()
 {
-    // A running build holds its index itself and ends unseen.
+    // Nothing may come back once d is gone, not from a listener of destroyed() either. A running
+    // build holds its index itself and ends unseen.
     d->watcher->disconnect(this);
+    for (PackageSource *source : qAsConst(d->sources))
+        source->disconnect(this);
 }
 
 void PackageRepository::addSource(PackageSource *source)
@@ -94,9 +98,7 @@ QSharedPointer<PackageIndex> PackageRepository::packageIndex() const
 
 void PackageRepository::persistSources()
 {
-    const QList<PackageSource *> sources = d->sources;
-    for (PackageSource *source : sources)
-        source->persist();
+    d->forEachSource([](PackageSource *source) { source->persist(); });
 }
 
 PackageRepository::SourcePersistencePolicy PackageRepository::persistencePolicy() const
@@ -111,9 +113,7 @@ void PackageRepository::scheduleSourceUpdate()
     // Set first, since a source's answer may lead back here.
     d->sourceUpdateDeadline.setPreciseRemainingTime(
         0, sourceUpdateInterval.count(), Qt::CoarseTimer);
-    const QList<PackageSource *> sources = d->sources;
-    for (PackageSource *source : sources)
-        source->update();
+    d->forEachSource([](PackageSource *source) { source->update(); });
 }
 
 void PackageRepository::scheduleUpdate()
@@ -128,9 +128,8 @@ void PackageRepository::update()
 {
     d->updateScheduled = false;
     QSharedPointer<PackageIndex> index(new PackageIndex, freeIndex);
-    const QList<PackageSource *> sources = d->sources;
-    for (PackageSource *source : sources)
-        index->addSource(source);
+    if (!d->forEachSource([&index](PackageSource *source) { index->addSource(source); }))
+        return;
     d->watcher->setFuture(QtConcurrent::run([index] {
         index->build();
         return index;
@@ -139,9 +138,12 @@ void PackageRepository::update()
 
 void PackageRepository::finishUpdate()
 {
+    const QPointer<PackageRepository> self(this);
     d->packageIndex = d->watcher->result();
     if (d->persistencePolicy == PersistSources)
         persistSources();
+    if (!self)
+        return;
     Q_EMIT packageIndexChanged();
 }
 

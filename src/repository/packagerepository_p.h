@@ -9,6 +9,7 @@
 #include <QFutureWatcher>
 #include <QHash>
 #include <QList>
+#include <QPointer>
 #include <QSharedPointer>
 #include <QString>
 
@@ -19,6 +20,24 @@ namespace nk::pm {
 struct PackageRepositoryPrivate
 {
     using IndexWatcher = QFutureWatcher<QSharedPointer<PackageIndex>>;
+
+    /// Calls \a ask for each source, by ascending priority. A call may add and remove sources: one
+    /// that is gone isn't asked any more, a new one not yet. It may even destroy the repository;
+    /// false then.
+    template<typename Ask>
+    bool forEachSource(Ask ask) const
+    {
+        const QPointer<PackageRepository> repository(q);
+        const QList<PackageSource *> asked = sources;
+        for (PackageSource *source : asked) {
+            if (!sources.contains(source))
+                continue;
+            ask(source);
+            if (!repository)
+                return false;
+        }
+        return true;
+    }
 
     PackageRepository *q;
     QList<PackageSource *> sources; // by ascending priority; not owned

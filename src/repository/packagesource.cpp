@@ -3,29 +3,7 @@
 
 #include "repository/packagesource.h"
 
-#include "repository/packageaccessor.h"
-
 namespace nk::pm {
-
-PackageAccessor::PackageAccessor() = default;
-PackageAccessor::PackageAccessor(const PackageAccessor &) = default;
-PackageAccessor &PackageAccessor::operator=(const PackageAccessor &) = default;
-PackageAccessor::~PackageAccessor() = default;
-
-QByteArray PackageAccessor::issuerKey(int) const
-{
-    return {};
-}
-
-bool PackageAccessor::isRefused() const
-{
-    return false;
-}
-
-std::optional<QVector<PackageFileInfo>> PackageAccessor::files(int) const
-{
-    return {};
-}
 
 PackageSource::PackageSource(QObject *parent)
     : QObject(parent)

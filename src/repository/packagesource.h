@@ -43,7 +43,10 @@ public:
     virtual void update();
 
 Q_SIGNALS:
-    /// The source holds data that differs from the last snapshot: a new index is needed.
+    /// The source holds data that differs from the last snapshot: a new index is needed. Each one
+    /// is built whole, also while another is being built, so that a source which changes by the
+    /// moment gathers its changes: with less time between two signals than a build takes, builds
+    /// and the indexes that they replace pile up, and the newest is late.
     void updateRequired();
 };
 

@@ -3,6 +3,7 @@
 
 #include "sources/ledgerloader.h"
 
+#include "install/closingdown.h"
 #include "sources/ledgerformat.h"
 #include "sources/ledgerstructure.h"
 #include "sources/ledgerverification.h"
@@ -174,7 +175,9 @@ LedgerTables loadLedger(
     LedgerTables tables;
     tables.verified = LedgerLoader(ledger, tables).load(trustKey, known);
     if (!tables.verified) {
-        qCCritical(ledgerLog) << "Parsing of package ledger failed";
+        // What the end of the application cut short is no fault of the ledger.
+        if (!isClosingDown())
+            qCCritical(ledgerLog) << "Parsing of package ledger failed";
         tables.keywords = {};
         tables.packages = {};
         tables.links = {};

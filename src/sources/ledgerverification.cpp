@@ -3,6 +3,7 @@
 
 #include "sources/ledgerverification.h"
 
+#include "install/closingdown.h"
 #include "sources/ledgerformat.h"
 #include "sources/signedcontent.h"
 #include "sources/verifiedsignatures.h"
@@ -105,6 +106,8 @@ private:
 void PackageVerifier::check(Batch &batch)
 {
     m_goodCount.load(std::memory_order_acquire);
+    if (isClosingDown())
+        return; // the ledger counts as refused, and nobody sees it any more
     const std::vector<Unknown> unknown = unknownOf(batch);
     for (const Unknown &each : unknown) {
         if (verify(each))

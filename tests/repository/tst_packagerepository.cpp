@@ -123,6 +123,7 @@ private Q_SLOTS:
     void onlyTheNewestBuildIsSeen();
     void sourcesRefreshAtMostOnceInTwoMinutes();
     void sourceMayLeaveWhileItIsAsked();
+    void sourcesMayGoWithTheRepository();
     void mayBeDestroyedDuringABuild();
     void mayBeDestroyedByItsListener();
     void indexIsReadFromThreadsDuringUpdates();
@@ -301,13 +302,31 @@ void PackageRepositoryTest::sourceMayLeaveWhileItIsAsked()
 {
     QStringList log;
     LoggedSource first("first", 0, log);
-    LoggedSource second("second", 3, log);
-    PackageRepository repository(PackageRepository::DoNotPersistSources);
-    repository.addSource(&first);
-    repository.addSource(&second);
-    first.onUpdate = [&] { repository.removeSource(&first); };
-    repository.scheduleSourceUpdate();
-    QCOMPARE(log, (QStringList{"update first", "update second"}));
+    LoggedSource second("second", 1, log);
+    auto third = std::make_unique<LoggedSource>("third", 2, log);
+    LoggedSource last("last", 3, log);
+    auto repository = std::make_unique<PackageRepository>(PackageRepository::DoNotPersistSources);
+    for (LoggedSource *source : {&first, &second, third.get(), &last})
+        repository->addSource(source);
+    first.onUpdate = [&] { repository->removeSource(&first); };
+    second.onUpdate = [&] { third.reset(); };
+    last.onUpdate = [&] { repository.reset(); };
+    repository->scheduleSourceUpdate();
+    QVERIFY(!repository);
+    QCOMPARE(log, (QStringList{"update first", "update second", "update last"}));
+}
+
+void PackageRepositoryTest::sourcesMayGoWithTheRepository()
+{
+    auto source = std::make_unique<MemorySource>();
+    auto repository = std::make_unique<PackageRepository>(PackageRepository::DoNotPersistSources);
+    repository->addSource(source.get());
+    connect(repository.get(), &QObject::destroyed, this, [&source] {
+        source->publish();
+        source.reset();
+    });
+    repository.reset();
+    QVERIFY(!source);
 }
 
 void PackageRepositoryTest::mayBeDestroyedDuringABuild()
