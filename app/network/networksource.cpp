@@ -12,6 +12,10 @@ namespace nk::pm::app {
 
 namespace {
 
+/// Of a view 4 MiB are read. One that is somewhat larger is said to be too large; what never ends
+/// is given up.
+constexpr qint64 maximumViewSize = 16 * 1024 * 1024;
+
 /// The same for the same address in each run: it names the directory of the persisted ledger.
 QString serviceId(const QUrl &url)
 {
@@ -39,6 +43,8 @@ NetworkSource makeCouchDBSource(const QUrl &url)
         std::make_unique<SourceNetwork>(url, QStringLiteral("/_design/norvak/_view/packages"));
     auto source = std::make_unique<CouchDBPackageSource>(made.network->url(), made.network.get());
     source->setContentTags(true);
+    source->setKeepsSuperseded(false);
+    source->setMaximumAnswerSize(maximumViewSize);
     made.source = std::move(source);
     return made;
 }

@@ -10,7 +10,6 @@
 #include "sources/keywordjson.h"
 
 #include <QFile>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
 
@@ -35,22 +34,32 @@ QString text(const QJsonObject &document, const char *key)
 } // namespace
 
 CouchDBPackageAccessor::CouchDBPackageAccessor(
-    const QString &path, const QUrl &url, QNetworkAccessManager *manager)
+    const QString &path, const QUrl &url, QNetworkAccessManager *manager,
+    std::shared_ptr<QTemporaryDir> directory)
     : m_url(url)
     , m_path(path)
+    , m_directory(std::move(directory))
     , m_networkManager(manager)
     , m_fileStore(FileStore::instance())
 {}
 
 CouchDBPackageAccessor::~CouchDBPackageAccessor() = default;
 
-void CouchDBPackageAccessor::load()
+QJsonArray CouchDBPackageAccessor::readRows()
 {
     QFile file(m_path);
-    if (!m_path.isEmpty() && file.open(QIODevice::ReadOnly))
-        m_root = QJsonDocument::fromJson(file.read(maximumResponseSize)).object();
+    if (m_path.isEmpty() || !file.open(QIODevice::ReadOnly))
+        return {};
+    const QJsonObject root = QJsonDocument::fromJson(file.read(maximumResponseSize)).object();
+    const QJsonValue rows = root.value(QLatin1String("rows"));
+    m_isRefused = !rows.isArray();
+    return rows.toArray();
+}
 
-    const QJsonArray rows = m_root.value(QLatin1String("rows")).toArray();
+void CouchDBPackageAccessor::load()
+{
+    const QJsonArray rows = readRows();
+    m_directory.reset();
     for (const QJsonValue &row : rows) {
         const QJsonObject object = row.toObject();
         const QString kind = object.value(QLatin1String("key")).toArray().at(0).toString();
@@ -130,11 +139,6 @@ LinkInfo CouchDBPackageAccessor::linkInfo(int index) const
     info.to = text(document, "to");
     info.type = linkTypeFromString(text(document, "linkType"));
     return info;
-}
-
-bool CouchDBPackageAccessor::isRefused() const
-{
-    return !m_path.isEmpty() && !m_root.value(QLatin1String("rows")).isArray();
 }
 
 std::optional<QVector<PackageFileInfo>> CouchDBPackageAccessor::files(int index) const

@@ -5,11 +5,15 @@
 
 #include "repository/packageaccessor.h"
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QPointer>
 #include <QSharedPointer>
+#include <QTemporaryDir>
 #include <QUrl>
 #include <QVector>
+
+#include <memory>
 
 class QNetworkAccessManager;
 
@@ -31,8 +35,10 @@ public:
 
     /// \a path is the file of the response and may be empty; \a url the database's, against which
     /// files are resolved. \a manager (not owned, may go at any time) carries the installers'
-    /// requests.
-    CouchDBPackageAccessor(const QString &path, const QUrl &url, QNetworkAccessManager *manager);
+    /// requests. \a directory keeps the file, and is let go when load() has read it.
+    CouchDBPackageAccessor(
+        const QString &path, const QUrl &url, QNetworkAccessManager *manager,
+        std::shared_ptr<QTemporaryDir> directory = {});
     ~CouchDBPackageAccessor() override;
 
     void load() override;
@@ -51,14 +57,17 @@ public:
     int linkCount() const override;
     LinkInfo linkInfo(int index) const override;
 
-    /// A response without rows.
-    bool isRefused() const override;
+    /// A response without rows; not a file that is gone.
+    bool isRefused() const override { return m_isRefused; }
     std::optional<QVector<PackageFileInfo>> files(int index) const override;
 
 private:
+    QJsonArray readRows();
+
     const QUrl m_url;
     const QString m_path;
-    QJsonObject m_root;
+    std::shared_ptr<QTemporaryDir> m_directory; // null once the file was read
+    bool m_isRefused = false;
     QVector<QJsonObject> m_documents; // every row's value, in row order
     QVector<int> m_packages;          // positions in m_documents
     QVector<int> m_keywords;

@@ -5,6 +5,8 @@
 
 #include "sources/couchdbpackageaccessor.h"
 #include "sources/couchdbsnapshots.h"
+#include "sources/polledanswer.h"
+#include "sources/viewfile.h"
 
 #include <norvak/locations.h>
 #include <norvak/request.h>
@@ -12,16 +14,14 @@
 #include <QBasicTimer>
 #include <QCryptographicHash>
 #include <QDebug>
-#include <QFile>
 #include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QPointer>
-#include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QTimerEvent>
 #include <QUrl>
 
 #include <chrono>
+#include <utility>
+#include <vector>
 
 namespace nk::pm {
 
@@ -31,38 +31,13 @@ constexpr std::chrono::milliseconds tickInterval{2000};
 // The countdown passes below zero with the 61st tick: the polling period is 122 seconds.
 constexpr std::chrono::milliseconds pollInterval{120000};
 
-/// The sink of one download, which takes the digest of the bytes while they pass.
-class HashingFile : public QFile
+/// One download.
+struct Poll
 {
-public:
-    using QFile::QFile;
-
-    /// The quoted SHA-256 of all that was written, in the form of an ETag.
-    QString contentTag() const
-    {
-        return QLatin1Char('"') + QString::fromLatin1(m_hash.result().toHex()) + QLatin1Char('"');
-    }
-
-protected:
-    qint64 writeData(const char *data, qint64 size) override
-    {
-        const qint64 written = QFile::writeData(data, size);
-        if (written > 0)
-            m_hash.addData(data, int(written));
-        return written;
-    }
-
-private:
-    QCryptographicHash m_hash{QCryptographicHash::Sha256};
+    nk::GetRequest *request = nullptr;        // deletes itself once it is over
+    ViewFile *file = nullptr;                 // its child
+    std::shared_ptr<QTemporaryDir> directory; // of that file alone
 };
-
-QString randomFileName()
-{
-    const quint64 bits = QRandomGenerator64::global()->generate();
-    const QByteArray bytes(reinterpret_cast<const char *>(&bits), sizeof bits);
-    return QString::fromLatin1(
-        bytes.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals));
-}
 
 QDir persistenceDirectory(const QUrl &url)
 {
@@ -80,18 +55,22 @@ struct CouchDBPackageSourcePrivate
     QUrl url;
     QPointer<QNetworkAccessManager> networkManager;
     QBasicTimer timer;
-    HashingFile *file = nullptr;       // child of the request
-    nk::GetRequest *request = nullptr; // deletes itself once it is over
-    QString etag;                      // with its quotes; empty if there is none
-    QString path;                      // of the current snapshot; empty if there is none
+    Poll poll; // the running one
+    CouchDBSnapshot current;
+    std::vector<std::shared_ptr<QTemporaryDir>> superseded; // kept if that is asked for
     QDir persistDir;
-    QTemporaryDir tempDir;
     std::chrono::milliseconds countdown = pollInterval;
-    bool contentTags = false;
+    ViewFileRules rules;
+    bool keepsSuperseded = true;
+    bool isUnconditional = false; // the next poll, after one that was refused
 
     CouchDBPackageSourcePrivate(
         CouchDBPackageSource *source, const QUrl &databaseUrl, QNetworkAccessManager *manager);
-    void takeSnapshot();
+    QNetworkRequest takeRequest();
+    void start(const QNetworkRequest &request);
+    void forget(const Poll &overtaken);
+    void supersede(const std::shared_ptr<QTemporaryDir> &directory);
+    bool takeSnapshot(const Poll &finished);
 };
 
 CouchDBPackageSourcePrivate::CouchDBPackageSourcePrivate(
@@ -101,26 +80,56 @@ CouchDBPackageSourcePrivate::CouchDBPackageSourcePrivate(
     , networkManager(manager)
     , persistDir(persistenceDirectory(databaseUrl))
 {
-    const CouchDBSnapshot snapshot = newestSnapshot(persistDir);
-    etag = snapshot.etag;
-    path = snapshot.path;
+    current = newestSnapshot(persistDir);
 }
 
-// A complete answer has come: it becomes the current snapshot, unless its content is the current
-// one's.
-void CouchDBPackageSourcePrivate::takeSnapshot()
+QNetworkRequest CouchDBPackageSourcePrivate::takeRequest()
 {
-    QString tag = request->reply()->header(QNetworkRequest::ETagHeader).toString();
-    if (tag.isEmpty() && contentTags) {
-        tag = file->contentTag();
-        if (tag == etag) {
-            file->remove();
-            return;
-        }
+    QNetworkRequest request(
+        QUrl(url.toString() + QLatin1String("/_design/norvak/_view/packages"), QUrl::TolerantMode));
+    if (!std::exchange(isUnconditional, false) && !current.etag.isEmpty())
+        request.setHeader(QNetworkRequest::IfNoneMatchHeader, current.etag);
+    return request;
+}
+
+void CouchDBPackageSourcePrivate::start(const QNetworkRequest &request)
+{
+    poll.directory = std::make_shared<QTemporaryDir>();
+    poll.request = new nk::GetRequest(request, networkManager, q);
+    poll.file = new ViewFile(poll.directory->filePath(QStringLiteral("view")), rules, poll.request);
+    poll.file->open(QIODevice::WriteOnly); // if that fails, it refuses its first byte
+    poll.request->setSuppressErrors(true);
+    poll.request->setDataSink(poll.file);
+}
+
+void CouchDBPackageSourcePrivate::forget(const Poll &overtaken)
+{
+    if (!overtaken.request)
+        return;
+    QObject::disconnect(overtaken.request, nullptr, q, nullptr);
+    if (!keepsSuperseded)
+        delete overtaken.request; // else it runs to its end
+    supersede(overtaken.directory);
+}
+
+void CouchDBPackageSourcePrivate::supersede(const std::shared_ptr<QTemporaryDir> &directory)
+{
+    if (keepsSuperseded && directory)
+        superseded.push_back(directory);
+}
+
+/// Makes a complete answer the current snapshot. False if its content is that already.
+bool CouchDBPackageSourcePrivate::takeSnapshot(const Poll &finished)
+{
+    QString tag = etagOf(*finished.request);
+    if (tag.isEmpty()) {
+        tag = finished.file->contentTag();
+        if (!tag.isEmpty() && tag == current.etag)
+            return false;
     }
-    etag = tag;
-    path = file->fileName();
-    Q_EMIT q->updateRequired();
+    supersede(current.directory);
+    current = {tag, finished.file->fileName(), finished.directory};
+    return true;
 }
 
 CouchDBPackageSource::CouchDBPackageSource(
@@ -132,16 +141,42 @@ CouchDBPackageSource::CouchDBPackageSource(
     d->timer.start(int(tickInterval.count()), this);
 }
 
-CouchDBPackageSource::~CouchDBPackageSource() = default;
+// The requests go first: they write into what goes with the private record.
+CouchDBPackageSource::~CouchDBPackageSource()
+{
+    qDeleteAll(findChildren<nk::Request *>(QString(), Qt::FindDirectChildrenOnly));
+}
 
 bool CouchDBPackageSource::contentTags() const
 {
-    return d->contentTags;
+    return d->rules.contentTags;
 }
 
 void CouchDBPackageSource::setContentTags(bool contentTags)
 {
-    d->contentTags = contentTags;
+    d->rules.contentTags = contentTags;
+}
+
+bool CouchDBPackageSource::keepsSuperseded() const
+{
+    return d->keepsSuperseded;
+}
+
+void CouchDBPackageSource::setKeepsSuperseded(bool keepsSuperseded)
+{
+    d->keepsSuperseded = keepsSuperseded;
+    if (!keepsSuperseded)
+        d->superseded.clear();
+}
+
+qint64 CouchDBPackageSource::maximumAnswerSize() const
+{
+    return d->rules.maximumSize;
+}
+
+void CouchDBPackageSource::setMaximumAnswerSize(qint64 bytes)
+{
+    d->rules.maximumSize = bytes;
 }
 
 int CouchDBPackageSource::priority() const
@@ -151,41 +186,25 @@ int CouchDBPackageSource::priority() const
 
 std::unique_ptr<PackageAccessor> CouchDBPackageSource::getAccessor()
 {
-    return std::make_unique<CouchDBPackageAccessor>(d->path, d->url, d->networkManager.data());
+    return std::make_unique<CouchDBPackageAccessor>(
+        d->current.path, d->url, d->networkManager.data(), d->current.directory);
 }
 
 void CouchDBPackageSource::persist()
 {
     if (!d->persistDir.exists())
         d->persistDir.mkpath(QStringLiteral("."));
-    if (!d->etag.isEmpty())
-        persistSnapshot(d->persistDir, {d->etag, d->path});
+    if (!d->current.etag.isEmpty())
+        persistSnapshot(d->persistDir, d->current);
 }
 
 void CouchDBPackageSource::update()
 {
-    if (d->request) {
-        QObject::disconnect(d->request, nullptr, this, nullptr);
-        d->request = nullptr;
-        d->file = nullptr;
-    }
+    d->forget(std::exchange(d->poll, {}));
     if (!d->networkManager)
         return;
-
-    // A file that can't be opened refuses its first byte, and the poll fails.
-    auto *file = new HashingFile(d->tempDir.filePath(randomFileName()));
-    file->open(QIODevice::WriteOnly);
-
-    QNetworkRequest request(QUrl(
-        d->url.toString() + QLatin1String("/_design/norvak/_view/packages"), QUrl::TolerantMode));
-    if (!d->etag.isEmpty())
-        request.setHeader(QNetworkRequest::IfNoneMatchHeader, d->etag);
-
-    d->file = file;
-    d->request = new nk::GetRequest(request, d->networkManager, this);
-    file->setParent(d->request);
-    d->request->setDataSink(file);
-    connect(d->request, &nk::Request::finished, this, &CouchDBPackageSource::finishUpdate);
+    d->start(d->takeRequest());
+    connect(d->poll.request, &nk::Request::finished, this, &CouchDBPackageSource::finishUpdate);
 }
 
 void CouchDBPackageSource::timerEvent(QTimerEvent *event)
@@ -201,19 +220,19 @@ void CouchDBPackageSource::timerEvent(QTimerEvent *event)
 
 void CouchDBPackageSource::finishUpdate()
 {
+    const Poll poll = std::exchange(d->poll, {});
     // What is still buffered may find the disk full: a snapshot with a hole is none.
-    const bool stored = d->file->flush();
-    d->file->close();
-    const int status = d->request->responseCode();
+    const bool stored = poll.file->flush();
+    poll.file->close();
+    const int status = poll.request->responseCode();
+    d->isUnconditional = mayRefuseCondition(status);
     if (status == 200 && stored) {
-        d->takeSnapshot();
-    } else {
-        if (status != 304 && status != 404)
-            qDebug() << "code" << status;
-        d->file->remove();
+        if (d->takeSnapshot(poll))
+            Q_EMIT
+        updateRequired(); // comes last: who hears of it may poll anew or delete the source
+    } else if (status != 304 && status != 404) {
+        qDebug() << "code" << status;
     }
-    d->request = nullptr;
-    d->file = nullptr;
 }
 
 } // namespace nk::pm

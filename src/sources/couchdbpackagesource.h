@@ -36,15 +36,29 @@ public:
     /// by default. CouchDB sends no ETag with a view since 2.0; without a tag each poll is a new
     /// snapshot, and none is persisted.
     bool contentTags() const;
-    /// Holds for the answers that are complete from now on.
+    /// Holds for the answers whose content comes from now on.
     void setContentTags(bool contentTags);
+
+    /// Whether the file of an answer stays in the temporary directory until the source goes, though
+    /// a newer one has taken its place, and a poll that was overtaken runs to its end. On by
+    /// default.
+    bool keepsSuperseded() const;
+    /// Off, both go at once. A snapshot that isn't loaded yet keeps its file in any case.
+    void setKeepsSuperseded(bool keepsSuperseded);
+
+    /// The most bytes of an answer, 0 (the default) for any number. No more than 4 MiB of the file
+    /// are ever read.
+    qint64 maximumAnswerSize() const;
+    /// A poll that gets more is given up, and fails.
+    void setMaximumAnswerSize(qint64 bytes);
 
     /// 2.
     int priority() const override;
     /// Of the newest file that came whole; without one, of an empty catalogue.
     std::unique_ptr<PackageAccessor> getAccessor() override;
-    /// Copies the current snapshot into the persistence directory, if it isn't there and has an
-    /// ETag that can name a file. Blocks for the copy and for other processes that do the same.
+    /// Copies the current snapshot into the persistence directory, if it has an ETag that can name
+    /// a file; one that is there already is made the newest. Blocks for the copy, until the disk
+    /// has it, and for other processes that do the same.
     void persist() override;
     /// Starts a poll; one that still runs is forgotten.
     void update() override;

@@ -3,25 +3,49 @@
 
 #include "sources/couchdbsnapshots.h"
 
-#include <norvakutil/fileutils.h>
+#include "sources/directoryname.h"
 
 #include <QDateTime>
 #include <QDirIterator>
 #include <QFile>
 #include <QLockFile>
+#include <QSaveFile>
 
 namespace nk::pm {
 
 namespace {
 
-// Hidden, so that a copy that a crash has left is never taken for a snapshot. Only the holder of
-// the lock writes it.
+// Hidden, as is what QSaveFile writes before: a copy that a crash has left is never taken for a
+// snapshot. Only the holder of the lock writes it.
 const QLatin1String partialName(".partial");
 
-bool isSafeName(const QString &name)
+bool copyWhole(const QString &from, const QString &to)
 {
-    return !name.isEmpty() && !name.startsWith(QLatin1Char('.')) && !name.contains(QLatin1Char('/'))
-           && !name.contains(QLatin1Char('\\')) && !name.contains(QChar::Null);
+    QFile source(from);
+    QSaveFile target(to);
+    if (!source.open(QIODevice::ReadOnly) || !target.open(QIODevice::WriteOnly))
+        return false;
+    while (!source.atEnd()) {
+        const QByteArray block = source.read(0x10000);
+        if (block.isEmpty() || target.write(block) != block.size())
+            return false;
+    }
+    return target.commit();
+}
+
+void removeRemains(QDir directory)
+{
+    const QStringList remains =
+        directory.entryList({partialName + QLatin1Char('*')}, QDir::Files | QDir::Hidden);
+    for (const QString &name : remains)
+        directory.remove(name);
+}
+
+void makeNewest(const QString &path)
+{
+    QFile file(path);
+    if (file.open(QIODevice::ReadWrite))
+        file.setFileTime(QDateTime::currentDateTime(), QFileDevice::FileModificationTime);
 }
 
 } // namespace
@@ -47,16 +71,17 @@ void persistSnapshot(const QDir &directory, const CouchDBSnapshot &snapshot)
 {
     QString name = snapshot.etag;
     name.remove(QLatin1Char('"'));
-    if (!isSafeName(name))
+    const QString path = directory.absoluteFilePath(name);
+    if (!namesEntry(name) || path == snapshot.path)
         return;
     QLockFile lock(directory.absoluteFilePath(QStringLiteral(".lock")));
     lock.lock();
-    if (directory.exists(name))
-        return;
+    removeRemains(directory);
     const QString partial = directory.absoluteFilePath(partialName);
-    QFile::remove(partial);
-    if (!QFile::copy(snapshot.path, partial) || !nk::util::FileUtils::syncFile(partial)
-        || !QFile::rename(partial, directory.absoluteFilePath(name)))
+    if (directory.exists(name)
+        || (copyWhole(snapshot.path, partial) && QFile::rename(partial, path)))
+        makeNewest(path);
+    else
         QFile::remove(partial);
 }
 

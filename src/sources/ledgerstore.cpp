@@ -3,6 +3,8 @@
 
 #include "sources/ledgerstore.h"
 
+#include "sources/directoryname.h"
+
 #include <norvak/locations.h>
 #include <norvakutil/fileutils.h>
 
@@ -17,19 +19,9 @@ namespace nk::pm {
 
 Q_LOGGING_CATEGORY(packageServerLog, "norvak.packageserver")
 
-namespace {
-
-bool namesDirectory(const QString &uuid)
-{
-    return !uuid.isEmpty() && !uuid.startsWith(QLatin1Char('.')) && !uuid.contains(QLatin1Char('/'))
-           && !uuid.contains(QLatin1Char('\\'));
-}
-
-} // namespace
-
 LedgerStore::LedgerStore(const QString &uuid)
 {
-    if (!namesDirectory(uuid))
+    if (!namesEntry(uuid))
         return;
     m_uuid = uuid;
     m_directory.setPath(
@@ -112,12 +104,13 @@ bool LedgerStore::write(const LedgerSnapshot &snapshot) const
     return file.commit() || fail("Failed to commit target file for ledger pesistence:");
 }
 
-// A process that died while it wrote has left its temporary file, and its lock, which is ours now.
+// A process that died while it wrote has left its temporary file, as QSaveFile names them, and its
+// lock, which is ours now.
 void LedgerStore::removeRemains() const
 {
     QDir directory(m_directory);
     const QStringList remains =
-        directory.entryList({QStringLiteral("ledger.*")}, QDir::Files | QDir::Hidden);
+        directory.entryList({QStringLiteral("ledger.??????")}, QDir::Files | QDir::Hidden);
     for (const QString &name : remains)
         directory.remove(name);
 }

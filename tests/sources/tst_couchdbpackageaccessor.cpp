@@ -163,6 +163,9 @@ void TestCouchDBPackageAccessor::survivesHostileRows()
     QCOMPARE(withoutFile.languages(), (QStringList{"de", "en"}));
     withoutFile.load();
     QCOMPARE(withoutFile.packageCount(), 0);
+    CouchDBPackageAccessor fileGone(m_data.filePath("gone"), databaseUrl, nullptr);
+    fileGone.load();
+    QVERIFY(!fileGone.isRefused());
 }
 
 QTEST_GUILESS_MAIN(TestCouchDBPackageAccessor)

@@ -139,6 +139,10 @@ private Q_SLOTS:
     void startsFromTheNewestSnapshot();
     void persistsUnderTheETag();
     void persistsNoUnsafeName();
+    void remembersWhichContentIsTheNewest();
+    void listenersMayDoAsTheyLike();
+    void leavesOutConditionsThatAreRefused();
+    void boundsWhatItKeeps();
     void newPollOvertakesTheOld();
     void pollsEvery122Seconds();
     void tagsContentWhereAsked();
@@ -178,12 +182,14 @@ void TestCouchDBPackageSource::keepsTheSnapshotThroughFailures()
     };
     Started started;
     for (const auto &[answer, line] : failures) {
-        LogRecorder log("default");
         const HttpTestAnswer failure = answer;
         started.database.server.setHandler([failure](const HttpTestRequest &) { return failure; });
-        started.source.update();
-        QTRY_VERIFY(started.source.children().isEmpty()); // the requests have ended
-        QCOMPARE(log.lines().join('\n'), line);
+        for (const char *category : {"default", "norvak.request"}) {
+            LogRecorder log(category);
+            started.source.update();
+            QTRY_VERIFY(started.source.children().isEmpty()); // the requests have ended
+            QCOMPARE(log.lines().join('\n'), category == QString("default") ? line : QString());
+        }
         QCOMPARE(started.updates.count(), 1);
         QCOMPARE(packages(started.source), QStringList{"a"});
     }
@@ -213,6 +219,7 @@ void TestCouchDBPackageSource::persistsUnderTheETag()
     Started started;
     const QDir directory = started.database.persistDirectory(started.data);
     writeSnapshot(directory, ".partial", "what a crash has left", 0);
+    writeSnapshot(directory, ".partial.c81Fx0", "and before that", 0);
     started.source.persist();
     QCOMPARE(directory.entryList(QDir::Files | QDir::Hidden), QStringList{"one"});
     QCOMPARE(readFile(directory.filePath("one")), view({"a"}));
@@ -235,6 +242,105 @@ void TestCouchDBPackageSource::persistsNoUnsafeName()
         QTRY_COMPARE(started.database.server.requestCount(), 2);
         QCOMPARE(started.database.lastCondition(), QByteArray(etag)); // all the same
     }
+}
+
+void TestCouchDBPackageSource::remembersWhichContentIsTheNewest()
+{
+    Started started({}, true);
+    auto &[data, database, manager, source, updates] = started;
+    source.persist();
+    for (const QString name : {"b", "a"}) {
+        database.body = view({name});
+        source.update();
+        QVERIFY(updates.wait());
+        source.persist();
+    }
+    CouchDBPackageSource restarted(database.url(), nullptr);
+    QCOMPARE(packages(restarted), QStringList{"a"});
+}
+
+void TestCouchDBPackageSource::listenersMayDoAsTheyLike()
+{
+    using Listener = std::function<void(CouchDBPackageSource *, QNetworkAccessManager *)>;
+    const Listener pollsAgain = [](auto *source, auto *) { source->update(); };
+    const Listener waitsForTheNext = [](auto *source, auto *) {
+        source->update();
+        QSignalSpy(source, &PackageSource::updateRequired).wait();
+    };
+    const Listener takesTheNetwork = [](auto *, auto *manager) { delete manager; };
+    const Listener deletesTheSource = [](auto *source, auto *) { delete source; };
+    for (const auto &listener : {pollsAgain, waitsForTheNext, takesTheNetwork, deletesTheSource}) {
+        ScopedDataLocation data;
+        Database database;
+        database.etag.clear(); // each answer is news
+        const QPointer<QNetworkAccessManager> manager(new QNetworkAccessManager);
+        const QPointer<CouchDBPackageSource> source(
+            new CouchDBPackageSource(database.url(), manager));
+        int news = 0;
+        connect(source, &PackageSource::updateRequired, this, [&] {
+            if (++news == 1)
+                listener(source, manager);
+        });
+        QTRY_VERIFY(news > 0 && (!source || source->children().isEmpty()));
+        QVERIFY(!source || packages(*source) == QStringList{"a"});
+        delete source;
+        delete manager;
+    }
+}
+
+void TestCouchDBPackageSource::leavesOutConditionsThatAreRefused()
+{
+    Started named('"' + QByteArray(1024, 'x') + '"');
+    named.source.update();
+    QTRY_COMPARE(named.database.server.requestCount(), 2);
+    QCOMPARE(named.database.lastCondition(), QByteArray());
+
+    Started started;
+    started.database.server.setHandler([](const HttpTestRequest &request) {
+        return request.headers.contains("if-none-match") ? HttpTestAnswer::of(431)
+                                                         : HttpTestAnswer::ok(view({"b"}));
+    });
+    started.source.update();
+    QTRY_VERIFY(started.source.children().isEmpty());
+    QCOMPARE(started.updates.count(), 1);
+    started.source.update();
+    QVERIFY(started.updates.wait());
+    QCOMPARE(packages(started.source), QStringList{"b"});
+}
+
+void TestCouchDBPackageSource::boundsWhatItKeeps()
+{
+    const QTemporaryDir temporary;
+    const auto restore = qScopeGuard([old = qgetenv("TMPDIR")] { qputenv("TMPDIR", old); });
+    qputenv("TMPDIR", QFile::encodeName(temporary.path()));
+    const auto files = [&] { return filesBelow(temporary.path()).size(); };
+    auto started = std::make_unique<Started>(QByteArray());
+    auto &source = started->source;
+    auto unread = source.getAccessor();
+    for (int i = 0; i < 2; ++i) {
+        started->database.body = view({"b", "c"});
+        source.update();
+        QVERIFY(started->updates.wait());
+    }
+    QCOMPARE(files(), 3);
+    source.setKeepsSuperseded(false);
+    QCOMPARE(files(), 2); // the current one, and the one that isn't read yet
+    unread->load();
+    QCOMPARE(unread->packageCount(), 1);
+    QCOMPARE(files(), 1);
+
+    source.setMaximumAnswerSize(started->database.body.size());
+    started->database.body += ' ';
+    source.update();
+    QTRY_VERIFY(source.children().isEmpty());
+    QCOMPARE(started->updates.count(), 3);
+    QCOMPARE(files(), 1);
+
+    unread = source.getAccessor();
+    started.reset();
+    unread->load();
+    QCOMPARE(unread->packageCount(), 2);
+    QCOMPARE(files(), 0);
 }
 
 void TestCouchDBPackageSource::newPollOvertakesTheOld()
@@ -283,15 +389,6 @@ void TestCouchDBPackageSource::tagsContentWhereAsked()
     QCOMPARE(database.lastCondition(), quotedSha256(view({"a"})));
     QTRY_VERIFY(source.children().isEmpty());
     QCOMPARE(updates.count(), 1); // the same bytes again
-
-    source.persist();
-    CouchDBPackageSource restarted(database.url(), nullptr);
-    QCOMPARE(packages(restarted), QStringList{"a"});
-
-    database.body = view({"b"});
-    source.update();
-    QVERIFY(updates.wait());
-    QCOMPARE(packages(source), QStringList{"b"});
 
     source.setContentTags(false); // and without tags each answer is news
     source.update();

@@ -173,9 +173,12 @@ void tst_LedgerStore::fullDiskKeepsTheOldSnapshot()
 void tst_LedgerStore::removesRemainsOfADeadWriter()
 {
     writeFile(path("ledger.AbCdEf"), "half a ledger");
+    writeFile(path("ledger.json"), "somebody else's");
     writeFile(path("ledger"), "");
     LedgerStore("service-1").save({"\"e1\"", "ledger"});
-    QCOMPARE(QDir(path("")).entryList(QDir::Files | QDir::Hidden), QStringList({"ledger"}));
+    QCOMPARE(
+        QDir(path("")).entryList(QDir::Files | QDir::Hidden),
+        QStringList({"ledger", "ledger.json"}));
 }
 
 void tst_LedgerStore::waitsForTheLock()
