@@ -133,7 +133,8 @@ bool CatalogueProvider::translationsArePending()
         m_repository->packageIndex(), QStringLiteral("translation"), {}, {});
     return std::any_of(packages.begin(), packages.end(), [this](const PackageNode *package) {
         const PackageReference *reference = packageReference(package->id().toString());
-        return reference->status() == PackageReference::Installing;
+        // Null for a package without an identifier.
+        return reference && reference->status() == PackageReference::Installing;
     });
 }
 

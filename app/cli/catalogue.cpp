@@ -16,6 +16,7 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 
 namespace nk::pm::cli {
@@ -133,34 +134,37 @@ const PackageAccessor *Catalogue::snapshotOf(const TrackedSource &source) const
     return nullptr;
 }
 
-bool Catalogue::translationsAreSettled()
+QVector<PackageReference *> Catalogue::translations()
 {
+    QVector<PackageReference *> references;
     const auto packages =
         PackageIndex::selectPackages(index(), QStringLiteral("translation"), {}, {});
     for (const PackageNode *package : packages) {
-        if (m_repository.packageReference(package->id().toString())->status()
-            == PackageReference::Installing)
-            return false;
+        // Null for a package without an identifier.
+        if (auto *reference = m_repository.packageReference(package->id().toString()))
+            references.append(reference);
     }
-    return true;
+    return references;
 }
 
 void Catalogue::waitForTranslations()
 {
     QEventLoop loop;
-    const auto check = [this, &loop] {
-        if (translationsAreSettled())
-            loop.quit();
+    const auto isSettled = [this] {
+        const auto references = translations();
+        return std::none_of(references.begin(), references.end(), [](const auto *reference) {
+            return reference->status() == PackageReference::Installing;
+        });
     };
-    const auto packages =
-        PackageIndex::selectPackages(index(), QStringLiteral("translation"), {}, {});
-    for (const PackageNode *package : packages) {
-        connect(
-            m_repository.packageReference(package->id().toString()),
-            &PackageReference::statusChanged, &loop, check);
+    const auto references = translations();
+    for (const PackageReference *reference : references) {
+        connect(reference, &PackageReference::statusChanged, &loop, [&] {
+            if (isSettled())
+                loop.quit();
+        });
     }
     QTimer::singleShot(translationPatience, &loop, &QEventLoop::quit);
-    if (!translationsAreSettled())
+    if (!isSettled())
         loop.exec();
 }
 

@@ -16,7 +16,8 @@
 
 namespace nk::pm {
 class PackageNode;
-}
+class PackageReference;
+} // namespace nk::pm
 
 namespace nk::pm::cli {
 
@@ -63,7 +64,8 @@ private:
     void waitForAnswers();
     void waitForIndex();
     QString faultOfNetwork();
-    bool translationsAreSettled();
+    /// Those of the current index.
+    QVector<PackageReference *> translations();
 
     const SourceOptions m_options;
     SnapshotOwners m_owners;

@@ -5,6 +5,7 @@
 
 #include "catalogue.h"
 #include "collection/collection.h"
+#include "disk/worklock.h"
 #include "exitcodes.h"
 #include "output.h"
 #include "texts.h"
@@ -13,11 +14,12 @@
 #include "index/packageindexnode.h"
 #include "references/packagereference.h"
 
-#include <QFileInfo>
+#include <QFile>
 #include <QJsonArray>
-#include <QLockFile>
 
+#include <cerrno>
 #include <chrono>
+#include <sys/stat.h>
 
 namespace nk::pm::cli {
 namespace {
@@ -29,13 +31,21 @@ bool changes(CollectionOptions::Action action)
     return action == CollectionOptions::Add || action == CollectionOptions::Remove;
 }
 
+/// Not so if the disk doesn't say: what can't be looked at may be there.
+bool isMissing(const QString &file)
+{
+    struct stat status = {};
+    return ::stat(QFile::encodeName(file).constData(), &status) != 0 && errno == ENOENT;
+}
+
 /// Puts packages in. Gives the reason why one can't be, or an empty text.
 QString add(const QStringList &ids, app::Collection &collection, Catalogue &catalogue)
 {
     for (const QString &id : ids) {
-        if (!catalogue.index()->getPackage(QStringRef(&id)))
+        PackageReference *const reference = catalogue.repository()->packageReference(id);
+        if (!reference || !catalogue.index()->getPackage(QStringRef(&id)))
             return noPackage(catalogue, id);
-        QString fault = collection.add(catalogue.repository()->packageReference(id));
+        QString fault = collection.add(reference);
         if (!fault.isEmpty())
             return fault;
     }
@@ -46,7 +56,7 @@ QString remove(const QStringList &ids, app::Collection &collection)
 {
     for (const QString &id : ids) {
         if (!collection.remove(id))
-            return QStringLiteral("'%1' is not in the collection").arg(id);
+            return QStringLiteral("\"%1\" is not in the collection").arg(id);
     }
     return {};
 }
@@ -82,14 +92,14 @@ int run(const CollectionOptions &options, Catalogue &catalogue, Output &output)
     app::Collection collection(&context);
     QString fault;
     // From reading to writing, so that two that change it at once don't undo each other's changes.
-    QLockFile lock(options.file + QStringLiteral(".lock"));
-    if (changes(options.action) && !lock.tryLock(int(lockPatience.count()))
-        && lock.error() == QLockFile::LockFailedError) {
-        output.error(QStringLiteral("%1: another program is changing it").arg(options.file));
+    disk::WorkLock lock(options.file + QStringLiteral(".lock"));
+    if (changes(options.action) && !lock.take(lockPatience) && lock.isElsewhere()) {
+        output.error(QStringLiteral("%1: another program is changing it (it has %2)")
+                         .arg(options.file, lock.path()));
         return NotMet;
     }
-    const bool isNew = options.action == CollectionOptions::Add && !QFileInfo::exists(options.file);
-    if (!isNew && !collection.load(options.file, &fault)) {
+    const bool mayBeNew = options.action == CollectionOptions::Add;
+    if (!collection.load(options.file, &fault) && !(mayBeNew && isMissing(options.file))) {
         output.error(fault);
         return NotMet;
     }

@@ -300,7 +300,7 @@ int explain(const CLI::App &app, const CLI::ParseError &error)
     if (app.remaining_size() > 0) {
         const std::string first = app.remaining().front();
         const char *kind = first.front() == '-' ? "option" : "command";
-        return refuse(app, std::string("there is no ") + kind + " '" + first + "'");
+        return refuse(app, std::string("there is no ") + kind + " \"" + first + "\"");
     }
     return refuse(app, "a command is missing");
 }

@@ -11,6 +11,7 @@
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
 
+#include <QDir>
 #include <QEventLoop>
 #include <QNetworkReply>
 #include <QSaveFile>
@@ -37,6 +38,14 @@ bool pass(QIODevice &source, QIODevice &sink)
 QString cannotWrite(const QIODevice &sink)
 {
     return QStringLiteral("can't write the file: %1").arg(sink.errorString());
+}
+
+/// A source that reads a directory joins the name to it as it is.
+bool leadsOut(const QString &name)
+{
+    const QString path = QDir::cleanPath(name);
+    return QDir::isAbsolutePath(path) || path == QLatin1String("..")
+           || path.startsWith(QLatin1String("../"));
 }
 
 /// Gives what went wrong, or an empty text.
@@ -94,6 +103,8 @@ QString fetch(
     const PackageNode &package, const QString &name, QNetworkAccessManager &network,
     QIODevice &sink)
 {
+    if (leadsOut(name))
+        return QStringLiteral("\"%1\" leads out of the package \"%2\"").arg(name, package.id());
     const QUrl url = package.fileUrl(name);
     if (url.isLocalFile())
         return copyLocal(url.toLocalFile(), sink);

@@ -14,6 +14,7 @@
 #include "index/packageindexnode.h"
 #include "install/packageinstaller.h"
 #include "references/packagereference.h"
+#include "repository/packageaccessor.h"
 
 #include <QEventLoop>
 #include <QFutureWatcher>
@@ -80,7 +81,7 @@ QString Install::findPackages()
 {
     for (const auto &id : m_options.ids) {
         const auto *node = m_catalogue.index()->getPackage(QStringRef(&id));
-        if (!node)
+        if (!node || id.isEmpty()) // a package may have such a name, but no reference leads to it
             return noPackage(m_catalogue, id);
     }
     QString fault = m_layDown.open();
@@ -138,15 +139,27 @@ QString Install::waitForReferences()
 void Install::showProgress()
 {
     int all = 0, finished = 0;
-    for (const auto *reference : qAsConst(m_references)) {
-        const auto *root = reference->installer();
-        auto installers = root->findChildren<PackageInstaller *>();
-        for (const auto *installer : qAsConst(installers))
-            finished += installer->isFinished() ? 1 : 0;
-        finished += root->isFinished() ? 1 : 0;
-        all += installers.size() + 1;
+    QVector<const QObject *> left; // no recursion: trees may be as deep as the catalogue is long
+    for (const auto *reference : qAsConst(m_references))
+        left.append(reference->installer());
+    while (!left.isEmpty()) {
+        const auto *installer = qobject_cast<const PackageInstaller *>(left.takeLast());
+        if (!installer)
+            continue;
+        ++all;
+        finished += installer->status() != PackageInstaller::InProgress ? 1 : 0;
+        for (const QObject *child : installer->children())
+            left.append(child);
     }
     m_progress.show(QStringLiteral("Fetching packages: %1 of %2").arg(finished).arg(all));
+}
+
+QStringList namesOf(const QVector<PackageFileInfo> &files)
+{
+    QStringList names;
+    for (const auto &file : files)
+        names.append(file.name);
+    return names;
 }
 
 QString Install::gather()
@@ -158,11 +171,15 @@ QString Install::gather()
     for (const auto *node : qAsConst(m_nodes)) {
         const QString path = relativePackagePath(node->type().toString(), node->id().toString());
         if (path.isEmpty()) {
-            return QStringLiteral("package '%1' of type '%2' can't be laid down: its name is no "
-                                  "file name")
+            return QStringLiteral(
+                       "package \"%1\" of type \"%2\" can't be laid down: its name is no "
+                       "file name")
                 .arg(node->id(), node->type());
         }
-        m_packages.append({path, node->installLocation().directory(false)});
+        const auto files = node->files();
+        if (!files)
+            return QStringLiteral("can't read the list of the files of \"%1\"").arg(node->id());
+        m_packages.append({path, node->installLocation().directory(false), namesOf(*files)});
     }
     return {};
 }

@@ -3,10 +3,15 @@
 
 #include "laydown.h"
 
+#include "disk/listing.h"
+#include "disk/synchronise.h"
 #include "filecopy.h"
+
+#include "install/packagepath.h"
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -15,8 +20,6 @@
 namespace nk::pm::cli {
 namespace {
 
-constexpr auto files = QDir::Files | QDir::Hidden | QDir::System;
-constexpr auto directories = QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot;
 const QLatin1String ownPrefix(".nkpm");
 
 QString systemError()
@@ -24,65 +27,53 @@ QString systemError()
     return QString::fromLocal8Bit(strerror(errno));
 }
 
-bool rename(const QString &from, const QString &to)
+/// renameat2() of two paths.
+bool rename(const QString &from, const QString &to, unsigned int flags)
 {
-    return ::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+    const QByteArray source = QFile::encodeName(from), target = QFile::encodeName(to);
+    return renameat2(AT_FDCWD, source.constData(), AT_FDCWD, target.constData(), flags) == 0;
 }
 
 /// Puts each in the other's place, so that there is no moment without either.
 bool exchange(const QString &a, const QString &b)
 {
-    return renameat2(
-               AT_FDCWD, QFile::encodeName(a).constData(), AT_FDCWD,
-               QFile::encodeName(b).constData(), RENAME_EXCHANGE)
-           == 0;
+    return rename(a, b, RENAME_EXCHANGE);
 }
 
-bool sameFiles(const QDir &a, const QDir &b, const std::atomic<bool> &cancelled)
+/// A file of somebody else's that came meanwhile stays.
+bool moveFile(const QString &from, const QString &to)
 {
-    const QStringList names = a.entryList(files, QDir::Name);
-    if (names != b.entryList(files, QDir::Name))
-        return false;
-    for (const auto &name : names) {
-        if (!haveSameContent(a.filePath(name), b.filePath(name), cancelled))
-            return false;
-    }
-    return true;
+    return rename(from, to, RENAME_NOREPLACE);
 }
 
-bool isOwnName(const QString &part)
+bool holdsSameFiles(
+    const LaidPackage &package, const QDir &target, const std::atomic<bool> &cancelled)
 {
-    return !part.isEmpty() && part != QLatin1String(".") && part != QLatin1String("..")
-           && !part.contains(QLatin1Char('/')) && !part.contains(QChar::Null)
-           && !part.startsWith(ownPrefix);
+    const auto isSame = [&](const QString &name) {
+        return haveSameContent(package.source.filePath(name), target.filePath(name), cancelled);
+    };
+    return std::all_of(package.files.begin(), package.files.end(), isSame);
 }
 
 } // namespace
 
 QString relativePackagePath(const QString &type, const QString &id)
 {
-    QStringList parts = type.isEmpty() ? QStringList() : type.split(QLatin1Char(':'));
-    parts.append(id);
-    for (const auto &part : qAsConst(parts)) {
-        if (!isOwnName(part))
-            return {};
-    }
-    return parts.join(QLatin1Char('/'));
+    const QString path = packagePath(type, id);
+    return path.startsWith(ownPrefix) ? QString() : path;
 }
 
 LayDown::LayDown(const QString &directory)
     : m_directory(QDir(directory).absolutePath())
     , m_staging(m_directory.filePath(ownPrefix + QLatin1String("-staging")))
     , m_lock(m_directory.filePath(ownPrefix + QLatin1String(".lock")))
-{
-    m_lock.setStaleLockTime(0); // a lock is stale when its process is gone, however old it is
-}
+{}
 
 LayDown::~LayDown()
 {
-    if (m_lock.isLocked()) {
+    if (m_lock.isHeld()) {
         m_staging.removeRecursively();
-        m_lock.unlock();
+        m_lock.letGo();
     }
     if (m_committed)
         return;
@@ -97,11 +88,11 @@ QString LayDown::open()
     QString fault = makeDirectory();
     if (!fault.isEmpty())
         return fault;
-    if (!m_lock.tryLock(0)) {
-        if (m_lock.error() == QLockFile::LockFailedError) {
-            return QStringLiteral("another nkpm is installing into %1").arg(m_directory.path());
-        }
-        return QStringLiteral("can't write to %1").arg(m_directory.path());
+    if (!m_lock.take()) {
+        const QString reason =
+            m_lock.isElsewhere() ? QStringLiteral("another nkpm is installing into %1 (it has %2)")
+                                 : QStringLiteral("can't write to %1 (can't make %2)");
+        return reason.arg(m_directory.path(), m_lock.path());
     }
     m_staging.removeRecursively();
     if (!m_staging.mkpath(QStringLiteral(".")))
@@ -126,46 +117,111 @@ QString LayDown::makeDirectory()
 QString LayDown::stage(
     LaidPackage &package, Mode mode, bool replace, const std::atomic<bool> &cancelled)
 {
-    package.files = package.source.entryList(files, QDir::Name);
     package.bytes = 0;
-    for (const auto &name : qAsConst(package.files))
-        package.bytes += QFileInfo(package.source.filePath(name)).size();
+    for (const auto &name : qAsConst(package.files)) {
+        const QFileInfo file(package.source.filePath(name));
+        if (!isPathComponent(name))
+            return QStringLiteral(
+                       "the file \"%1\" of %2 can't be laid down: its name leads elsewhere")
+                .arg(name, package.path);
+        if (!file.isFile())
+            return QStringLiteral("can't read %1").arg(file.filePath());
+        package.bytes += file.size();
+    }
     QString fault = judgeTarget(package, replace, cancelled);
     if (!fault.isEmpty() || package.state == LaidPackage::Present)
         return fault;
     package.staged = m_staging.filePath(QString::number(m_stagedCount++));
     if (!QDir().mkdir(package.staged))
         return QStringLiteral("can't make %1: %2").arg(package.staged, systemError());
+    return placeFiles(package, mode, cancelled);
+}
+
+QString LayDown::placeFiles(
+    LaidPackage &package, Mode mode, const std::atomic<bool> &cancelled) const
+{
     const auto place = mode == Link ? linkOrCopy : copyFile;
     for (const auto &name : qAsConst(package.files)) {
-        fault =
+        QString fault =
             place(package.source.filePath(name), QDir(package.staged).filePath(name), cancelled);
         if (!fault.isEmpty())
-            break;
+            return fault;
     }
-    return fault;
+    return {};
 }
 
 QString LayDown::judgeTarget(
     LaidPackage &package, bool replace, const std::atomic<bool> &cancelled) const
 {
     const QDir target(m_directory.filePath(package.path));
+    const disk::Listing held = disk::listing(target.path());
     package.state = LaidPackage::New;
-    if (target.entryList(files).isEmpty())
-        return {};
-    if (sameFiles(package.source, target, cancelled)) {
+    if (held.files.isEmpty() || !held.fault.isEmpty())
+        return held.fault;
+    package.files.sort();
+    if (held.files == package.files && holdsSameFiles(package, target, cancelled)) {
         package.state = LaidPackage::Present;
         return {};
     }
     if (!replace)
         return QStringLiteral("%1 holds other files (--replace replaces them)").arg(target.path());
-    if (!target.entryList(directories).isEmpty())
+    if (!held.directories.isEmpty())
         return QStringLiteral("%1 holds directories and can't be replaced").arg(target.path());
     package.state = LaidPackage::Replaced;
     return {};
 }
 
 QString LayDown::commit(const QVector<LaidPackage> &packages)
+{
+    QString fault = synchroniseStaged(packages);
+    if (fault.isEmpty())
+        fault = moveAllIn(packages);
+    if (!fault.isEmpty())
+        return fault;
+    fault = synchronisePlaces(packages);
+    if (!fault.isEmpty())
+        std::for_each(packages.rbegin(), packages.rend(), [this](const LaidPackage &package) {
+            takeBack(package);
+        });
+    m_committed = fault.isEmpty();
+    return fault;
+}
+
+/// Without this a file may be empty after a loss of power, though its name is there.
+QString LayDown::synchroniseStaged(const QVector<LaidPackage> &packages) const
+{
+    QStringList paths;
+    for (const auto &package : packages) {
+        for (const auto &name : package.files) {
+            if (package.state != LaidPackage::Present)
+                paths.append(package.staged + QLatin1Char('/') + name);
+        }
+    }
+    return disk::synchronise(paths, m_staging.path())
+               ? QString()
+               : QStringLiteral("can't force the files to the disk: %1").arg(systemError());
+}
+
+/// The directories in which entries were made or replaced.
+QString LayDown::synchronisePlaces(const QVector<LaidPackage> &packages) const
+{
+    QSet<QString> paths{m_directory.path()};
+    for (const auto &package : packages) {
+        QString path = m_directory.filePath(package.path);
+        for (; package.state != LaidPackage::Present && !paths.contains(path);
+             path = QFileInfo(path).path())
+            paths.insert(path);
+    }
+    for (const auto &path : m_made)
+        paths.insert(path);
+    return disk::synchronise(paths.values(), m_directory.path())
+               ? QString()
+               : QStringLiteral("can't force %1 to the disk: %2")
+                     .arg(m_directory.path(), systemError());
+}
+
+/// All or none.
+QString LayDown::moveAllIn(const QVector<LaidPackage> &packages) const
 {
     for (int i = 0; i < packages.size(); ++i) {
         QString fault = moveIn(packages.at(i));
@@ -175,7 +231,6 @@ QString LayDown::commit(const QVector<LaidPackage> &packages)
             takeBack(packages.at(i));
         return fault;
     }
-    m_committed = true;
     return {};
 }
 
@@ -184,23 +239,35 @@ QString LayDown::moveIn(const LaidPackage &package) const
     if (package.state == LaidPackage::Present)
         return {};
     const QString target = m_directory.filePath(package.path);
-    QString fault = QStringLiteral("can't put %1 in its place: ").arg(target);
+    const QString fault = QStringLiteral("can't put %1 in its place: ").arg(target);
     errno = 0;
     if (!QDir().mkpath(QFileInfo(target).path()))
         return fault + systemError();
     if (package.state == LaidPackage::Replaced)
         return exchange(package.staged, target) ? QString() : fault + systemError();
-    if (rename(package.staged, target))
+    if (rename(package.staged, target, 0))
         return {};
     if (errno != EEXIST && errno != ENOTEMPTY)
         return fault + systemError();
-    // The directory is one of a type too, with packages below it: the files go there one by one.
-    for (const auto &name : package.files) {
-        if (!rename(package.staged + QLatin1Char('/') + name, target + QLatin1Char('/') + name)) {
-            const QString reason = systemError();
-            takeBack(package);
-            return fault + reason;
-        }
+    const QString reason = moveFilesIn(package);
+    return reason.isEmpty() ? reason : fault + reason;
+}
+
+/// Into a directory that is one of a type too, with packages below it: one by one.
+QString LayDown::moveFilesIn(const LaidPackage &package) const
+{
+    const QString target = m_directory.filePath(package.path);
+    const auto path = [](const QString &directory, const QString &name) {
+        return directory + QLatin1Char('/') + name;
+    };
+    for (int i = 0; i < package.files.size(); ++i) {
+        const QString &name = package.files.at(i);
+        if (moveFile(path(package.staged, name), path(target, name)))
+            continue;
+        QString reason = systemError();
+        while (i-- > 0)
+            QFile::remove(path(target, package.files.at(i)));
+        return reason;
     }
     return {};
 }

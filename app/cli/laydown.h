@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include "disk/worklock.h"
+
 #include <QDir>
-#include <QLockFile>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -22,9 +24,9 @@ struct LaidPackage
         Replaced, ///< other files stood there
     };
 
-    QString path; ///< relative to the directory, see relativePackagePath()
-    QDir source;  ///< whose files are taken; sub-directories aren't
-    QStringList files = {};
+    QString path;      ///< relative to the directory, see relativePackagePath()
+    QDir source;       ///< where its files lie, perhaps among others
+    QStringList files; ///< the package's own, which are taken
     qint64 bytes = 0;
     State state = New;
     QString staged = {}; ///< where its files wait
@@ -32,10 +34,10 @@ struct LaidPackage
 
 /// Lays packages down below a directory, all of them or none.
 ///
-/// Every package is staged in a hidden sub-directory first and moved to its place by a rename.
-/// Whatever was not committed goes with the object; what a killed process left goes with the next
-/// one. Operations that can fail give the reason, an empty text if all went well. No QObject:
-/// stage() may run on a worker thread while its caller waits.
+/// Every package is staged in a hidden sub-directory first, forced to stable storage and moved to
+/// its place by a rename. Whatever was not committed goes with the object; what a killed process
+/// left goes with the next one. Operations that can fail give the reason, an empty text if all went
+/// well. No QObject: stage() may run on a worker thread while its caller waits.
 class LayDown
 {
 public:
@@ -48,12 +50,13 @@ public:
     /// Makes the directory and takes it for this process. To be called first.
     QString open();
 
-    /// Prepares \a package and fills in all but its path and source. Other files in its place are a
-    /// failure unless \a replace. Gives up soon after \a cancelled becomes true.
+    /// Prepares \a package and fills in all but its path, source and files. Other files in its
+    /// place are a failure unless \a replace. Gives up soon after \a cancelled becomes true.
     QString stage(
         LaidPackage &package, Mode mode, bool replace, const std::atomic<bool> &cancelled);
 
-    /// Moves what was staged to its place. After a failure everything stands as before.
+    /// Moves what was staged to its place, for good once this returns. After a failure everything
+    /// stands as before.
     QString commit(const QVector<LaidPackage> &packages);
 
 private:
@@ -61,12 +64,17 @@ private:
     /// Settles the state of \a package by what stands in its place.
     QString judgeTarget(
         LaidPackage &package, bool replace, const std::atomic<bool> &cancelled) const;
+    QString placeFiles(LaidPackage &package, Mode mode, const std::atomic<bool> &cancelled) const;
     QString moveIn(const LaidPackage &package) const;
+    QString moveFilesIn(const LaidPackage &package) const;
+    QString moveAllIn(const QVector<LaidPackage> &packages) const;
+    QString synchroniseStaged(const QVector<LaidPackage> &packages) const;
+    QString synchronisePlaces(const QVector<LaidPackage> &packages) const;
     void takeBack(const LaidPackage &package) const;
 
     QDir m_directory;
     QDir m_staging;
-    QLockFile m_lock;
+    disk::WorkLock m_lock;
     QStringList m_made; // m_directory and its parents, as far as made here, innermost first
     int m_stagedCount = 0;
     bool m_committed = false;

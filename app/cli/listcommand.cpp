@@ -13,6 +13,8 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace nk::pm::cli {
 namespace {
 
@@ -53,11 +55,20 @@ QString unknownPart(const ListOptions &options, const Catalogue &catalogue)
 {
     for (const auto &id : options.keywords) {
         if (!catalogue.index()->getKeyword(QStringRef(&id)))
-            return QStringLiteral("there is no keyword '%1' (nkpm keywords shows all)").arg(id);
+            return QStringLiteral("there is no keyword \"%1\" (nkpm keywords shows all)").arg(id);
     }
     const auto ofType = PackageIndex::selectPackages(
         catalogue.index(), options.type, [](PackageNode *) { return false; }, {});
     return ofType.isValid() ? QString() : noType(options.type);
+}
+
+/// Most likely the field's name is mistyped.
+bool isInVain(const QString &sortField, const PackageList &packages)
+{
+    return !sortField.isEmpty() && packages.size() > 0
+           && std::all_of(packages.begin(), packages.end(), [&](const PackageNode *package) {
+                  return package->manifestValue(sortField).isUndefined();
+              });
 }
 
 } // namespace
@@ -72,6 +83,10 @@ int run(const ListOptions &options, Catalogue &catalogue, Output &output)
     catalogue.waitForTranslations();
     const auto packages = PackageIndex::selectPackages(
         catalogue.index(), options.type, matcherFor(options), sorterFor(options));
+    if (isInVain(options.sortField, packages))
+        output.error(
+            QStringLiteral("no package that matches has the field \"%1\", by which to sort")
+                .arg(options.sortField));
     if (output.isJson())
         output.json(asJson(packages, options.fields));
     else if (packages.size() > 0)

@@ -3,9 +3,13 @@
 
 #include "collection/collection.h"
 
+#include "disk/savefile.h"
+
 #include "references/packagereference.h"
 #include "references/packagereferencetype.h"
 #include "repository/packagerepository.h"
+
+#include <QJsonDocument>
 
 #include <algorithm>
 #include <limits>
@@ -65,7 +69,7 @@ QString Collection::add(PackageReference *reference)
     const QString id = reference->id();
     // Reference strings are Latin-1: what has lost characters leads to another package, or nowhere.
     if (QString::fromLatin1(PackageReferenceType::identifier(reference)) != id) {
-        return QStringLiteral("'%1' can't be kept in a collection: its identifier has characters "
+        return QStringLiteral("\"%1\" can't be kept in a collection: its identifier has characters "
                               "beyond Latin-1")
             .arg(id);
     }
@@ -103,6 +107,12 @@ bool Collection::setContent(const QJsonObject &content, QString *reason)
     if (m_isOfNewerVersion)
         *reason = QStringLiteral("it was written by a newer version of this program");
     return !m_isOfNewerVersion && LinkedDocument::setContent(content, reason);
+}
+
+bool Collection::save(const QString &path, QString *error) const
+{
+    *error = disk::saveFile(path, QJsonDocument(content()).toJson());
+    return error->isEmpty();
 }
 
 QJsonObject Collection::content() const

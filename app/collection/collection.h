@@ -54,6 +54,9 @@ public:
     /// it is already. Null if the file has something else under that identifier.
     PackageReference *reference(const QString &id);
 
+    /// As the document's, but for good: the file is on stable storage when this returns.
+    bool save(const QString &path, QString *error) const;
+
     /// Whether the last file to be loaded was refused because it is of a newer version.
     bool isOfNewerVersion() const { return m_isOfNewerVersion; }
 

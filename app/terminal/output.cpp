@@ -3,12 +3,11 @@
 
 #include "terminal/output.h"
 
-#include <QJsonDocument>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <unistd.h>
 
 namespace nk::pm::terminal {
@@ -25,9 +24,41 @@ bool takesStyle(int descriptor)
     return takesEscapes(descriptor) && qEnvironmentVariableIsEmpty("NO_COLOR");
 }
 
-bool steersTerminal(QChar c)
+constexpr uint firstBeyondAscii = 0x7f; // the control character at its end included
+
+/// Whether a terminal, or a reader of text, does something else with the code point than show it.
+bool isInvisible(uint c)
 {
-    return c.category() == QChar::Other_Control || c.category() == QChar::Other_Format;
+    switch (QChar::category(c)) {
+    case QChar::Other_Control:
+    case QChar::Other_Format: // marks of direction, zero-width ones, tags
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return true;
+    default:
+        break;
+    }
+    static constexpr uint shapeless[] = {0x034f, 0x115f, 0x1160, 0x17b4, 0x17b5, 0x3164, 0xffa0};
+    return (c >= 0xe0000 && c <= 0xe0fff)
+           || std::find(std::begin(shapeless), std::end(shapeless), c) != std::end(shapeless);
+}
+
+/// \a text with its invisible characters from \a first on as JSON writes them.
+QString escaped(const QString &text, uint first)
+{
+    QString result;
+    result.reserve(text.size());
+    const auto points = text.toUcs4();
+    for (const uint point : points) {
+        const QString character = QString::fromUcs4(&point, 1);
+        if (point < first || !isInvisible(point)) {
+            result += character;
+            continue;
+        }
+        for (const QChar unit : character)
+            result += QStringLiteral("\\u%1").arg(int(unit.unicode()), 4, 16, QLatin1Char('0'));
+    }
+    return result;
 }
 
 QString padded(const QString &text, int width, bool right)
@@ -45,15 +76,13 @@ void writeError(const QString &line)
 
 QString printable(const QString &text)
 {
-    QString result;
-    result.reserve(text.size());
-    for (const QChar c : text) {
-        if (steersTerminal(c))
-            result += QStringLiteral("\\u%1").arg(int(c.unicode()), 4, 16, QLatin1Char('0'));
-        else
-            result += c;
-    }
-    return result;
+    return escaped(text, 0);
+}
+
+QString jsonText(const QJsonDocument &document)
+{
+    // What is beyond ASCII stands in texts only, where an escape is as good.
+    return escaped(QString::fromUtf8(document.toJson()), firstBeyondAscii);
 }
 
 QStringList alignedRows(const Table &table)
@@ -111,7 +140,7 @@ void Output::lines(const QStringList &lines)
 
 void Output::json(const QJsonObject &object)
 {
-    write(QString::fromUtf8(QJsonDocument(object).toJson()));
+    write(jsonText(QJsonDocument(object)));
 }
 
 void Output::error(const QString &message)

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
@@ -19,9 +20,12 @@ struct Table
     QVector<int> rightAligned = {};
 };
 
-/// \a text with every character that could steer a terminal made visible. Names come from places
-/// that nobody vouches for.
+/// \a text with every character that could steer a terminal, break a line or hide made visible.
+/// Names come from places that nobody vouches for.
 QString printable(const QString &text);
+
+/// \a document, indented, with such characters escaped.
+QString jsonText(const QJsonDocument &document);
 
 /// The lines of \a table without its headings.
 QStringList alignedRows(const Table &table);

@@ -153,8 +153,8 @@ ExitCode inspectRecords(const OpenLedger &ledger, const QStringList &ids, Output
     // A record has too many parts for a table; indented JSON reads well.
     if (output.isJson())
         output.json({{QStringLiteral("records"), records}});
-    else
-        output.lines(QString::fromUtf8(QJsonDocument(records).toJson()).trimmed().split(u'\n'));
+    else if (!records.isEmpty())
+        output.lines(terminal::jsonText(QJsonDocument(records)).trimmed().split(u'\n'));
     return missing.isEmpty() ? Fine : Failed;
 }
 

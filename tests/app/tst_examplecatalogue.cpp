@@ -41,7 +41,7 @@ void tst_ExampleCatalogue::initTestCase()
 {
     Problems problems;
     Progress progress;
-    m_catalogue = readCatalogue(NKPM_EXAMPLE_CATALOGUE, problems, progress);
+    m_catalogue = readCatalogue(NKPM_EXAMPLE_CATALOGUE, Links::Within, problems, progress);
     checkCatalogue(m_catalogue, problems);
     for (const Problem &problem : problems.sorted())
         QFAIL(qPrintable(problem.file + ": " + problem.text));

@@ -30,8 +30,11 @@ private Q_SLOTS:
     void otherFilesAreReplacedOnlyOnRequest();
     void aFailedCommitTakesEverythingBack();
     void packageAndTypeMayShareADirectory();
+    void whatStandsBelowIsntReplaced();
     void linksShareTheFile();
     void oneProcessAtATime();
+    void anEmptyLockIsNobodysAfterSomeSeconds();
+    void takesThePackagesOwnFilesOnly();
     void saysWhyThereIsNoRoom();
     void saysWhatStandsInTheWay_data();
     void saysWhatStandsInTheWay();
@@ -74,7 +77,7 @@ LaidPackage tst_LayDown::package(const QString &path, const QByteArray &content)
     const QString source = m_root->filePath("source/" + path);
     writeFile(source + "/a.txt", content);
     writeFile(source + "/.hidden", "dot");
-    return {path, QDir(source)};
+    return {path, QDir(source), {".hidden", "a.txt"}};
 }
 
 QString tst_LayDown::layDown(QVector<LaidPackage> packages, bool replace)
@@ -167,7 +170,23 @@ void tst_LayDown::packageAndTypeMayShareADirectory()
 {
     QCOMPARE(layDown({package("t/u/two"), package("t/u")}), QString());
     QCOMPARE(tree(), (QStringList{"t/u/.hidden", "t/u/a.txt", "t/u/two/.hidden", "t/u/two/a.txt"}));
-    // What stands below can't go along with a replacement.
+    // A file that came after the judgement stays.
+    QVERIFY(QFile::remove(target("/t/u/a.txt")) && QFile::remove(target("/t/u/.hidden")));
+    auto late = package("t/u");
+    {
+        LayDown run(target());
+        QCOMPARE(run.open(), QString());
+        QCOMPARE(run.stage(late, LayDown::Copy, true, m_goOn), QString());
+        writeFile(target("/t/u/a.txt"), "mine");
+        QVERIFY(run.commit({late}).contains("can't put"));
+    }
+    QCOMPARE(tree(), (QStringList{"t/u/a.txt", "t/u/two/.hidden", "t/u/two/a.txt"}));
+    QCOMPARE(readFile(target("/t/u/a.txt")), QByteArray("mine"));
+}
+
+void tst_LayDown::whatStandsBelowIsntReplaced()
+{
+    QCOMPARE(layDown({package("t/u/two"), package("t/u")}), QString());
     QVERIFY(layDown({package("t/u", "changed")}, true).contains("can't be replaced"));
     QCOMPARE(readFile(target("/t/u/two/a.txt")), QByteArray("content"));
 }
@@ -193,6 +212,29 @@ void tst_LayDown::oneProcessAtATime()
     QCOMPARE(readFile(target("/t/one/a.txt")), QByteArray("content"));
 }
 
+void tst_LayDown::anEmptyLockIsNobodysAfterSomeSeconds()
+{
+    const QString lock = target("/.nkpm.lock");
+    writeFile(lock, "");
+    QVERIFY(layDown({package("t/one")}).contains(lock));
+    makeOld(lock, 10);
+    QCOMPARE(layDown({package("t/one")}), QString());
+    QCOMPARE(tree(), (QStringList{"t/one/.hidden", "t/one/a.txt"}));
+}
+
+void tst_LayDown::takesThePackagesOwnFilesOnly()
+{
+    auto one = package("t/one");
+    writeFile(one.source.filePath("stranger"), "x");
+    QCOMPARE(layDown({one}), QString());
+    QCOMPARE(tree(), (QStringList{"t/one/.hidden", "t/one/a.txt"}));
+    for (const char *name : {"missing", "../one/a.txt"}) {
+        one.files = QStringList{name};
+        QVERIFY(layDown({one}, true).contains(name));
+    }
+    QCOMPARE(tree(), (QStringList{"t/one/.hidden", "t/one/a.txt"}));
+}
+
 void tst_LayDown::saysWhyThereIsNoRoom()
 {
     QTemporaryDir directory;
@@ -206,8 +248,8 @@ void tst_LayDown::saysWhatStandsInTheWay_data()
 {
     Columns<QString, QString>("file", "fault")
         .row("a file for the directory", "", "into is not a directory")
-        .row("a file for a type", "/t", "can't put")
-        .row("a file for a package", "/t/one", "can't put");
+        .row("a file for a type", "/t", "can't read")
+        .row("a file for a package", "/t/one", "can't read");
 }
 
 void tst_LayDown::saysWhatStandsInTheWay()

@@ -153,6 +153,9 @@ void tst_Nkpm::listsJson()
                                              {"size", QJsonArray{110, 190}},
                                          }},
                                     }));
+    const CallResult unsorted = run({"list", "lighting", "--sort", "prise", "--json"});
+    QVERIFY2(unsorted.errors.contains("\"prise\""), qPrintable(unsorted.errors));
+    QCOMPARE(unsorted.json()["packages"].toArray().size(), 4);
     QCOMPARE(
         run({"list", "scenes", "--search", "no such", "--json"}).json()["packages"],
         QJsonValue(QJsonArray()));
@@ -268,14 +271,19 @@ void tst_Nkpm::installsTwice()
 void tst_Nkpm::refusesWhatItCantMeet_data()
 {
     Columns<QString>("message")
-        .row("nkpm show nothing", "there is no package 'nothing' (nkpm list shows all)")
-        .row("nkpm show chair", "'chair' is a keyword, not a package (nkpm list --keyword chair)")
-        .row("nkpm list furnitur", "no package is of type 'furnitur' (nkpm list shows all)")
-        .row("nkpm keywords furnitur", "no package is of type 'furnitur' (nkpm list shows all)")
-        .row("nkpm list --keyword chairr", "there is no keyword 'chairr' (nkpm keywords shows all)")
+        .row("nkpm show nothing", "there is no package \"nothing\" (nkpm list shows all)")
+        .row("nkpm show chair", "\"chair\" is a keyword, not a package (nkpm list --keyword chair)")
+        .row("nkpm list furnitur", "no package is of type \"furnitur\" (nkpm list shows all)")
+        .row("nkpm keywords furnitur", "no package is of type \"furnitur\" (nkpm list shows all)")
+        .row(
+            "nkpm list --keyword chairr",
+            "there is no keyword \"chairr\" (nkpm keywords shows all)")
         .row(
             "nkpm install plant-fern plant-farn --into unused",
-            "there is no package 'plant-farn' (nkpm list shows all)")
+            "there is no package \"plant-farn\" (nkpm list shows all)")
+        .row(
+            "nkpm file plant-fern ../plant-cactus/manifest.json",
+            "\"../plant-cactus/manifest.json\" leads out of the package \"plant-fern\"")
         .row("nkpm install plant-fern --into /etc/passwd/x", "/etc/passwd is not a directory")
         .row("nkpm list --local /no/such", "/no/such: no such directory")
         .row("nkpm list --local /etc/passwd", "/etc/passwd is not a directory")
@@ -306,7 +314,7 @@ void tst_Nkpm::wrongUsage_data()
 {
     Columns<QString>("part")
         .row("nkpm", "a command is missing")
-        .row("nkpm lst", "there is no command 'lst'")
+        .row("nkpm lst", "there is no command \"lst\"")
         .row("nkpm list --serch x", "--serch")
         .row("nkpm list --search", "--search")
         .row("nkpm list --full", "--search")
@@ -347,13 +355,18 @@ void tst_Nkpm::namesCantSteerTheTerminal()
     const QString catalogue = path("catalogue");
     writeFile(
         catalogue + "/packages/t/evil\x1b[31m\nid/manifest.json",
-        "{\"name\": \"red \\u001b[31m \\u202e over\\tand\\nout\"}");
+        "{\"name\": \"red \\u001b[31m \\u202e over\\tand\\nout \\u009b \\u2028 "
+        "\\udb40\\udc41 \\ud83d\\ude00\"}");
     const QString listed = run({"list"}, catalogue).output;
     QCOMPARE(listed.count('\n'), 1);
-    QVERIFY(!listed.contains(QChar(0x1b)) && !listed.contains(QChar(0x202e)));
     QVERIFY2(listed.contains("evil\\u001b[31m\\u000aid"), qPrintable(listed));
-    const QJsonObject json = run({"list", "--json"}, catalogue).json();
-    QCOMPARE(idsOf(json["packages"]), QStringList{"evil\x1b[31m\nid"});
+    const CallResult asJson = run({"list", "--json"}, catalogue);
+    QCOMPARE(idsOf(asJson.json()["packages"]), QStringList{"evil\x1b[31m\nid"});
+    for (const QString &output : {listed, QString(asJson.output)}) {
+        for (const char *character : {"\x1b", "\u202e", "\u009b", "\u2028", "\U000e0041"})
+            QVERIFY2(!output.contains(character), qPrintable(output));
+        QVERIFY(output.contains("\U0001f600"));
+    }
 }
 
 void tst_Nkpm::stylesOnlyTerminals_data()

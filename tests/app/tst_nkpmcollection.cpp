@@ -19,6 +19,7 @@ class TestNkpmCollection : public QObject
 private Q_SLOTS:
     void initTestCase();
     void keepsPackagesInAFile();
+    void sweepsLeftovers();
     void keepsWhatItDoesNotKnow();
     void refuses_data();
     void refuses();
@@ -70,6 +71,23 @@ void TestNkpmCollection::keepsPackagesInAFile()
     QCOMPARE(readFile(into + "/things/ball/ball.txt"), QByteArray("round")); // required by the box
 }
 
+/// Of a program that was killed; a file of the user's and one that is being written stay.
+void TestNkpmCollection::sweepsLeftovers()
+{
+    const QString old = m_directory.filePath(".collection.json.nkpm-0123abcd");
+    const QString young = m_directory.filePath(".collection.json.nkpm-89abcdef");
+    const QString own = m_directory.filePath("collection.json.backup");
+    const QString lock = m_file + ".lock";
+    for (const QString &path : {old, young, own, lock})
+        writeFile(path, "");
+    for (const QString &path : {old, own, lock})
+        makeOld(path, 3600);
+    QCOMPARE(collection({"add", "box"}).exitCode, 0);
+    QVERIFY(!QFile::exists(old) && !QFile::exists(lock));
+    QVERIFY(QFile::remove(young) && QFile::remove(own));
+    QCOMPARE(packages(), QStringList{"box things"});
+}
+
 void TestNkpmCollection::keepsWhatItDoesNotKnow()
 {
     writeFile(m_file, R"({"version": 1, "format": 2, "structs": {
@@ -84,7 +102,7 @@ void TestNkpmCollection::keepsWhatItDoesNotKnow()
     const CallResult install =
         collection({"install", "--into", m_directory.filePath("incomplete")});
     QCOMPARE(install.exitCode, 1);
-    QVERIFY2(install.errors.contains("'gone'"), qPrintable(install.errors));
+    QVERIFY2(install.errors.contains("\"gone\""), qPrintable(install.errors));
 }
 
 void TestNkpmCollection::refuses_data()
@@ -92,10 +110,11 @@ void TestNkpmCollection::refuses_data()
     const QByteArray fine = R"({"structs": {"box": {"package": "ref:1:box"}}})";
     const QByteArray newer = R"({"version": 2, "structs": {}})";
     Columns<QByteArray, QStringList, int, QString>("content", "arguments", "exitCode", "says")
-        .row("unknown package", fine, {"add", "ghost"}, 1, "'ghost'")
-        .row("not in it", fine, {"remove", "ball"}, 1, "'ball'")
+        .row("unknown package", fine, {"add", "ghost"}, 1, "\"ghost\"")
+        .row("not in it", fine, {"remove", "ball"}, 1, "\"ball\"")
         .row("beyond Latin-1", fine, {"add", QString::fromUtf8("日本")}, 1, "beyond Latin-1")
         .row("no JSON", "box", {"list"}, 1, "collection.json")
+        .row("no JSON to add to", "box", {"add", "ball"}, 1, "collection.json")
         .row("of a newer version", newer, {"add", "ball"}, 1, "newer version")
         .row("no action", fine, {}, 2, "--help")
         .row("nothing to add", fine, {"add"}, 2, "ID")

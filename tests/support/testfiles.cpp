@@ -3,6 +3,7 @@
 
 #include "support/testfiles.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -42,6 +43,15 @@ QStringList filesBelow(const QString &directory)
     while (it.hasNext())
         files.append(it.next());
     return files;
+}
+
+void makeOld(const QString &path, int seconds)
+{
+    QFile file(path);
+    const auto time = QDateTime::currentDateTime().addSecs(-seconds);
+    if (!file.open(QIODevice::ReadWrite)
+        || !file.setFileTime(time, QFileDevice::FileModificationTime))
+        qFatal("Failed to age %s", qPrintable(path));
 }
 
 void makeLink(const QString &path, const QString &target)

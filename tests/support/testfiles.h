@@ -20,6 +20,9 @@ QByteArray readFile(const QString &path);
 /// The paths of all files below \a directory, hidden ones too.
 QStringList filesBelow(const QString &directory);
 
+/// Lets the file \a path have been written \a seconds ago.
+void makeOld(const QString &path, int seconds);
+
 /// Makes a symbolic link at \a path that says \a target, whether or not that exists.
 void makeLink(const QString &path, const QString &target);
 
