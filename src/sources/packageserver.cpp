@@ -6,14 +6,17 @@
 #include "sources/ledgerstore.h"
 #include "sources/packageserveraccessor.h"
 #include "sources/pollbackoff.h"
+#include "sources/polledanswer.h"
 
 #include <norvak/request.h>
 #include <norvakaccount/service.h>
 
 #include <QDeadlineTimer>
-#include <QNetworkReply>
+#include <QNetworkRequest>
 #include <QPointer>
 #include <QtConcurrent>
+
+#include <utility>
 
 namespace nk::pm {
 
@@ -27,28 +30,29 @@ struct PackageServerPrivate
 {
     PackageServer *q;
     QPointer<nk::account::Service> service;
-    QPointer<nk::GetRequest> request; // null when no poll runs
+    QPointer<nk::GetRequest> poll; // null when none runs
     LedgerSnapshot current;
     QDeadlineTimer nextPoll; // expired at first
     PollBackoff backoff;
+    bool isUnconditional = false; // the next poll, after one that was refused
 
     bool isServiceAvailable() const
     {
         return service && service->status() == nk::account::Service::Available;
     }
-    void takeLedger();
+    void takeLedger(const nk::Request &request);
     void confirmLedger();
-    void failPoll();
+    void failPoll(const nk::Request &request);
 };
 
-void PackageServerPrivate::takeLedger()
+void PackageServerPrivate::takeLedger(const nk::Request &request)
 {
-    current.etag = request->reply()->header(QNetworkRequest::ETagHeader).toString().toLatin1();
-    current.ledger = request->rawResponse();
+    current.etag = etagOf(request).toLatin1();
+    current.ledger = request.rawResponse();
     nextPoll = QDeadlineTimer(backoff.afterSuccess());
     qCDebug(packageServerLog) << "Package server update complete"
                               << "- Received new ledger with ETag" << current.etag;
-    Q_EMIT q->updateRequired();
+    Q_EMIT q->updateRequired(); // comes last: who hears of it may poll anew or delete the source
 }
 
 void PackageServerPrivate::confirmLedger()
@@ -57,10 +61,12 @@ void PackageServerPrivate::confirmLedger()
     nextPoll = QDeadlineTimer(backoff.afterSuccess());
 }
 
-void PackageServerPrivate::failPoll()
+void PackageServerPrivate::failPoll(const nk::Request &request)
 {
-    qCCritical(packageServerLog) << "Ledger update failed with status" << request->responseCode()
-                                 << request->rawResponse();
+    // What servers send with their errors is short; a ledger that broke off isn't.
+    constexpr int longestText = 1024;
+    qCCritical(packageServerLog) << "Ledger update failed with status" << request.responseCode()
+                                 << request.rawResponse().left(longestText);
     nextPoll = QDeadlineTimer(backoff.afterFailure());
 }
 
@@ -70,11 +76,12 @@ PackageServer::PackageServer(nk::account::Service *service, QObject *parent)
 {
     if (service) {
         d->current = LedgerStore(service->uuid()).load();
-        service->enable();
-        connect(
-            service, &nk::account::Service::statusChanged, this,
-            &PackageServer::processServiceStatusChange);
+        service->enable(); // who hears of that may delete it
     }
+    if (d->service)
+        connect(
+            d->service, &nk::account::Service::statusChanged, this,
+            &PackageServer::processServiceStatusChange);
     processServiceStatusChange();
     startTimer(tickInterval, Qt::CoarseTimer);
 }
@@ -101,22 +108,22 @@ void PackageServer::persist()
 
 void PackageServer::update()
 {
-    if (d->request || !d->isServiceAvailable())
+    if (d->poll || !d->isServiceAvailable())
         return;
     QNetworkRequest request = d->service->createRequest(QUrl(QStringLiteral("./api/v1/ledger")));
-    if (!d->current.etag.isEmpty())
+    if (!std::exchange(d->isUnconditional, false) && !d->current.etag.isEmpty())
         request.setRawHeader("If-None-Match", d->current.etag); // byte for byte as it came
-    d->request = d->service->getRequest(request);
-    if (!d->request)
+    d->poll = d->service->getRequest(request);
+    if (!d->poll)
         return;
-    d->request->setParent(this);
-    d->request->setSuppressErrors(true);
-    connect(d->request, &nk::Request::finished, this, &PackageServer::processResponse);
+    d->poll->setParent(this);
+    d->poll->setSuppressErrors(true);
+    connect(d->poll, &nk::Request::finished, this, &PackageServer::processResponse);
 }
 
 void PackageServer::timerEvent(QTimerEvent *)
 {
-    if (!d->request && d->nextPoll.hasExpired())
+    if (!d->poll && d->nextPoll.hasExpired())
         update();
 }
 
@@ -128,16 +135,15 @@ void PackageServer::processServiceStatusChange()
 
 void PackageServer::processResponse()
 {
-    const QPointer<PackageServer> alive(this); // who hears of the new ledger may delete us
-    const int status = d->request->responseCode();
+    const auto request = std::exchange(d->poll, {});
+    const int status = request->responseCode();
+    d->isUnconditional = mayRefuseCondition(status);
     if (status == 200)
-        d->takeLedger();
+        d->takeLedger(*request);
     else if (status == 304)
         d->confirmLedger();
     else
-        d->failPoll();
-    if (alive)
-        d->request = nullptr;
+        d->failPoll(*request);
 }
 
 } // namespace nk::pm

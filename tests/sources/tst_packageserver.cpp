@@ -168,6 +168,9 @@ void tst_PackageServer::etagsGoBackAsTheyCame()
         QCOMPARE(started.server.conditions().last(), QByteArray(etag));
         QCOMPARE(started.updates.count(), 1);
     }
+    Started tooLong('"' + QByteArray(1024, 'x') + '"');
+    poll(tooLong);
+    QCOMPARE(tooLong.server.conditions().last(), QByteArray());
 }
 
 void tst_PackageServer::answerWithoutEtag()
@@ -184,23 +187,31 @@ void tst_PackageServer::answerWithoutEtag()
 void tst_PackageServer::failuresKeepTheLedger()
 {
     const HttpTestAnswer good = HttpTestAnswer::ok(ledgerOf("fr"));
-    const QPair<HttpTestAnswer, QString> failures[] = {
+    struct Failure
+    {
+        HttpTestAnswer answer;
+        QString told;
+        QByteArray nextCondition = "\"e1\"";
+    };
+    const Failure failures[] = {
         {HttpTestAnswer::of(404, "gone"), "404 \"gone\""},
+        {HttpTestAnswer::of(500, QByteArray(1025, 'x')), "500 \"" + QString(1024, 'x') + '"'},
         {HttpTestAnswer::of(204), "204 \"\""},
         {good.cutAt(good.bytes.indexOf("\r\n\r\n") + 8), "0 \"ldgr\""},
+        {HttpTestAnswer::of(431), "431 \"\"", QByteArray()},
     };
-    for (const auto &[answer, reason] : failures) {
+    for (const auto &[answer, told, nextCondition] : failures) {
         Started started;
         started.server.answerWith(answer);
         m_log->clear();
         poll(started);
         QCOMPARE(
-            m_log->lines(), QStringList({"critical: Ledger update failed with status " + reason}));
+            m_log->lines(), QStringList({"critical: Ledger update failed with status " + told}));
         QCOMPARE(started.updates.count(), 1);
         QCOMPARE(languageOf(started.source), QString("de"));
         started.server.answerWith(std::nullopt);
         poll(started);
-        QCOMPARE(started.server.conditions().last(), QByteArray("\"e1\""));
+        QCOMPARE(started.server.conditions().last(), nextCondition);
     }
 }
 
@@ -371,8 +382,17 @@ void tst_PackageServer::goesByItsOwnNews()
     server.publish(ledgerOf("de"), "\"e1\"");
     auto *source = new PackageServer(server.service());
     QPointer<PackageServer> alive(source);
-    connect(source, &PackageSource::updateRequired, this, [source] { delete source; });
+    connect(source, &PackageSource::updateRequired, this, [&, news = 0]() mutable {
+        if (++news == 2) {
+            delete source;
+        } else {
+            server.publish(ledgerOf("fr"), "\"e2\"");
+            source->update();
+            QTRY_VERIFY(!alive);
+        }
+    });
     QTRY_VERIFY(!alive);
+    QCOMPARE(server.http().requestCount(), 2);
 }
 
 QTEST_GUILESS_MAIN(tst_PackageServer)
