@@ -49,12 +49,11 @@ QJsonArray describeForms(const QVector<LedgerString> &strings)
 QJsonArray describeFiles(const PackageEntry &package)
 {
     QJsonArray files;
-    const auto sorted = package.files.sorted();
+    const auto sorted = package.files.sortedUnique();
     for (const LedgerFile &file : sorted) {
-        const auto digest = QByteArray::fromRawData(file.hash, ledger::hashSize).toHex();
         files.append(QJsonObject{
             {QStringLiteral("name"), file.name.text()},
-            {QStringLiteral("sha224"), QString::fromLatin1(digest)},
+            {QStringLiteral("sha224"), QString::fromLatin1(fileDigest(file.hash))},
         });
     }
     return files;

@@ -141,7 +141,7 @@ QVector<FileJob> fileJobs(const LedgerTables &tables)
     QSet<QByteArray> seen;
     for (int i = 0; i < tables.packages.size(); ++i) {
         const PackageEntry &package = tables.packages.at(i);
-        const auto files = package.files.sorted();
+        const auto files = package.files.sortedUnique();
         for (const LedgerFile &file : files) {
             const QByteArray digest(file.hash, ledger::hashSize);
             if (seen.contains(digest))

@@ -19,10 +19,9 @@ QSet<QString> namedFiles(const LedgerTables &tables)
 {
     QSet<QString> names;
     for (const PackageEntry &package : tables.packages) {
-        const auto files = package.files.sorted();
+        const auto files = package.files.sortedUnique();
         for (const LedgerFile &file : files)
-            names.insert(
-                QString::fromLatin1(QByteArray::fromRawData(file.hash, ledger::hashSize).toHex()));
+            names.insert(QString::fromLatin1(fileDigest(file.hash)));
     }
     return names;
 }

@@ -56,11 +56,6 @@ void deleteReleasedProxies()
 
 } // namespace
 
-QString fileDigest(const char *hash)
-{
-    return QString::fromLatin1(QByteArray::fromRawData(hash, ledger::hashSize).toHex());
-}
-
 LedgerFileProxy::LedgerFileProxy(
     const QByteArray &ledger, const QVector<PackageEntry> &packages, nk::account::Service *service,
     const QSharedPointer<FileStore> &store)
@@ -70,6 +65,7 @@ LedgerFileProxy::LedgerFileProxy(
     , m_store(store)
     , m_server(FileProxyServer::instance())
     , m_token(m_server->addProxy(this))
+    , m_base(m_server->proxyUrl(m_token, QUrl()))
 {}
 
 LedgerFileProxy::~LedgerFileProxy()
@@ -92,40 +88,26 @@ QUrl LedgerFileProxy::url(const QString &package, const QString &fileName) const
 {
     const QUrl relative(QStringLiteral("%1/%2").arg(package, fileName));
     const bool leadsElsewhere = !relative.scheme().isEmpty() || !relative.authority().isEmpty();
-    return leadsElsewhere ? QUrl() : m_server->proxyUrl(m_token, relative);
+    return leadsElsewhere ? QUrl() : m_base.resolved(relative);
 }
 
 void LedgerFileProxy::requestFile(const QUrl &url)
 {
+    const ProxyClient client{m_server, m_token, url, m_service};
     if (!m_service)
-        return respond(url, ProxyStatus::BadGateway);
+        return client.respond(ProxyStatus::BadGateway);
     QStringList parts = url.path(QUrl::FullyDecoded).split(QLatin1Char('/'));
     if (parts.size() < 2)
-        return respond(url, ProxyStatus::NotFound);
+        return client.respond(ProxyStatus::NotFound);
     const QByteArray id = parts.takeFirst().toLatin1();
     const char *hash = findFile(m_packages, id, parts.join(QLatin1Char('/')).toUtf8());
     if (!hash)
-        return respond(url, ProxyStatus::NotFound);
-    const QString digest = fileDigest(hash);
+        return client.respond(ProxyStatus::NotFound);
+    const QString digest = QString::fromLatin1(fileDigest(hash));
     if (m_store->contains(digest))
-        respond(url, ProxyStatus::Ok, m_store->filePath(digest));
+        client.respond(ProxyStatus::Ok, m_store->filePath(digest));
     else
-        download(url, digest);
-}
-
-void LedgerFileProxy::download(const QUrl &url, const QString &digest)
-{
-    FileStoreTarget *target = m_store->createTarget(digest, QCryptographicHash::Sha224);
-    if (!target)
-        return respond(url, ProxyStatus::InternalError);
-    nk::GetRequest *request =
-        m_service->getRequest(QUrl(QStringLiteral("./api/v1/ledger/%1").arg(digest)));
-    new ProxyDownload({m_server, m_token, url}, m_store, digest, request, target);
-}
-
-void LedgerFileProxy::respond(const QUrl &url, int code, const QString &filePath) const
-{
-    m_server->respond(m_token, url, code, filePath);
+        ProxyDownload::serve(client, m_store, digest);
 }
 
 } // namespace nk::pm

@@ -20,8 +20,8 @@ namespace nk::pm {
 class FileProxyServer;
 class FileStore;
 
-/// Answers the file proxy for the packages of one ledger: from the file store, or by a download
-/// into it.
+/// Answers the file proxy for the packages of one ledger: from the file store, or by a
+/// ProxyDownload into it.
 ///
 /// Registered with the process-wide FileProxyServer from making to release(). It holds what it
 /// reads by itself, so that it may outlive its accessor, which can die on any thread while a
@@ -39,24 +39,19 @@ public:
     static void release(std::unique_ptr<LedgerFileProxy> proxy);
 
     /// The URL at which the proxy has the file \a fileName of \a package. Invalid for an identifier
-    /// that would lead to another server: identifiers aren't signed.
+    /// that would lead to another server: identifiers aren't signed. Any thread.
     QUrl url(const QString &package, const QString &fileName) const;
 
     void requestFile(const QUrl &url) override;
 
 private:
-    void download(const QUrl &url, const QString &digest);
-    void respond(const QUrl &url, int code, const QString &filePath = {}) const;
-
     const QByteArray m_ledger; // what the packages are views of
     const QVector<PackageEntry> m_packages;
     const QPointer<nk::account::Service> m_service;
     const QSharedPointer<FileStore> m_store;
     const QSharedPointer<FileProxyServer> m_server;
     const QString m_token;
+    const QUrl m_base; // of all URLs; the server itself may be asked on its own thread only
 };
-
-/// The lower-case hexadecimal text of the 28 bytes at \a hash: the file's key in store and URLs.
-QString fileDigest(const char *hash);
 
 } // namespace nk::pm

@@ -28,6 +28,11 @@ LedgerFile takeFile(const char *&position)
 
 } // namespace
 
+QByteArray fileDigest(const char *hash)
+{
+    return QByteArray::fromRawData(hash, ledger::hashSize).toHex();
+}
+
 std::optional<LedgerFiles> LedgerFiles::read(LedgerCursor &cursor, int count)
 {
     LedgerFiles files;
@@ -54,7 +59,7 @@ const char *LedgerFiles::hashOf(const QByteArray &name) const
     return hash;
 }
 
-QVector<LedgerFile> LedgerFiles::sorted() const
+QVector<LedgerFile> LedgerFiles::sortedUnique() const
 {
     QVector<LedgerFile> files;
     files.reserve(m_count);

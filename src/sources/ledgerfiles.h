@@ -13,6 +13,10 @@
 
 namespace nk::pm {
 
+/// The lower-case hexadecimal text of the 28 bytes at \a hash: the file's key in the store and in
+/// addresses, and what is signed.
+NK_PM_EXPORT QByteArray fileDigest(const char *hash);
+
 /// One file of a package.
 struct LedgerFile
 {
@@ -34,7 +38,7 @@ public:
     /// The hash of the file with this name, null if there is none. Walks the records.
     const char *hashOf(const QByteArray &name) const;
     /// The files, each name once, in the order of the names' bytes.
-    QVector<LedgerFile> sorted() const;
+    QVector<LedgerFile> sortedUnique() const;
 
 private:
     const char *m_records = nullptr;

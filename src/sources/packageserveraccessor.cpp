@@ -65,7 +65,7 @@ static KeywordString keywordString(const QString &language, const LedgerString &
 QHash<QByteArray, QString> PackageServerAccessorPrivate::namesByHash(int index) const
 {
     QHash<QByteArray, QString> names;
-    const auto files = tables.packages.at(index).files.sorted();
+    const auto files = tables.packages.at(index).files.sortedUnique();
     for (const LedgerFile &file : files) {
         const QByteArray hash(file.hash, ledger::hashSize);
         if (!names.contains(hash)) // of equal files, always the same one is installed
@@ -127,7 +127,7 @@ QUrl PackageServerAccessor::fileUrl(int index, const QString &fileName) const
     const char *hash = package.files.hashOf(fileName.toUtf8());
     if (!hash)
         return {};
-    const QString digest = fileDigest(hash);
+    const QString digest = QString::fromLatin1(fileDigest(hash));
     if (d->fileStore->contains(digest))
         return QUrl::fromLocalFile(d->fileStore->filePath(digest));
     return d->proxy().url(package.id.text(), fileName);

@@ -5,18 +5,59 @@
 
 #include "proxy/fileproxyserver.h"
 
+#include <norvak/request.h>
+
 #include <QCoreApplication>
 #include <QFutureWatcher>
+#include <QHash>
 #include <QtConcurrent>
-#include <norvak/request.h>
+
+#include <utility>
 
 namespace nk::pm {
 
+namespace {
+
+/// What is on its way, by digest.
+QHash<QString, ProxyDownload *> &running()
+{
+    static QHash<QString, ProxyDownload *> downloads;
+    return downloads;
+}
+
+} // namespace
+
+void ProxyClient::respond(int code, const QString &filePath) const
+{
+    server->respond(token, url, code, filePath);
+}
+
+void ProxyDownload::serve(
+    const ProxyClient &client, const QSharedPointer<FileStore> &store, const QString &digest)
+{
+    if (ProxyDownload *download = running().value(digest)) {
+        download->m_clients.append(client);
+        return;
+    }
+    if (!client.service)
+        return client.respond(ProxyStatus::BadGateway);
+    std::unique_ptr<FileStoreTarget> target(
+        store->createTarget(digest, QCryptographicHash::Sha224));
+    if (!target)
+        return client.respond(ProxyStatus::InternalError);
+    nk::GetRequest *request =
+        client.service->getRequest(QUrl(QStringLiteral("./api/v1/ledger/%1").arg(digest)));
+    if (!request)
+        return client.respond(ProxyStatus::BadGateway);
+    running().insert(digest, new ProxyDownload(client, store, digest, request, target.release()));
+}
+
+// Owns the request, which is running, and the target, which is open.
 ProxyDownload::ProxyDownload(
     const ProxyClient &client, const QSharedPointer<FileStore> &store, const QString &digest,
     nk::GetRequest *request, FileStoreTarget *target)
     : QObject(QCoreApplication::instance())
-    , m_client(client)
+    , m_clients{client}
     , m_store(store)
     , m_digest(digest)
     , m_target(target)
@@ -30,7 +71,7 @@ ProxyDownload::ProxyDownload(
         if (code == ProxyStatus::Ok)
             commit();
         else // 0: there was no answer to pass on
-            answer(code == 0 ? int(ProxyStatus::BadGateway) : code);
+            finish(code == 0 ? int(ProxyStatus::BadGateway) : code);
     });
 }
 
@@ -38,6 +79,8 @@ ProxyDownload::ProxyDownload(
 ProxyDownload::~ProxyDownload()
 {
     m_commit.waitForFinished();
+    if (running().value(m_digest) == this)
+        running().remove(m_digest);
 }
 
 void ProxyDownload::commit()
@@ -46,18 +89,26 @@ void ProxyDownload::commit()
     auto *watcher = new QFutureWatcher<CommitResult>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this] {
         const bool stored = m_commit.result() == FileStoreTarget::CommitOk;
-        answer(stored ? ProxyStatus::Ok : ProxyStatus::InternalError);
+        finish(stored ? ProxyStatus::Ok : ProxyStatus::InternalError);
     });
     m_commit =
         QtConcurrent::run(m_store->diskThreads(), [target = m_target] { return target->commit(); });
     watcher->setFuture(m_commit);
 }
 
-void ProxyDownload::answer(int code)
+void ProxyDownload::finish(int code)
 {
-    const QString path = code == ProxyStatus::Ok ? m_store->filePath(m_digest) : QString();
     deleteLater();
-    m_client.server->respond(m_client.token, m_client.url, code, path);
+    running().remove(m_digest);
+    const auto clients = std::exchange(m_clients, {});
+    const QPointer<nk::account::Service> asked = clients.first().service;
+    const QString path = code == ProxyStatus::Ok ? m_store->filePath(m_digest) : QString();
+    for (const ProxyClient &client : clients) {
+        if (code != ProxyStatus::Ok && client.service != asked)
+            serve(client, m_store, m_digest);
+        else
+            client.respond(code, path);
+    }
 }
 
 } // namespace nk::pm

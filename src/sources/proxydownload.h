@@ -5,10 +5,14 @@
 
 #include "install/filestore.h"
 
+#include <norvakaccount/service.h>
+
 #include <QFuture>
 #include <QObject>
+#include <QPointer>
 #include <QSharedPointer>
 #include <QUrl>
+#include <QVector>
 
 namespace nk {
 class GetRequest;
@@ -28,27 +32,34 @@ struct ProxyClient
 {
     QSharedPointer<FileProxyServer> server;
     QString token;
-    QUrl url; ///< as IFileProxy::requestFile() got it
+    QUrl url;                               ///< as IFileProxy::requestFile() got it
+    QPointer<nk::account::Service> service; ///< that has the file
+
+    void respond(int code, const QString &filePath = {}) const;
 };
 
-/// One file on its way into the store because a client of the file proxy wants it. Answers the
-/// client when the file is there or can't be had, also when all others have let go of server and
-/// store, and then deletes itself; at the latest with the application object. GUI thread, but the
-/// commit, which waits for the disk, runs on a thread of the store.
+/// One file on its way into the store because clients of the file proxy want it. Answers them when
+/// the file is there or can't be had, also when all others have let go of server and store, and
+/// then deletes itself; at the latest with the application object. GUI thread, but the commit,
+/// which waits for the disk, runs on a thread of the store.
 class ProxyDownload final : public QObject
 {
 public:
-    /// Owns \a request, which is running, and \a target, which is open, from now on.
-    ProxyDownload(
-        const ProxyClient &client, const QSharedPointer<FileStore> &store, const QString &digest,
-        nk::GetRequest *request, FileStoreTarget *target);
+    /// Answers \a client with the file \a digest of \a store, which isn't there yet. There is one
+    /// download per file: a client for whom one runs waits for it. If that fails and its own
+    /// service is another one, that is asked next.
+    static void serve(
+        const ProxyClient &client, const QSharedPointer<FileStore> &store, const QString &digest);
     ~ProxyDownload() override;
 
 private:
+    ProxyDownload(
+        const ProxyClient &client, const QSharedPointer<FileStore> &store, const QString &digest,
+        nk::GetRequest *request, FileStoreTarget *target);
     void commit();
-    void answer(int code);
+    void finish(int code);
 
-    const ProxyClient m_client;
+    QVector<ProxyClient> m_clients; // the first one's service is asked
     const QSharedPointer<FileStore> m_store;
     const QString m_digest;
     FileStoreTarget *const m_target;

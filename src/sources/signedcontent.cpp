@@ -20,11 +20,6 @@ using nk::crypto::JsonSignature;
 
 namespace {
 
-QByteArray hexOf(const char *hash)
-{
-    return QByteArray::fromRawData(hash, ledger::hashSize).toHex();
-}
-
 // Walks the members instead of asking for the name, which can miss one that is there.
 QJsonObject withoutType(QJsonObject manifest)
 {
@@ -50,7 +45,7 @@ std::optional<QJsonObject> fileHashes(const QVector<LedgerFile> &files)
     // moving those behind it.
     QJsonObject object;
     for (const LedgerFile &file : files)
-        object.insert(file.name.text(), QString::fromLatin1(hexOf(file.hash)));
+        object.insert(file.name.text(), QString::fromLatin1(fileDigest(file.hash)));
     if (object.size() != files.size())
         return std::nullopt;
     return object;
@@ -91,7 +86,7 @@ QByteArray contentOfPlainNames(
     const char *separator = "\"";
     for (const LedgerFile &file : files) {
         content.append(separator).append(file.name.data, file.name.length).append("\":\"");
-        content.append(hexOf(file.hash)).append('"');
+        content.append(fileDigest(file.hash)).append('"');
         separator = ",\"";
     }
     content.append("},\"manifest\":").append(manifestText).append(",\"type\":\"");
@@ -103,7 +98,7 @@ QByteArray contentOfPlainNames(
 QByteArray signedContent(const PackageEntry &package, const LedgerString &type)
 {
     const QJsonObject manifest = manifestOf(package);
-    const QVector<LedgerFile> files = package.files.sorted();
+    const QVector<LedgerFile> files = package.files.sortedUnique();
     const bool plain =
         isPlain(type) && std::all_of(files.begin(), files.end(), [](const LedgerFile &file) {
             return isPlain(file.name);

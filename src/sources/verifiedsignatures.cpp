@@ -40,10 +40,10 @@ void VerifiedSignatures::remember(const QVector<SignatureDigest> &digests)
     const int count = std::min(digests.size(), m_capacity);
     auto next = std::make_shared<Set>();
     const std::lock_guard<std::mutex> locker(m_mutex);
-    const int kept = m_digests->size() + count <= m_capacity ? m_digests->size() : 0;
+    const int kept = std::min(m_digests->size(), m_capacity - count);
     next->reserve(kept + count);
-    if (kept > 0)
-        next->unite(*m_digests);
+    for (auto old = m_digests->cbegin(); next->size() < kept; ++old)
+        next->insert(*old);
     for (int i = 0; i < count; ++i)
         next->insert(digests.at(i));
     m_digests = next;

@@ -29,8 +29,9 @@ uint qHash(const SignatureDigest &digest, uint seed = 0);
 /// The package signatures that this process has found valid, so that the next build over a ledger
 /// with mostly the same packages need not check them again.
 ///
-/// In memory only, and bounded: a set that would pass \a capacity is dropped for the newcomers. All
-/// operations are safe on any thread; a published set is never changed, only replaced.
+/// In memory only, and bounded: beyond \a capacity newcomers take the places of others, no more of
+/// them than it needs. All operations are safe on any thread; a published set is never changed,
+/// only replaced.
 class NK_PM_EXPORT VerifiedSignatures
 {
 public:

@@ -369,8 +369,9 @@ void tst_LedgerLoader::knownSignaturesAreBounded()
     signatures.remember(digests(0, 6));
     const auto six = signatures.snapshot();
     signatures.remember(digests(5, 12));
-    QVERIFY(signatures.snapshot()->size() <= 10);
     QVERIFY(signatures.snapshot()->contains(digest(11)));
+    // What fits stays, or a larger ledger would be checked anew at every second build.
+    QVERIFY(signatures.snapshot()->size() >= 9 && signatures.snapshot()->size() <= 10);
     signatures.remember(digests(100, 200));
     QCOMPARE(signatures.snapshot()->size(), 10);
     signatures.clear();

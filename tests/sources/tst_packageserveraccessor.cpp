@@ -4,8 +4,10 @@
 #include "install/filestore.h"
 #include "install/installlocationroot.h"
 #include "install/packageinstaller.h"
+#include "proxy/fileproxyconnection.h"
 #include "proxy/fileproxyserver.h"
 #include "sources/packageserveraccessor.h"
+#include "support/columns.h"
 #include "support/ledgerbuilder.h"
 #include "support/ledgerserver.h"
 #include "support/logrecorder.h"
@@ -15,6 +17,8 @@
 #include <QNetworkReply>
 #include <QtTest>
 
+#include <algorithm>
+#include <atomic>
 #include <thread>
 
 using namespace nk::pm;
@@ -76,6 +80,14 @@ private:
     QNetworkReply *m_reply;
 };
 
+int waitingClients()
+{
+    const auto connections = FileProxyServer::instance()->findChildren<FileProxyConnection *>();
+    return int(std::count_if(connections.begin(), connections.end(), [](const auto *connection) {
+        return connection->state() == FileProxyConnection::AwaitingResponse;
+    }));
+}
+
 } // namespace
 
 class tst_PackageServerAccessor : public QObject
@@ -94,7 +106,9 @@ private Q_SLOTS:
     void proxyFailures_data();
     void proxyFailures();
     void proxyWithoutServiceOrStore();
-    void downloadsOutliveTheAccessor();
+    void clientsShareADownload_data();
+    void clientsShareADownload();
+    void urlsOnAnyThread();
     void identifiersLeadToNoOtherServer();
     void proxyDownloadsOnce();
     void diesOnAnyThread();
@@ -324,20 +338,54 @@ void tst_PackageServerAccessor::proxyWithoutServiceOrStore()
     QCOMPARE(accessor->fileUrl(0, "deep/b.txt"), QUrl::fromLocalFile(storePath("beta")));
 }
 
-void tst_PackageServerAccessor::downloadsOutliveTheAccessor()
+void tst_PackageServerAccessor::clientsShareADownload_data()
 {
+    Columns<bool>("fails").row("it comes", false).row("only another server has it", true);
+}
+
+/// One download answers all who wait for the file, whoever asked first and whether or not their
+/// accessors live; and if it fails, a client of another server is sent there.
+void tst_PackageServerAccessor::clientsShareADownload()
+{
+    QFETCH(bool, fails);
     LedgerServer server;
+    LedgerServer other("service-2");
     server.answerFileWith("alpha", HttpTestAnswer::silence());
+    other.addFile("alpha");
     Accessor accessor = loaded(onePackage(), server.service());
+    Accessor secondAccessor = loaded(onePackage(), other.service());
     const QUrl url = accessor->fileUrl(0, "a.txt");
     Client first(url);
     QTRY_COMPARE(server.http().heldCount(), 1);
-    Client second(url); // has a download of its own
-    QTRY_COMPARE(server.http().heldCount(), 2);
+    Client second(url);
+    Client third(secondAccessor->fileUrl(0, "a.txt"));
+    QTRY_COMPARE(waitingClients(), 3);
     accessor.reset();
-    server.http().answerHeld(HttpTestAnswer::ok("alpha"));
-    QCOMPARE(first.answer(), QByteArray("200 alpha"));
-    QCOMPARE(second.answer(), QByteArray("200 alpha"));
+    secondAccessor.reset();
+    server.http().answerHeld(fails ? HttpTestAnswer::of(404) : HttpTestAnswer::ok("alpha"));
+    const QByteArray expected = fails ? "404 Not Found" : "200 alpha";
+    QCOMPARE(first.answer(), expected);
+    QCOMPARE(second.answer(), expected);
+    QCOMPARE(third.answer(), QByteArray("200 alpha"));
+    QCOMPARE(server.downloads("alpha"), 1);
+    QCOMPARE(other.downloads("alpha"), fails ? 1 : 0);
+}
+
+void tst_PackageServerAccessor::urlsOnAnyThread()
+{
+    const Accessor accessor = loaded(onePackage());
+    const QUrl url = accessor->fileUrl(0, "a.txt"); // the first, which registers
+    std::atomic_bool isOver{false};
+    int wrong = 0;
+    std::thread reader([&] {
+        while (!isOver)
+            wrong += accessor->fileUrl(0, "a.txt") != url;
+    });
+    for (int i = 0; i < 50; ++i)
+        loaded(onePackage())->fileUrl(0, "a.txt");
+    isOver = true;
+    reader.join();
+    QCOMPARE(wrong, 0);
 }
 
 void tst_PackageServerAccessor::diesOnAnyThread()
