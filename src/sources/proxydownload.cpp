@@ -18,11 +18,12 @@ namespace nk::pm {
 
 namespace {
 
-/// What is on its way, by digest.
+/// What is on its way, by digest. Never dies: downloads go with the application object, which may
+/// outlive static ones.
 QHash<QString, ProxyDownload *> &running()
 {
-    static QHash<QString, ProxyDownload *> downloads;
-    return downloads;
+    static auto *downloads = new QHash<QString, ProxyDownload *>;
+    return *downloads;
 }
 
 } // namespace
