@@ -67,7 +67,6 @@ class TestIndexThreads : public QObject
 private Q_SLOTS:
     void init();
     void manyThreadsReadOneIndex();
-    void everyThreadReadsTheSameManifest();
     void buildsRunSideBySide();
 
 private:
@@ -88,17 +87,6 @@ void TestIndexThreads::manyThreadsReadOneIndex()
     std::atomic<int> agreeing{0};
     onThreads([&](int) { agreeing += checksum(index) == expected; });
     QCOMPARE(int(agreeing), threadCount);
-}
-
-void TestIndexThreads::everyThreadReadsTheSameManifest()
-{
-    for (int round = 0; round < 200; ++round) {
-        const auto index = buildIndex(MemoryCatalogue().package("p", "t", {{"key", round}}));
-        const PackageNode *node = packageOf(index, "p");
-        std::atomic<int> agreeing{0};
-        onThreads([&](int) { agreeing += node->manifestValue("key").toInt() == round; });
-        QCOMPARE(int(agreeing), threadCount);
-    }
 }
 
 void TestIndexThreads::buildsRunSideBySide()

@@ -78,7 +78,6 @@ private Q_SLOTS:
     void delaysDoubleUpToTheirLimitAndStartAnew();
     void ticksWaitForTheDeadline();
     void persistsAndStartsWithoutNetwork();
-    void persistsOnce();
     void refusedLedgerStands();
     void nothingBehindThePointer();
     void goesInTheMiddleOfAPoll();
@@ -295,17 +294,6 @@ void tst_PackageServer::persistsAndStartsWithoutNetwork()
     QTRY_VERIFY(m_log->lines().contains("debug: Package server update complete - no changes"));
     QCOMPARE(back.conditions(), QVector<QByteArray>({"\"e1\""}));
     QCOMPARE(onlineUpdates.count(), 0);
-}
-
-void tst_PackageServer::persistsOnce()
-{
-    Started started;
-    started.source.persist();
-    started.source.persist();
-    QThreadPool::globalInstance()->waitForDone();
-    const QString skipping =
-        "debug: Skipping ledger persistence for \"service-1\" - already persisted";
-    QCOMPARE(m_log->lines().count(skipping), 1);
 }
 
 void tst_PackageServer::refusedLedgerStands()
