@@ -15,13 +15,14 @@
 #include <QEventLoop>
 #include <QNetworkReply>
 #include <QSaveFile>
+#include <norvak/request.h>
 
 #include <memory>
 
 namespace nk::pm::cli {
 namespace {
 
-constexpr int silenceMilliseconds = 30000; // without a byte; then a download is given up
+constexpr int httpOk = 200;
 constexpr int badGateway = 502; // HTTP; the proxy's for a source without a complete answer
 
 /// Passes on what \a source has got; false if \a sink takes less.
@@ -58,31 +59,30 @@ QString copyLocal(const QString &path, QIODevice &sink)
 }
 
 /// The same for an address of a source or of the loopback proxy, which fetches the file meanwhile.
-QString download(const QUrl &url, QNetworkAccessManager &network, QIODevice &sink)
+QString download(const QUrl &url, QNetworkAccessManager &network, QFileDevice &sink)
 {
-    QNetworkRequest request(url);
-    request.setTransferTimeout(silenceMilliseconds);
-    request.setAttribute(
-        QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    const std::unique_ptr<QNetworkReply> reply(network.get(request));
+    auto *const request = new nk::GetRequest(QNetworkRequest(url), &network);
+    request->setDataSink(&sink);
+    request->setSuppressErrors(true);
     QEventLoop loop;
-    QString fault;
-    QObject::connect(reply.get(), &QIODevice::readyRead, &loop, [&] {
-        if (fault.isEmpty() && !pass(*reply, sink)) {
-            fault = cannotWrite(sink);
-            loop.quit();
-        }
+    int status = 0;
+    QString reason;
+    QObject::connect(request, &nk::Request::finished, &loop, [&] {
+        status = request->responseCode();
+        reason = request->reply()->errorString();
+        loop.quit();
     });
-    QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
     loop.exec();
-    if (!fault.isEmpty() || reply->error() == QNetworkReply::NoError)
-        return fault;
-    // The address of a reply that failed is often that of the proxy, which tells the user nothing.
-    const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    if (sink.error() != QFileDevice::NoError)
+        return cannotWrite(sink);
+    if (status == httpOk)
+        return {};
+    // The address of a request that failed is often that of the proxy, which tells the user
+    // nothing.
     if (status == badGateway)
         return QStringLiteral("the source can't be reached, and the file isn't in the store");
     return QStringLiteral("the source doesn't give the file: %1")
-        .arg(status > 0 ? QStringLiteral("status %1").arg(status) : reply->errorString());
+        .arg(status > 0 ? QStringLiteral("status %1").arg(status) : reason);
 }
 
 /// Standard output, or a file that appears whole or not at all.
@@ -101,7 +101,7 @@ std::unique_ptr<QFileDevice> openSink(const QString &path, QString *fault)
 
 QString fetch(
     const PackageNode &package, const QString &name, QNetworkAccessManager &network,
-    QIODevice &sink)
+    QFileDevice &sink)
 {
     if (leadsOut(name))
         return QStringLiteral("\"%1\" leads out of the package \"%2\"").arg(name, package.id());

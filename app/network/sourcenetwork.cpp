@@ -5,26 +5,16 @@
 
 #include <QNetworkReply>
 #include <norvak/origin.h>
+#include <norvak/request.h>
+
+#include <chrono>
 
 namespace nk::pm::app {
 
 namespace {
 
-bool isRedirect(int status)
-{
-    return status >= 300 && status < 400 && status != 304;
-}
-
-QString faultOf(const QNetworkReply &reply, int status)
-{
-    if (status == 401 || status == 403)
-        return SourceNetwork::tr("the server wants another user (status %1)").arg(status);
-    if (status >= 400)
-        return SourceNetwork::tr("the server answered with status %1").arg(status);
-    if (reply.error() == QNetworkReply::OperationCanceledError)
-        return SourceNetwork::tr("the server didn't answer in time");
-    return reply.error() == QNetworkReply::NoError ? QString() : reply.errorString();
-}
+// A gigabyte, the most that a poll may bring, over a slow line.
+constexpr std::chrono::minutes wholePoll{30};
 
 } // namespace
 
@@ -39,47 +29,41 @@ SourceNetwork::SourceNetwork(const QUrl &url, const QString &pollPath, QObject *
         m_authorization = "Basic " + (user + QLatin1Char(':') + password).toUtf8().toBase64();
 }
 
-QNetworkReply *SourceNetwork::createRequest(
-    Operation operation, const QNetworkRequest &request, QIODevice *body)
+void SourceNetwork::prepare(QNetworkRequest &request)
 {
-    QNetworkRequest ownRequest(request);
     if (!m_authorization.isEmpty() && nk::sameOrigin(request.url(), m_url))
-        ownRequest.setRawHeader("Authorization", m_authorization);
-    QNetworkReply *reply = QNetworkAccessManager::createRequest(operation, ownRequest, body);
-    const bool continues = !m_redirectTarget.isEmpty() && request.url() == m_redirectTarget;
-    if (continues)
-        m_redirectTarget.clear();
-    if (continues || request.url().path().endsWith(m_pollPath))
-        watchPoll(reply);
-    return reply;
+        request.setRawHeader("Authorization", m_authorization);
 }
 
-void SourceNetwork::watchPoll(QNetworkReply *reply)
+void SourceNetwork::started(nk::Request &request)
 {
-    connect(reply, &QNetworkReply::downloadProgress, this, &SourceNetwork::pollProgress);
-    connect(reply, &QNetworkReply::finished, this, [this, reply] { noteAnswer(*reply); });
+    if (!request.reply()->url().path().endsWith(m_pollPath))
+        return;
+    request.setTotalTimeout(wholePoll);
+    const auto received = std::make_shared<qint64>(0);
+    connect(
+        request.reply(), &QNetworkReply::downloadProgress, this,
+        [this, received](qint64 bytes, qint64 size) {
+            *received = bytes;
+            Q_EMIT pollProgress(bytes, size);
+        });
+    connect(&request, &nk::Request::finished, this, [this, received, &request] {
+        notePoll(faultOf(request, *received));
+    });
 }
 
-void SourceNetwork::noteAnswer(const QNetworkReply &reply)
+QString SourceNetwork::faultOf(const nk::Request &request, qint64 received) const
 {
-    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    if (isRedirect(status))
-        noteRedirect(reply.url().resolved(QUrl::fromEncoded(reply.rawHeader("Location"))));
-    else
-        notePoll(faultOf(reply, status));
-}
-
-// The request hears of this reply after us. By its next event loop turn it has gone on or given up.
-void SourceNetwork::noteRedirect(const QUrl &target)
-{
-    m_redirectTarget = target;
-    const auto giveUp = [this] {
-        if (m_redirectTarget.isEmpty())
-            return;
-        m_redirectTarget.clear();
-        notePoll(tr("the server redirects to an address that can't be followed"));
-    };
-    QMetaObject::invokeMethod(this, giveUp, Qt::QueuedConnection);
+    const int status = request.responseCode();
+    if (status == 304 || (status == 200 && received > 0))
+        return {};
+    if (status == 0)
+        return request.reply()->errorString();
+    if (status == 200)
+        return tr("the server answered with nothing");
+    if (status == 401 || status == 403)
+        return tr("the server wants another user (status %1)").arg(status);
+    return tr("the server answered with status %1").arg(status);
 }
 
 void SourceNetwork::notePoll(const QString &fault)
@@ -88,7 +72,7 @@ void SourceNetwork::notePoll(const QString &fault)
     m_fault = fault;
     if (m_fault.isEmpty())
         m_lastAnswer = QDateTime::currentDateTime();
-    // The request hears of this reply after us, and the source after the request.
+    // The source hears of its request's end after us.
     QMetaObject::invokeMethod(this, &SourceNetwork::polled, Qt::QueuedConnection);
 }
 

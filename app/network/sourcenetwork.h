@@ -6,12 +6,13 @@
 #include <QDateTime>
 #include <QNetworkAccessManager>
 #include <QUrl>
+#include <norvak/requestcarrier.h>
 
 namespace nk::pm::app {
 
 /// Carries the requests of one source: adds the source's credentials, and notes how its polls went.
-/// GUI thread.
-class SourceNetwork : public QNetworkAccessManager
+/// A poll may take half an hour in all. GUI thread.
+class SourceNetwork : public QNetworkAccessManager, public nk::RequestCarrier
 {
     Q_OBJECT
 
@@ -37,20 +38,17 @@ Q_SIGNALS:
     /// A poll has ended, and the source has dealt with its outcome.
     void polled();
 
-protected:
-    QNetworkReply *createRequest(
-        Operation operation, const QNetworkRequest &request, QIODevice *body) override;
+public:
+    void prepare(QNetworkRequest &request) override;
+    void started(nk::Request &request) override;
 
 private:
-    void watchPoll(QNetworkReply *reply);
-    void noteAnswer(const QNetworkReply &reply);
-    void noteRedirect(const QUrl &target);
+    QString faultOf(const nk::Request &request, qint64 received) const;
     void notePoll(const QString &fault);
 
     const QUrl m_url;
     const QString m_pollPath;
     QByteArray m_authorization;
-    QUrl m_redirectTarget; // of a poll that is about to go on there
     bool m_hasPolled = false;
     QDateTime m_lastAnswer;
     QString m_fault;

@@ -3,54 +3,36 @@
 
 #include "norvak/request.h"
 
+#include "norvak/httpreply.h"
 #include "norvak/httprules.h"
+#include "norvak/managersay.h"
 #include "norvak/origin.h"
-#include "norvak/servertraffic.h"
+#include "norvak/patience.h"
+#include "norvak/requestcarrier.h"
+#include "norvak/transferthread.h"
 
+#include <QEvent>
 #include <QIODevice>
 #include <QLoggingCategory>
 #include <QNetworkAccessManager>
-#include <QNetworkReply>
+#include <QNetworkProxy>
 #include <QPointer>
-#include <QTimer>
-
-#include <array>
 
 namespace nk {
+
+using http::Fault;
 
 Q_LOGGING_CATEGORY(lcRequest, "norvak.request", QtInfoMsg)
 
 namespace {
 
 constexpr std::chrono::milliseconds defaultTransferTimeout = std::chrono::seconds(30);
+constexpr int defaultLowestRate = 100;
+constexpr std::chrono::milliseconds defaultRateWindow = std::chrono::seconds(30);
 constexpr int maxRedirects = 10;
-constexpr qint64 replyBufferSize = 1024 * 1024;
 constexpr int pieceSize = 64 * 1024;
 // A server that never ends would take all memory; a QByteArray ends the process at 2 GiB.
 constexpr int defaultMaximumBodySize = 1024 * 1024 * 1024;
-// The time-out counts ticks rather than time: a blocked event loop or a machine that slept misses
-// ticks, and so isn't taken for a silent server.
-constexpr int ticksPerTimeout = 8;
-
-QNetworkRequest prepared(QNetworkRequest request)
-{
-    if (!request.hasRawHeader("Accept-Encoding"))
-        request.setRawHeader("Accept-Encoding", "identity");
-    // Else Qt asks for "no-cache", for which servers and caches answer in full what was to be a
-    // 304.
-    if (!request.hasRawHeader("Cache-Control"))
-        request.setRawHeader("Cache-Control", "max-age=0");
-    // Redirects are followed here, not in Qt, which would send Authorization on to any host.
-    request.setAttribute(
-        QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    request.setAttribute(
-        QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    request.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
-    // Qt's time-out runs while a request still waits for a free connection.
-    request.setTransferTimeout(0);
-    return request;
-}
 
 bool isHttp(const QUrl &url)
 {
@@ -62,52 +44,18 @@ bool isFine(int code)
     return (code >= 200 && code < 300) || code == 304;
 }
 
-int statusOf(const QNetworkReply &reply)
-{
-    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-}
-
-QByteArray headerOf(const QNetworkReply &reply, const char *name)
-{
-    return reply.hasRawHeader(name) ? reply.rawHeader(name) : QByteArray();
-}
-
-// Errors that Qt derives from the status of a complete answer, as against those of the transport.
-bool isServersVerdict(QNetworkReply::NetworkError error, int status)
-{
-    switch (error) {
-    case QNetworkReply::NoError:
-        return true;
-    case QNetworkReply::ProxyAuthenticationRequiredError:
-        return status == 407;
-    case QNetworkReply::ProtocolInvalidOperationError:
-        return status >= 400;
-    default:
-        return status >= 400
-               && ((error > QNetworkReply::UnknownProxyError
-                    && error < QNetworkReply::ProtocolUnknownError)
-                   || error > QNetworkReply::ProtocolFailure);
-    }
-}
-
-int completeStatus(const QNetworkReply &reply, qint64 received)
-{
-    const int status = statusOf(reply);
-    const bool complete = isServersVerdict(reply.error(), status)
-                          && http::isWholeBody(
-                              {status, headerOf(reply, "Transfer-Encoding"),
-                               headerOf(reply, "Content-Length"), received});
-    return complete ? status : 0;
-}
-
 } // namespace
 
-struct RequestPrivate
+/// Hears of the transfer's news by events.
+struct RequestPrivate : public QObject
 {
     Request *q = nullptr;
     QNetworkRequest request; ///< of the current hop
     QPointer<QNetworkAccessManager> manager;
-    QPointer<QNetworkReply> reply;
+    QPointer<HttpReply> reply;
+    std::shared_ptr<http::Transfer> transfer; ///< of the current hop; null when none runs
+    QNetworkProxy proxy;                      ///< of the current hop
+    http::Head head;                          ///< of the current hop, empty until it is there
     QPointer<QIODevice> sink;
     bool hasSink = false;
     bool suppressErrors = false;
@@ -116,141 +64,211 @@ struct RequestPrivate
     int redirects = 0;
     QByteArray body;
     int maximumBodySize = defaultMaximumBodySize;
-    qint64 received = 0;    ///< body bytes of the current hop
-    bool unlimited = false; ///< reads as fast as the network, sink or not
-    bool answered = false;  ///< the current hop's headers are there
-    ServerTraffic::Counter traffic;
-    QTimer *ticker = nullptr;
-    quint64 progressAtTick = 0;
-    int silentTicks = 0;
+    qint64 received = 0; ///< body bytes of the current hop
+    Patience patience;
 
-    explicit RequestPrivate(Request *owner);
+    RequestPrivate(Request *owner, const QNetworkRequest &what, QNetworkAccessManager *carrier);
+    bool event(QEvent *event) override;
     void start();
     void send();
-    void headersArrived();
-    void limitReading();
-    bool drain();
-    bool deliver(const char *data, int size);
-    void replyFinished();
+    void dropTransfer();
+
+    void hear(const http::Transfer::News &news);
+    void takeHead(const http::Head &arrived);
+    Fault faultOfLength() const;
+    bool deliver(const QByteArray &bytes);
+    void hopEnded(Fault fault, const QString &detail);
+
+    bool authenticate(int challenge);
     void followRedirect(const QUrl &target);
-    void tick();
-    quint64 progress() const { return answered ? quint64(received) + 1 : *traffic; }
-    void setTimeout(std::chrono::milliseconds timeout);
-    void dropReply();
-    void fail();
-    void failLater();
-    void finish(int code);
+
+    void fail(Fault fault);
+    void failLater(Fault fault);
+    void finish(int code, Fault fault, const QString &detail = {});
+    http::Transfer::Progress progress() const;
 };
 
-RequestPrivate::RequestPrivate(Request *owner)
+RequestPrivate::RequestPrivate(
+    Request *owner, const QNetworkRequest &what, QNetworkAccessManager *carrier)
     : q(owner)
+    , request(http::withDefaults(what))
+    , manager(carrier)
+    , reply(new HttpReply(what, owner))
+    , patience([this] { return progress(); }, owner)
 {}
 
 void RequestPrivate::start()
 {
-    const int requested = request.transferTimeout();
-    request = prepared(request);
-    ticker = new QTimer(q);
-    QObject::connect(ticker, &QTimer::timeout, q, [this] { tick(); });
-    setTimeout(requested > 0 ? std::chrono::milliseconds(requested) : defaultTransferTimeout);
-    if (manager && isHttp(request.url()))
+    reply->setCancel([this] { fail(Fault::Cancelled); });
+    connect(reply, &QObject::destroyed, this, [this] { failLater(Fault::Cancelled); });
+    connect(&patience, &Patience::exhausted, this, [this] { fail(Fault::TimedOut); });
+    int silence = request.transferTimeout();
+    if (silence <= 0 && manager)
+        silence = manager->transferTimeout();
+    patience.setSilence(silence > 0 ? std::chrono::milliseconds(silence) : defaultTransferTimeout);
+    patience.setLowestRate(defaultLowestRate, defaultRateWindow);
+    if (!manager) {
+        failLater(Fault::NoManager);
+        return;
+    }
+    connect(manager, &QObject::destroyed, this, [this] { failLater(Fault::NoManager); });
+    if (auto *carrier = dynamic_cast<RequestCarrier *>(manager.data()))
+        carrier->started(*q);
+    if (isHttp(request.url()) && !request.url().host().isEmpty())
         send();
     else
-        failLater();
+        failLater(Fault::NotHttp);
 }
 
 void RequestPrivate::send()
 {
-    received = 0;
-    answered = false;
-    silentTicks = 0;
-    traffic = ServerTraffic::counter(manager, request.url());
-    progressAtTick = progress();
-    reply = manager->get(request);
-    limitReading();
-    QObject::connect(reply, &QNetworkReply::metaDataChanged, q, [this] { headersArrived(); });
-    QObject::connect(reply, &QNetworkReply::readyRead, q, [this] { drain(); });
-    QObject::connect(reply, &QNetworkReply::finished, q, [this] { replyFinished(); });
-    // The manager takes its replies with it, without a word from them.
-    QObject::connect(reply, &QObject::destroyed, q, [this] { failLater(); });
-}
-
-// A sink may be slower than the network, so that its body is held back by a limit on what Qt reads.
-// But with a limit, Qt 5.15 takes a connection that broke inside the line of a chunk's size for the
-// end of a chunked body. Such an answer is dropped before its body is looked at, and asked for
-// without a limit.
-void RequestPrivate::headersArrived()
-{
-    if (answered) {
-        // Qt sends a request again whose connection broke at a certain moment, and would join what
-        // came before to what comes now.
-        fail();
+    QNetworkRequest hop = http::withKnown(request, manager);
+    if (auto *carrier = dynamic_cast<RequestCarrier *>(manager.data()))
+        carrier->prepare(hop);
+    proxy = http::proxyFor(hop.url(), manager);
+    auto order = http::makeOrder(hop, proxy);
+    if (!order || proxy.type() == QNetworkProxy::DefaultProxy) {
+        failLater(order ? Fault::NoProxy : Fault::Malformed);
         return;
     }
-    answered = true;
-    ++*traffic;
-    const bool chunked = reply->hasRawHeader("Transfer-Encoding");
-    if (chunked && reply->readBufferSize() > 0 && !http::isRedirect(statusOf(*reply))) {
-        unlimited = true;
-        dropReply();
-        send();
+    received = 0;
+    head = {};
+    body.clear();
+    patience.startOver();
+    transfer = std::make_shared<http::Transfer>(std::move(*order), this);
+    http::TransferThread::start(transfer);
+}
+
+void RequestPrivate::dropTransfer()
+{
+    if (const auto dropped = std::exchange(transfer, nullptr)) {
+        dropped->abandon();
+        http::TransferThread::cancel(dropped);
     }
 }
 
-void RequestPrivate::limitReading()
+http::Transfer::Progress RequestPrivate::progress() const
 {
-    if (reply && hasSink && !unlimited)
-        reply->setReadBufferSize(replyBufferSize);
+    return transfer ? transfer->progress() : http::Transfer::Progress();
 }
 
-// False if the exchange ended here, and the request perhaps with it.
-bool RequestPrivate::drain()
+bool RequestPrivate::event(QEvent *event)
 {
-    const bool passOver = http::isRedirect(statusOf(*reply));
-    std::array<char, pieceSize> piece;
-    qint64 size = 0;
-    while ((size = reply->read(piece.data(), piece.size())) > 0) {
-        received += size;
-        *traffic += quint64(size);
-        if (!passOver && !deliver(piece.data(), int(size))) {
-            fail();
+    if (event->type() != QEvent::User)
+        return QObject::event(event);
+    if (transfer)
+        hear(transfer->takeNews());
+    return true;
+}
+
+// Each signal on the way may end the request, or run an event loop in which more news come.
+void RequestPrivate::hear(const http::Transfer::News &news)
+{
+    const QPointer<QObject> alive(this);
+    if (news.head)
+        takeHead(*news.head);
+    if (!alive || done)
+        return;
+    if (const Fault fault = faultOfLength(); fault != Fault::None) {
+        fail(fault);
+        return;
+    }
+    received += news.body.size();
+    if (!deliver(news.body)) {
+        fail(hasSink ? Fault::SinkRefused : Fault::TooLarge);
+        return;
+    }
+    if (news.isHeldBack)
+        http::TransferThread::resume(transfer);
+    if (news.hasEnded)
+        transfer = nullptr;
+    if (!news.body.isEmpty() && reply)
+        Q_EMIT reply->downloadProgress(received, head.length());
+    if (alive && news.hasEnded && !done)
+        hopEnded(news.fault, news.detail);
+}
+
+void RequestPrivate::takeHead(const http::Head &arrived)
+{
+    head = arrived;
+    if (manager)
+        http::keepCookies(request, *manager, head);
+    if (reply)
+        reply->setHead(request.url(), head);
+}
+
+// What is too large by its own word isn't waited for.
+Fault RequestPrivate::faultOfLength() const
+{
+    const bool counts = !hasSink && head.status >= 200 && head.status < 300;
+    return counts && head.length() > maximumBodySize ? Fault::TooLarge : Fault::None;
+}
+
+bool RequestPrivate::deliver(const QByteArray &bytes)
+{
+    if (bytes.isEmpty() || http::isRedirect(head.status))
+        return true;
+    if (!hasSink) {
+        if (bytes.size() > maximumBodySize - body.size()) {
+            body.clear();
             return false;
         }
+        body.append(bytes);
+        return true;
+    }
+    for (int at = 0; at < bytes.size(); at += pieceSize) {
+        const int size = qMin(pieceSize, bytes.size() - at);
+        if (!sink || sink->write(bytes.constData() + at, size) != size)
+            return false;
     }
     return true;
 }
 
-bool RequestPrivate::deliver(const char *data, int size)
+void RequestPrivate::hopEnded(Fault fault, const QString &detail)
 {
-    if (hasSink)
-        return sink && sink->write(data, size) == size;
-    if (size > maximumBodySize - body.size()) {
-        body.clear();
-        return false;
-    }
-    body.append(data, size);
-    return true;
-}
-
-void RequestPrivate::replyFinished()
-{
-    if (!drain())
+    const bool atProxy = fault == Fault::ProxyAuthentication || head.status == 407;
+    const bool isChallenge = atProxy || (fault == Fault::None && head.status == 401);
+    if (isChallenge && authenticate(atProxy ? 407 : 401))
         return;
-    const QByteArray location = headerOf(*reply, "Location");
-    if (http::isRedirect(statusOf(*reply)) && !location.isEmpty())
+    if (done)
+        return;
+    const QByteArray location = head.value("Location");
+    if (fault != Fault::None)
+        finish(0, fault, detail);
+    else if (http::isRedirect(head.status) && !location.isEmpty())
         followRedirect(request.url().resolved(QUrl::fromEncoded(location)));
     else if (hasSink && !sink)
-        fail();
+        fail(Fault::SinkRefused);
     else
-        finish(completeStatus(*reply, received));
+        finish(head.status, Fault::None);
+}
+
+// True if the request goes on, or is no more. A listener may ask a person, in an event loop.
+bool RequestPrivate::authenticate(int challenge)
+{
+    if (!manager || !reply)
+        return false;
+    const QPointer<QObject> alive(this);
+    const bool isAnswered = challenge == 407 ? http::askForProxy(manager, proxy, head)
+                                             : http::askForServer(manager, reply, head);
+    if (!alive)
+        return true;
+    if (!isAnswered || done || !manager)
+        return false;
+    if (challenge == 401)
+        request.setRawHeader("Authorization", QByteArray()); // was refused; there is another
+    send();
+    return true;
 }
 
 void RequestPrivate::followRedirect(const QUrl &target)
 {
-    const bool allowed = reply->error() == QNetworkReply::NoError && redirects < maxRedirects
-                         && manager && http::isSafeRedirect(request.url(), target);
-    if (!allowed) {
-        fail();
+    if (!manager || redirects >= maxRedirects) {
+        fail(manager ? Fault::TooManyRedirects : Fault::NoManager);
+        return;
+    }
+    if (!http::isSafeRedirect(request.url(), target)) {
+        fail(Fault::UnsafeRedirect);
         return;
     }
     ++redirects;
@@ -259,89 +277,61 @@ void RequestPrivate::followRedirect(const QUrl &target)
             request.setRawHeader(secret, QByteArray());
     }
     request.setUrl(target);
-    dropReply();
     send();
 }
 
-void RequestPrivate::tick()
+void RequestPrivate::fail(Fault fault)
 {
-    const quint64 now = progress();
-    silentTicks = now == progressAtTick ? silentTicks + 1 : 0;
-    progressAtTick = now;
-    if (silentTicks >= ticksPerTimeout)
-        fail();
+    finish(0, fault);
 }
 
-void RequestPrivate::setTimeout(std::chrono::milliseconds timeout)
-{
-    silentTicks = 0;
-    if (timeout.count() > 0 && !done)
-        ticker->start(std::max(timeout / ticksPerTimeout, std::chrono::milliseconds(1)));
-    else
-        ticker->stop();
-}
-
-// abort() emits finished() inside the call, and the call may come from inside a signal of the
-// reply: so first every connection goes, and the reply itself goes later.
-void RequestPrivate::dropReply()
-{
-    if (!reply)
-        return;
-    reply->disconnect(q);
-    if (reply->isRunning())
-        reply->abort();
-    reply->deleteLater();
-}
-
-void RequestPrivate::fail()
-{
-    if (reply) {
-        reply->disconnect(q);
-        if (reply->isRunning())
-            reply->abort();
-    }
-    finish(0);
-}
-
-void RequestPrivate::failLater()
+void RequestPrivate::failLater(Fault fault)
 {
     QMetaObject::invokeMethod(
-        q, [this] { finish(0); }, Qt::QueuedConnection);
+        this, [this, fault] { fail(fault); }, Qt::QueuedConnection);
 }
 
-void RequestPrivate::finish(int code)
+void RequestPrivate::finish(int code, Fault fault, const QString &detail)
 {
     if (done)
         return;
     done = true;
-    ticker->stop();
+    patience.stop();
+    dropTransfer();
     responseCode = code;
     if (!suppressErrors && !isFine(code))
         qCWarning(lcRequest) << "Request for" << request.url().toString(QUrl::RemoveUserInfo)
                              << "failed with code" << code;
     q->deleteLater();
-    Q_EMIT q->finished(); // a slot may delete the request: nothing comes after
+    const QPointer<Request> alive(q); // a slot may delete the request
+    const QPointer<HttpReply> concluded(reply);
+    const QPointer<QNetworkAccessManager> carrier(manager);
+    if (concluded)
+        concluded->conclude(request.url(), code, fault, detail);
+    if (concluded && carrier)
+        Q_EMIT carrier->finished(concluded);
+    if (alive)
+        Q_EMIT alive->finished();
 }
 
 Request::Request(const QNetworkRequest &request, QNetworkAccessManager *manager, QObject *parent)
     : QObject(parent)
-    , d(new RequestPrivate(this))
+    , d(new RequestPrivate(this, request, manager))
 {
-    d->request = request;
-    d->manager = manager;
     d->start();
 }
 
 Request::~Request()
 {
-    d->dropReply();
+    d->dropTransfer();
+    if (d->reply)
+        d->reply->setCancel({});
 }
 
 void Request::setDataSink(QIODevice *sink)
 {
     d->sink = sink;
     d->hasSink = sink != nullptr;
-    d->limitReading();
 }
 
 QIODevice *Request::dataSink() const
@@ -356,7 +346,17 @@ void Request::setSuppressErrors(bool suppress)
 
 void Request::setTransferTimeout(std::chrono::milliseconds timeout)
 {
-    d->setTimeout(timeout);
+    d->patience.setSilence(timeout);
+}
+
+void Request::setLowestRate(int bytesPerSecond, std::chrono::milliseconds window)
+{
+    d->patience.setLowestRate(bytesPerSecond, window);
+}
+
+void Request::setTotalTimeout(std::chrono::milliseconds timeout)
+{
+    d->patience.setTotal(timeout);
 }
 
 void Request::setMaximumBodySize(int bytes)

@@ -31,6 +31,7 @@ class TestNkpmSources : public QObject
 private Q_SLOTS:
     void initTestCase();
     void mergesByPriority();
+    void showsADatabaseAlone();
     void writesFilesBeforeTheyAreInstalled_data();
     void writesFilesBeforeTheyAreInstalled();
     void installsFiles();
@@ -56,7 +57,10 @@ void TestNkpmSources::initTestCase()
 
     CatalogueTree database;
     database.package("things/shared", nameManifest("of the database"));
-    database.package("things/middle", nameManifest("of the database"));
+    // The view is then more than one packet, in chunks.
+    database.package(
+        "things/middle",
+        R"({"name": "of the database", "filler": ")" + QByteArray(60000, 'x') + "\"}");
     database.file("packages/things/middle/middle.txt", "from the database");
     m_database = std::make_unique<CouchDBServer>(CouchDBServer::NoETag, credentials);
     QVERIFY(m_database->isRunning());
@@ -111,6 +115,14 @@ void TestNkpmSources::mergesByPriority()
     QCOMPARE(offeredAndUsed.value("local"), qMakePair(1, 1));
     QCOMPARE(offeredAndUsed.value("couchdb"), qMakePair(2, 1));
     QCOMPARE(offeredAndUsed.value("server"), qMakePair(3, 1));
+}
+
+void TestNkpmSources::showsADatabaseAlone()
+{
+    const CallResult result = nkpm({"list", "--couchdb", m_database->databaseUrl().toString()});
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.json()["packages"].toArray().size(), 2);
 }
 
 void TestNkpmSources::writesFilesBeforeTheyAreInstalled_data()

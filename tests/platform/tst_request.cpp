@@ -5,10 +5,14 @@
 #include "support/testfiles.h"
 
 #include <norvak/request.h>
+#include <norvak/requestcarrier.h>
 
+#include <QAuthenticator>
 #include <QBuffer>
 #include <QNetworkAccessManager>
+#include <QNetworkProxy>
 #include <QNetworkReply>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTcpSocket>
 #include <QTimer>
@@ -53,6 +57,7 @@ struct Get
     QPointer<Request> request;
     int code = -1;
     QByteArray bytes;
+    QNetworkReply::NetworkError error = QNetworkReply::NoError;
     int finishedCount = 0;
 
     Get(const QNetworkRequest &what, QNetworkAccessManager *manager, QIODevice *sink = nullptr)
@@ -64,11 +69,14 @@ struct Get
             ++finishedCount;
             code = request->responseCode();
             bytes = request->rawResponse();
+            error = request->reply()->error();
         });
     }
     Get(const QUrl &url, QNetworkAccessManager *manager, QIODevice *sink = nullptr)
         : Get(QNetworkRequest(url), manager, sink)
     {}
+
+    ~Get() { delete request; }
 
     /// True once the request has finished, once, and deleted itself.
     bool ended()
@@ -79,13 +87,30 @@ struct Get
         return !request && finishedCount == 1;
     }
 
-    /// Ticks of the clock; a silent server is given eight of them.
-    void tick(int ticks)
+    /// Ticks of one of the clocks; a silent server is given eight of the first.
+    void tick(int ticks, const char *clock = "silence")
     {
         for (int i = 0; i < ticks && request && finishedCount == 0; ++i) {
-            QTimerEvent event(request->findChild<QTimer *>()->timerId());
-            QCoreApplication::sendEvent(request->findChild<QTimer *>(), &event);
+            auto *timer = request->findChild<QTimer *>(QLatin1String(clock));
+            QTimerEvent event(timer->timerId());
+            QCoreApplication::sendEvent(timer, &event);
         }
+    }
+};
+
+/// Many running GETs, each with the number that its path names.
+struct Gets
+{
+    std::vector<std::unique_ptr<Get>> all;
+
+    Gets(const HttpTestServer &server, int count, QNetworkAccessManager *manager)
+    {
+        for (int i = 0; i < count; ++i)
+            all.push_back(std::make_unique<Get>(server.url(QString("/%1").arg(i)), manager));
+    }
+    bool ended()
+    {
+        return std::all_of(all.begin(), all.end(), [](const auto &get) { return get->ended(); });
     }
 };
 
@@ -113,6 +138,13 @@ private Q_SLOTS:
     void givesUpOnSilence();
     void givesUpOnSilenceInsideTheBody();
     void waitingForAConnectionIsNoSilence();
+    void givesUpOnWhatIsTooSlow();
+    void conditionsMayBeMet();
+    void managerHasItsSay();
+    void managerIsAskedForCredentials_data();
+    void managerIsAskedForCredentials();
+    void endsWithTheProcess_data();
+    void endsWithTheProcess();
     void destroyedWhileRunning();
     void destroyedInFinished();
     void managerDies();
@@ -130,81 +162,107 @@ void tst_Request::answers_data()
     QTest::addColumn<int>("code");
     QTest::addColumn<QByteArray>("bytes");
     const auto row = [](const char *name, const HttpTestAnswer &answer, int code,
-                        const QByteArray &bytes) {
+                        const QByteArray &bytes = {}) {
         QTest::newRow(name) << answer << code << bytes;
     };
-    const auto closing = [](const QByteArray &head, const QByteArray &body) {
-        return HttpTestAnswer::raw("HTTP/1.1 200 OK\r\n" + head + "\r\n" + body).cutAt(INT_MAX);
+    const auto head = [](const QByteArray &status, const QByteArray &rest) {
+        return HttpTestAnswer::raw("HTTP/1.1 " + status + "\r\n" + rest);
     };
+    const auto closing = [&](const QByteArray &rest) {
+        return head("200 OK", rest).cutAt(INT_MAX);
+    };
+    const auto chunks = [&](const QByteArray &rest) {
+        return head("200 OK", "Transfer-Encoding: chunked\r\n" + rest);
+    };
+    const auto lines = [](int count) { return QByteArray("X: y\r\n").repeated(count); };
+
     row("length", HttpTestAnswer::ok(text), 200, text);
-    row("no body", HttpTestAnswer::ok({}), 200, {});
+    row("no body", HttpTestAnswer::ok({}), 200);
     row("byte by byte", HttpTestAnswer::ok(text).inPieces(1), 200, text);
     row("chunks byte by byte", HttpTestAnswer::chunked(text, 7).inPieces(1), 200, text);
-    row("204", HttpTestAnswer::raw("HTTP/1.1 204 No Content\r\n\r\n"), 204, {});
-    row("304 with the length of what isn't sent",
-        HttpTestAnswer::raw("HTTP/1.1 304 Not Modified\r\nContent-Length: 9\r\n\r\n"), 304, {});
+    row("chunks, then closed", HttpTestAnswer::chunked(text, 7).cutAt(INT_MAX), 200, text);
+    row("chunks with a trailer", chunks("\r\n3;a=b\r\nabc\r\n0\r\nETag: x\r\n\r\n"), 200, "abc");
+    row("204", head("204 No Content", "\r\n"), 204);
+    row("206 that wasn't asked for", HttpTestAnswer::of(206, text), 206, text);
+    row("304 that wasn't asked for", HttpTestAnswer::of(304), 0);
     row("400", HttpTestAnswer::of(400, text), 400, text);
     row("401", HttpTestAnswer::of(401, text, "WWW-Authenticate: Basic realm=\"r\"\r\n"), 401, text);
     row("503", HttpTestAnswer::of(503, text), 503, text);
-    row("redirect to nowhere", HttpTestAnswer::of(302, "x"), 302, {});
+    row("redirect to nowhere", HttpTestAnswer::of(302, "x"), 302);
     row("packed though unasked", HttpTestAnswer::of(200, text, "Content-Encoding: gzip\r\n"), 200,
         text);
-    row("longer than announced", closing("Content-Length: 3\r\n", "abcdef"), 200, "abc");
-    row("ends with the connection", closing({}, "abc"), 0, "abc");
-    row("length is no number", closing("Content-Length: +3\r\n", "abc"), 0, "abc");
-    row("two lengths", closing("Content-Length: 3\r\nContent-Length: 2\r\n", "abc"), 0, "abc");
-    row("not HTTP", HttpTestAnswer::raw("220 mail.example ESMTP\r\n\r\n").cutAt(INT_MAX), 0, {});
+    row("longer than announced", closing("Content-Length: 3\r\n\r\nabcdef"), 200, "abc");
+    row("continued", head("100 Continue", "\r\nHTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\nabc"),
+        200, "abc");
+    row("endless error page",
+        head("500 No", "Content-Length: 999999999\r\n\r\n" + QByteArray(100000, 'x')), 500,
+        QByteArray(64 * 1024, 'x'));
+    row("as many headers as there may be", HttpTestAnswer::of(200, text, lines(197)), 200, text);
+
+    row("ends with the connection", closing("\r\nabc"), 0);
+    row("length is no number", closing("Content-Length: +3\r\n\r\nabc"), 0);
+    row("two lengths", closing("Content-Length: 3\r\nContent-Length: 2\r\n\r\nabc"), 0);
+    row("length and chunks", chunks("Content-Length: 3\r\n\r\n3\r\nabc\r\n0\r\n\r\n"), 0);
+    row("coding that isn't known", closing("Transfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n"), 0);
+    row("size of a chunk is no number", chunks("\r\n3\r\nabc\r\nxyz\r\n0\r\n\r\n"), 0, "abc");
+    row("size of a chunk is negative", chunks("\r\n3\r\nabc\r\n-1\r\n0\r\n\r\n"), 0, "abc");
+    row("size of a chunk is too large", chunks("\r\n3\r\nabc\r\nfffffffffffffffff\r\n0\r\n\r\n"), 0,
+        "abc");
+    row("not HTTP", HttpTestAnswer::raw("220 mail.example ESMTP\r\n\r\n").cutAt(INT_MAX), 0);
+    row("header without a colon", HttpTestAnswer::of(200, text, "nonsense\r\n"), 0);
+    row("another protocol", head("101 Switching Protocols", "Upgrade: x\r\n\r\n"), 0);
+    row("one header too many", HttpTestAnswer::of(200, text, lines(198)), 0);
+    row("flood of headers", HttpTestAnswer::of(200, text, lines(100000)), 0);
+    row("headers too long",
+        HttpTestAnswer::of(302, {}, "Location: /" + QByteArray(3000000, 'x') + "\r\n"), 0);
+    row("continued for ever",
+        HttpTestAnswer::raw(QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(10000)), 0);
 }
 
 void tst_Request::answers()
 {
     QFETCH(HttpTestAnswer, answer);
+    QFETCH(int, code);
     HttpTestServer server(answer);
+    const QSignalSpy ended(&m_manager, &QNetworkAccessManager::finished);
     Get get(server.url(), &m_manager);
     QVERIFY(get.ended());
-    QTEST(get.code, "code");
+    QCOMPARE(get.code, code);
     QTEST(get.bytes, "bytes");
+    QCOMPARE(get.error == QNetworkReply::NoError, code > 0 && code < 400); // one verdict
+    QCOMPARE(ended.count(), 1);
+    QCOMPARE(server.requestCount(), 1);
     QCOMPARE(server.requests().first().headers.value("accept-encoding"), QByteArray("identity"));
 }
 
 void tst_Request::cutAtAnyByteIsNoAnswer_data()
 {
     QTest::addColumn<HttpTestAnswer>("answer");
-    QTest::addColumn<bool>("intoSink");
-    for (bool intoSink : {false, true}) {
-        const char *how = intoSink ? " into a sink" : "";
-        QTest::addRow("length%s", how) << HttpTestAnswer::ok(text) << intoSink;
-        QTest::addRow("chunks%s", how) << HttpTestAnswer::chunked(text, 13) << intoSink;
-        QTest::addRow("error%s", how) << HttpTestAnswer::of(404, text) << intoSink;
-        QTest::addRow("redirect%s", how) << HttpTestAnswer::redirect("/elsewhere") << intoSink;
-    }
+    QTest::newRow("length") << HttpTestAnswer::ok(text);
+    QTest::newRow("chunks") << HttpTestAnswer::chunked(text, 13);
+    QTest::newRow("error") << HttpTestAnswer::of(404, text);
+    QTest::newRow("redirect") << HttpTestAnswer::redirect("/elsewhere");
 }
 
 void tst_Request::cutAtAnyByteIsNoAnswer()
 {
     QFETCH(HttpTestAnswer, answer);
-    QFETCH(bool, intoSink);
-    const bool chunked = answer.bytes.contains("chunked");
-    int cut = 0;
-    HttpTestServer server(
-        [&](const HttpTestRequest &) { return answer.cutAt(cut).after(chunked ? 3 : 0); });
-    const auto codeOfCut = [&] {
-        QBuffer sink;
-        sink.open(QIODevice::WriteOnly);
-        Get get(server.url(), &m_manager, intoSink ? &sink : nullptr);
-        // Inside the line of a chunk's size, Qt misses the cut and only the time-out ends the
-        // exchange.
-        get.request->setTransferTimeout(std::chrono::milliseconds(500));
-        const bool inOrder =
-            get.ended() && text.startsWith(get.bytes) && text.startsWith(sink.data());
-        return inOrder ? get.code : -1;
-    };
-    for (cut = 0; cut < answer.bytes.size(); ++cut) {
-        int code = codeOfCut();
-        // Where Qt was held up while it sent, it misses any cut of chunks.
-        for (int attempt = 0; chunked && code == 200 && attempt < 5; ++attempt)
-            code = codeOfCut();
-        QVERIFY2(code == 0, qPrintable(QString("cut at %1: %2").arg(cut).arg(code)));
+    for (const auto ending : {HttpTestAnswer::Closes, HttpTestAnswer::Resets}) {
+        for (const int delay : {0, 20}) {
+            HttpTestServer server([&](const HttpTestRequest &request) {
+                return answer.cutAt(request.target.mid(1).toInt(), ending, delay);
+            });
+            Gets gets(server, answer.bytes.size(), &m_manager);
+            QVERIFY(gets.ended());
+            for (int cut = 0; cut < int(gets.all.size()); ++cut) {
+                const Get &get = *gets.all[size_t(cut)];
+                QVERIFY2(
+                    get.code == 0 && get.error != QNetworkReply::NoError
+                        && text.startsWith(get.bytes),
+                    qPrintable(QString("cut at %1: %2").arg(cut).arg(get.code)));
+            }
+            QCOMPARE(server.requestCount(), answer.bytes.size());
+        }
     }
 }
 
@@ -391,21 +449,41 @@ void tst_Request::givesUpOnSilenceInsideTheBody()
 void tst_Request::waitingForAConnectionIsNoSilence()
 {
     HttpTestServer server(HttpTestAnswer::silence());
-    std::vector<std::unique_ptr<Get>> ahead;
-    for (int i = 0; i < 6; ++i)
-        ahead.push_back(std::make_unique<Get>(server.url(), &m_manager));
+    Gets ahead(server, 6, &m_manager);
     QTRY_COMPARE(server.heldCount(), 6);
     Get waiting(server.url(), &m_manager);
-    waiting.tick(7);
-    server.answerHeld(HttpTestAnswer::ok(text));
-    for (const auto &get : ahead)
-        QVERIFY(get->ended());
-    waiting.tick(8);
+    waiting.tick(20);
     QCOMPARE(waiting.finishedCount, 0);
+    server.answerHeld(HttpTestAnswer::ok(text));
+    QVERIFY(ahead.ended());
     QTRY_COMPARE(server.heldCount(), 1);
     server.answerHeld(HttpTestAnswer::ok(text));
     QVERIFY(waiting.ended());
     QCOMPARE(waiting.code, 200);
+}
+
+void tst_Request::givesUpOnWhatIsTooSlow()
+{
+    // One window for the answer to begin in, then one that brings less than it should.
+    HttpTestServer server(threeOfNineBytes);
+    for (const int rate : {100, 1, 0}) {
+        QBuffer sink;
+        QVERIFY(sink.open(QIODevice::WriteOnly));
+        Get get(server.url(), &m_manager, &sink);
+        get.request->setLowestRate(rate, std::chrono::seconds(2));
+        QTRY_COMPARE(sink.size(), 3);
+        if (rate > 0)
+            get.tick(1, "rate");
+        QCOMPARE(get.finishedCount, 0);
+        get.tick(1, rate > 0 ? "rate" : "silence");
+        QCOMPARE(get.finishedCount, rate > 0 ? 1 : 0);
+        if (rate > 0)
+            QCOMPARE(get.error, QNetworkReply::TimeoutError);
+    }
+    Get whole(server.url(), &m_manager);
+    whole.request->setTotalTimeout(std::chrono::milliseconds(1));
+    QVERIFY(whole.ended());
+    QCOMPARE(whole.code, 0);
 }
 
 void tst_Request::destroyedWhileRunning()
@@ -477,25 +555,163 @@ void tst_Request::logsFailuresUnlessSuppressed()
 void tst_Request::manyAtOnceLeaveNothingBehind()
 {
     HttpTestServer server([](const HttpTestRequest &request) {
-        return request.target.endsWith("from") ? HttpTestAnswer::redirect("to")
-                                               : HttpTestAnswer::ok(request.target);
+        return request.target.endsWith("to") ? HttpTestAnswer::ok(request.target)
+                                             : HttpTestAnswer::redirect(request.target + "/to");
     });
     const auto objects = [&] { return m_manager.findChildren<QObject *>().size(); };
     int before = 0;
     for (int count : {10, 300}) {
-        std::vector<std::unique_ptr<Get>> gets;
+        Gets gets(server, count, &m_manager);
+        QVERIFY(gets.ended());
         for (int i = 0; i < count; ++i)
-            gets.push_back(
-                std::make_unique<Get>(server.url(QString("/%1/from").arg(i)), &m_manager));
-        for (int i = 0; i < count; ++i) {
-            QVERIFY(gets[i]->ended());
-            QCOMPARE(gets[i]->bytes, "/" + QByteArray::number(i) + "/to");
-        }
+            QCOMPARE(gets.all[size_t(i)]->bytes, "/" + QByteArray::number(i) + "/to");
         before = count == 10 ? objects() : before;
     }
     QTRY_COMPARE(objects(), before);
 }
 
-QTEST_GUILESS_MAIN(tst_Request)
+void tst_Request::conditionsMayBeMet()
+{
+    HttpTestServer server(HttpTestAnswer::raw(
+        "HTTP/1.1 304 Not Modified\r\nContent-Length: 9\r\nETag: \"a\"\r\n\r\n"));
+    for (const char *condition : {"If-None-Match", "If-Modified-Since"}) {
+        QNetworkRequest request(server.url());
+        request.setRawHeader(condition, "\"a\"");
+        Get get(request, &m_manager);
+        QVERIFY(get.ended());
+        QCOMPARE(get.code, 304);
+    }
+}
+
+// Proxy, cookies, and what a carrier adds; the environment has no say.
+void tst_Request::managerHasItsSay()
+{
+    class Manager : public QNetworkAccessManager, public RequestCarrier
+    {
+    public:
+        void prepare(QNetworkRequest &request) override { request.setRawHeader("X-Own", "1"); }
+    };
+    qputenv("http_proxy", "http://127.0.0.1:1");
+    HttpTestServer server(HttpTestAnswer::of(200, "a", "Set-Cookie: a=1\r\nSet-Cookie: b=2\r\n"));
+    Manager manager;
+    for (const auto type :
+         {QNetworkProxy::NoProxy, QNetworkProxy::HttpProxy, QNetworkProxy::FtpCachingProxy}) {
+        manager.setProxy(QNetworkProxy(type, "127.0.0.1", server.serverPort()));
+        const bool isProxied = type == QNetworkProxy::HttpProxy;
+        Get get(isProxied ? QUrl("http://nowhere.invalid/") : server.url(), &manager);
+        QVERIFY(get.ended());
+        QCOMPARE(get.code, type == QNetworkProxy::FtpCachingProxy ? 0 : 200);
+    }
+    Get again(server.url(), &m_manager);
+    QVERIFY(again.ended());
+    QCOMPARE(server.requestCount(), 3);
+    QCOMPARE(server.requests().at(1).target, QByteArray("http://nowhere.invalid/"));
+    QCOMPARE(server.requests().at(1).headers.value("x-own"), QByteArray("1"));
+    manager.setProxy(QNetworkProxy::NoProxy);
+    Get withCookies(server.url(), &manager);
+    QVERIFY(withCookies.ended());
+    QCOMPARE(server.requests().last().headers.value("cookie"), QByteArray("a=1; b=2"));
+    qunsetenv("http_proxy");
+}
+
+void tst_Request::managerIsAskedForCredentials_data()
+{
+    QTest::addColumn<bool>("atProxy");
+    QTest::newRow("server") << false;
+    QTest::newRow("proxy") << true;
+}
+
+void tst_Request::managerIsAskedForCredentials()
+{
+    QFETCH(bool, atProxy);
+    const QByteArray kind = atProxy ? "proxy-" : "";
+    HttpTestServer server([&](const HttpTestRequest &request) {
+        const bool isRight = request.headers.value(kind + "authorization") == "Basic YTpi";
+        return isRight ? HttpTestAnswer::ok(text)
+                       : HttpTestAnswer::of(
+                           atProxy ? 407 : 401, "who?",
+                           (atProxy ? "Proxy" : "WWW")
+                               + QByteArray("-Authenticate: Basic realm=\"r\"\r\n"));
+    });
+    QNetworkAccessManager manager;
+    if (atProxy)
+        manager.setProxy(QNetworkProxy(QNetworkProxy::HttpProxy, "127.0.0.1", server.serverPort()));
+    QStringList passwords{"wrong", "wrong", "wrong", "b"};
+    const auto answer = [&](QAuthenticator *authenticator) {
+        QCOMPARE(authenticator->realm(), QString("r"));
+        authenticator->setUser("a");
+        authenticator->setPassword(passwords.takeFirst());
+    };
+    connect(
+        &manager, &QNetworkAccessManager::authenticationRequired, this,
+        [&](QNetworkReply *, QAuthenticator *authenticator) { answer(authenticator); });
+    connect(
+        &manager, &QNetworkAccessManager::proxyAuthenticationRequired, this,
+        [&](const QNetworkProxy &, QAuthenticator *authenticator) { answer(authenticator); });
+    const auto codeOf = [&] {
+        Get get(server.url(), &manager);
+        return get.ended() ? get.code : -1;
+    };
+    QCOMPARE(codeOf(), atProxy ? 407 : 401); // wrong, and the same again
+    QCOMPARE(passwords.size(), 2);
+    passwords.removeFirst();
+    QCOMPARE(codeOf(), 200);
+    QCOMPARE(codeOf(), 200); // without being asked
+    QCOMPARE(server.requestCount(), 5);
+}
+
+/// Another process, with requests under way to a server that keeps silent, to none, and to a name
+/// that may take time to resolve, ends in one of the ways in which a process does.
+static int leave(int argc, char **argv)
+{
+    auto app = std::make_unique<QCoreApplication>(argc, argv);
+    QNetworkAccessManager manager;
+    HttpTestServer server(HttpTestAnswer::silence());
+    for (int i = 0; i < 10; ++i)
+        new GetRequest(QNetworkRequest(server.url()), &manager, &manager);
+    new GetRequest(QNetworkRequest(QUrl("http://slow.invalid/")), &manager, &manager);
+    const auto inTheLoop = [&](const std::function<void()> &end) {
+        QTimer waiting;
+        QObject::connect(&waiting, &QTimer::timeout, [&] {
+            if (server.heldCount() == 6)
+                end();
+        });
+        waiting.start(1);
+        app->exec();
+    };
+    const QByteArray way = argv[2];
+    if (way == "exit")
+        inTheLoop([] { std::exit(0); });
+    inTheLoop([&] { app->quit(); });
+    if (way == "application first")
+        app.reset();
+    return 0;
+}
+
+void tst_Request::endsWithTheProcess_data()
+{
+    QTest::addColumn<int>("unused");
+    for (const char *way : {"exit", "return", "application first"})
+        QTest::newRow(way) << 0;
+}
+
+void tst_Request::endsWithTheProcess()
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    process.start(QCoreApplication::applicationFilePath(), {"leave", QTest::currentDataTag()});
+    QVERIFY(process.waitForFinished(20000)); // a silent server is given 30 s
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 0);
+}
+
+int main(int argc, char **argv)
+{
+    if (argc == 3 && qstrcmp(argv[1], "leave") == 0)
+        return leave(argc, argv);
+    QCoreApplication app(argc, argv);
+    tst_Request test;
+    return QTest::qExec(&test, argc, argv);
+}
 
 #include "tst_request.moc"

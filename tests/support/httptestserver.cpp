@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <sys/socket.h>
+
 namespace nk::pm::test {
 
 HttpTestAnswer HttpTestAnswer::of(int status, const QByteArray &body, const QByteArray &headers)
@@ -47,11 +49,12 @@ HttpTestAnswer HttpTestAnswer::silence()
     return answer;
 }
 
-HttpTestAnswer HttpTestAnswer::cutAt(int size) const
+HttpTestAnswer HttpTestAnswer::cutAt(int size, Ending ending, int delay) const
 {
     HttpTestAnswer answer(*this);
     answer.bytes.truncate(size);
-    answer.thenClose = true;
+    answer.ending = ending;
+    answer.endingDelay = delay;
     return answer;
 }
 
@@ -59,13 +62,6 @@ HttpTestAnswer HttpTestAnswer::inPieces(int size) const
 {
     HttpTestAnswer answer(*this);
     answer.pieceSize = size;
-    return answer;
-}
-
-HttpTestAnswer HttpTestAnswer::after(int milliseconds) const
-{
-    HttpTestAnswer answer(*this);
-    answer.delay = milliseconds;
     return answer;
 }
 
@@ -138,11 +134,6 @@ void HttpTestServer::answer(QTcpSocket *socket, const HttpTestAnswer &answered)
         m_held.append(socket);
         return;
     }
-    if (answered.delay > 0) {
-        const HttpTestAnswer due = answered.after(0);
-        QTimer::singleShot(answered.delay, socket, [this, socket, due] { answer(socket, due); });
-        return;
-    }
     const int size = answered.pieceSize > 0 ? answered.pieceSize : answered.bytes.size();
     socket->write(answered.bytes.left(size));
     if (size < answered.bytes.size()) {
@@ -150,7 +141,23 @@ void HttpTestServer::answer(QTcpSocket *socket, const HttpTestAnswer &answered)
         HttpTestAnswer rest(answered);
         rest.bytes.remove(0, size);
         QTimer::singleShot(0, socket, [this, socket, rest] { answer(socket, rest); });
-    } else if (answered.thenClose) {
+    } else if (answered.ending != HttpTestAnswer::StaysOpen) {
+        QTimer::singleShot(answered.endingDelay, socket, [this, socket, how = answered.ending] {
+            end(socket, how);
+        });
+    }
+}
+
+void HttpTestServer::end(QTcpSocket *socket, HttpTestAnswer::Ending ending)
+{
+    if (ending == HttpTestAnswer::Resets) {
+        while (socket->flush()) {
+        }
+        const linger noTime{1, 0};
+        ::setsockopt(
+            int(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &noTime, sizeof noTime);
+        socket->abort();
+    } else {
         socket->disconnectFromHost();
     }
 }

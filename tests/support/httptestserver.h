@@ -21,14 +21,16 @@ struct HttpTestRequest
     QHash<QByteArray, QByteArray> headers; ///< by lower-case name
 };
 
-/// What the test server does with one request: which bytes it sends, and how.
+/// What the test server does with one request: which bytes it sends, and how. A lie of any kind is
+/// one of these.
 struct HttpTestAnswer
 {
     QByteArray bytes;  ///< everything that goes over the wire, status line included
     int pieceSize = 0; ///< sent in pieces of that many bytes, a turn of the event loop between them
-    int delay = 0;     ///< milliseconds before the first of them
-    bool thenClose = false;   ///< closes the connection when all is sent
-    bool keepsSilent = false; ///< sends nothing; the connection waits for answerHeld()
+    enum Ending { StaysOpen, Closes, Resets };
+    Ending ending = StaysOpen; ///< what becomes of the connection when all is sent
+    int endingDelay = 0;       ///< milliseconds before that
+    bool keepsSilent = false;  ///< sends nothing; the connection waits for answerHeld()
 
     /// A complete answer with a Content-Length. \a headers are lines that end in CR LF.
     static HttpTestAnswer of(
@@ -40,10 +42,10 @@ struct HttpTestAnswer
     static HttpTestAnswer raw(const QByteArray &bytes);
     static HttpTestAnswer silence();
 
-    /// The same answer, with the connection closed after its first \a size bytes.
-    HttpTestAnswer cutAt(int size) const;
+    /// The same answer, with the connection ended \a delay milliseconds after its first \a size
+    /// bytes.
+    HttpTestAnswer cutAt(int size, Ending ending = Closes, int delay = 0) const;
     HttpTestAnswer inPieces(int size) const;
-    HttpTestAnswer after(int milliseconds) const;
 };
 
 /// A small HTTP/1.1 server on the loopback interface, on a port of the kernel's choice, with
@@ -74,6 +76,7 @@ private:
     void accept();
     void read(QTcpSocket *socket);
     void answer(QTcpSocket *socket, const HttpTestAnswer &answer);
+    void end(QTcpSocket *socket, HttpTestAnswer::Ending ending);
 
     Handler m_handler;
     QVector<HttpTestRequest> m_requests;

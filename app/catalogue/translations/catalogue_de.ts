@@ -637,6 +637,93 @@
         </message>
     </context>
     <context>
+        <name>nk::Request</name>
+        <message>
+            <source>the address is none of HTTP</source>
+            <translation>Die Adresse ist keine von HTTP</translation>
+        </message>
+        <message>
+            <source>the network isn't there any more</source>
+            <translation>Das Netz ist nicht mehr da</translation>
+        </message>
+        <message>
+            <source>the request was cancelled</source>
+            <translation>Die Anfrage wurde abgebrochen</translation>
+        </message>
+        <message>
+            <source>the host wasn't found</source>
+            <translation>Der Rechner wurde nicht gefunden</translation>
+        </message>
+        <message>
+            <source>the connection was refused</source>
+            <translation>Die Verbindung wurde abgelehnt</translation>
+        </message>
+        <message>
+            <source>the host can't be reached</source>
+            <translation>Der Rechner ist nicht erreichbar</translation>
+        </message>
+        <message>
+            <source>there is no proxy for it</source>
+            <translation>Es gibt keinen Proxy dafür</translation>
+        </message>
+        <message>
+            <source>the proxy refused</source>
+            <translation>Der Proxy lehnte ab</translation>
+        </message>
+        <message>
+            <source>the proxy wants another user</source>
+            <translation>Der Proxy verlangt einen anderen Benutzer</translation>
+        </message>
+        <message>
+            <source>no secure connection came about</source>
+            <translation>Eine sichere Verbindung kam nicht zustande</translation>
+        </message>
+        <message>
+            <source>the server didn't answer in time</source>
+            <translation>Der Server antwortete nicht rechtzeitig</translation>
+        </message>
+        <message>
+            <source>the connection was closed before the end</source>
+            <translation>Die Verbindung wurde vor dem Ende geschlossen</translation>
+        </message>
+        <message>
+            <source>the answer is malformed</source>
+            <translation>Die Antwort ist fehlerhaft</translation>
+        </message>
+        <message>
+            <source>the answer has too many headers</source>
+            <translation>Die Antwort hat zu viele Kopfzeilen</translation>
+        </message>
+        <message>
+            <source>the answer doesn't tell where it ends</source>
+            <translation>Die Antwort sagt nicht, wo sie endet</translation>
+        </message>
+        <message>
+            <source>the answer isn't to what was asked</source>
+            <translation>Die Antwort passt nicht zur Anfrage</translation>
+        </message>
+        <message>
+            <source>the answer is too large</source>
+            <translation>Die Antwort ist zu groß</translation>
+        </message>
+        <message>
+            <source>what came can't be stored</source>
+            <translation>Was ankam, lässt sich nicht speichern</translation>
+        </message>
+        <message>
+            <source>the server redirects to an address that can't be followed</source>
+            <translation>Der Server leitet an eine Adresse weiter, der nicht gefolgt werden kann</translation>
+        </message>
+        <message>
+            <source>the server redirects too often</source>
+            <translation>Der Server leitet zu oft weiter</translation>
+        </message>
+        <message>
+            <source>the server answered with status %1</source>
+            <translation>Der Server antwortete mit Status %1</translation>
+        </message>
+    </context>
+    <context>
         <name>nk::pm::app::CatalogueEngine</name>
         <message>
             <source>The user interface can't be loaded.</source>
@@ -724,12 +811,8 @@
             <translation>Der Server antwortete mit Status %1</translation>
         </message>
         <message>
-            <source>the server didn't answer in time</source>
-            <translation>Der Server antwortete nicht rechtzeitig</translation>
-        </message>
-        <message>
-            <source>the server redirects to an address that can't be followed</source>
-            <translation>Der Server leitet an eine Adresse weiter, der nicht gefolgt werden kann</translation>
+            <source>the server answered with nothing</source>
+            <translation>Der Server antwortete mit nichts</translation>
         </message>
     </context>
     <context>
