@@ -25,7 +25,9 @@ _nkledger() {
     case $command in
         '') options+=' --version' ;;
         issue) options+=' --trust --label --output' ;;
-        publish) options+=' --issuer --trust' ;;
+        check) options+=' --strict --follow-links' ;;
+        publish) options+=' --issuer --trust --follow-links --force' ;;
+        couch-push) options+=' --follow-links' ;;
         prune) options+=' --dry-run' ;;
         verify) options+=' --trust' ;;
         serve) options+=' --port' ;;

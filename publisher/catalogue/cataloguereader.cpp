@@ -3,7 +3,6 @@
 
 #include "catalogue/cataloguereader.h"
 
-#include "catalogue/cataloguescan.h"
 #include "catalogue/parallel.h"
 #include "catalogue/recordjson.h"
 #include "catalogue/strictjson.h"
@@ -28,10 +27,10 @@ struct Job
     Problems problems;
 };
 
-StrictJson readJsonFile(const QString &root, const QString &file, Problems &problems)
+StrictJson readJsonFile(const CatalogueRoot &root, const QString &file, Problems &problems)
 {
     StrictJson json;
-    QFile device(root + u'/' + file);
+    QFile device(root.absolute(file));
     if (!device.open(QIODevice::ReadOnly))
         json.fault = QStringLiteral("can't be read: ") + device.errorString();
     else if (const QByteArray text = device.read(largestRecord + 1); device.error())
@@ -45,7 +44,7 @@ StrictJson readJsonFile(const QString &root, const QString &file, Problems &prob
     return json;
 }
 
-void readPackage(const QString &root, Job<CataloguePackage> &job)
+void readPackage(const CatalogueRoot &root, Job<CataloguePackage> &job)
 {
     CataloguePackage &package = job.record;
     package.manifest = readJsonFile(root, package.manifestFile(), job.problems).canonical;
@@ -54,7 +53,7 @@ void readPackage(const QString &root, Job<CataloguePackage> &job)
         package.files.append({name, {}, 0});
 }
 
-void readKeyword(const QString &root, Job<CatalogueKeyword> &job)
+void readKeyword(const CatalogueRoot &root, Job<CatalogueKeyword> &job)
 {
     const QFileInfo info(job.file);
     job.record.file = job.file;
@@ -70,7 +69,7 @@ void readKeyword(const QString &root, Job<CatalogueKeyword> &job)
         job.record.info = keywordFromJson(info.baseName(), json.object, job.file, job.problems);
 }
 
-void readLink(const QString &root, Job<CatalogueLink> &job)
+void readLink(const CatalogueRoot &root, Job<CatalogueLink> &job)
 {
     job.record.file = job.file;
     const StrictJson json = readJsonFile(root, job.file, job.problems);
@@ -82,7 +81,7 @@ void readLink(const QString &root, Job<CatalogueLink> &job)
 class Reader
 {
 public:
-    Reader(const QString &root, Problems &problems, Progress &progress)
+    Reader(const CatalogueRoot &root, Problems &problems, Progress &progress)
         : m_root(root)
         , m_problems(problems)
         , m_progress(progress)
@@ -92,7 +91,7 @@ public:
     template<typename Record>
     QVector<Record> readAll(
         const QString &what, QVector<Job<Record>> jobs,
-        void (*read)(const QString &, Job<Record> &))
+        void (*read)(const CatalogueRoot &, Job<Record> &))
     {
         m_progress.begin(QStringLiteral("Reading ") + what, jobs.size());
         forEachOnAllCores(jobs, [&](Job<Record> &job) {
@@ -110,12 +109,12 @@ public:
     }
 
 private:
-    const QString &m_root;
+    const CatalogueRoot &m_root;
     Problems &m_problems;
     Progress &m_progress;
 };
 
-QVector<Job<CataloguePackage>> packageJobs(const QString &root, Problems &problems)
+QVector<Job<CataloguePackage>> packageJobs(const CatalogueRoot &root, Problems &problems)
 {
     QVector<Job<CataloguePackage>> jobs;
     const auto directories = findPackages(root, problems);
@@ -125,7 +124,8 @@ QVector<Job<CataloguePackage>> packageJobs(const QString &root, Problems &proble
 }
 
 template<typename Record>
-QVector<Job<Record>> recordJobs(const QString &root, const QString &directory, Problems &problems)
+QVector<Job<Record>> recordJobs(
+    const CatalogueRoot &root, const QString &directory, Problems &problems)
 {
     QVector<Job<Record>> jobs;
     const auto names = recordFileNames(root, directory, problems);
@@ -134,23 +134,24 @@ QVector<Job<Record>> recordJobs(const QString &root, const QString &directory, P
     return jobs;
 }
 
-bool isCatalogue(const QString &root)
+bool isCatalogue(const CatalogueRoot &root)
 {
     const QStringList parts{
         QStringLiteral("packages"), QStringLiteral("dictionary"), QStringLiteral("links")};
     return std::any_of(parts.cbegin(), parts.cend(), [&root](const QString &part) {
-        return QFileInfo(root + u'/' + part).isDir();
+        return QFileInfo(root.absolute(part)).isDir();
     });
 }
 
 } // namespace
 
-Catalogue readCatalogue(const QString &root, Problems &problems, Progress &progress)
+Catalogue readCatalogue(const QString &root, Links links, Problems &problems, Progress &progress)
 {
+    const CatalogueRoot path(root, links);
     Catalogue catalogue;
-    catalogue.root = QFileInfo(root).absoluteFilePath();
+    catalogue.root = path.path();
     // A mistyped path must not be taken for an empty catalogue and clear the publication.
-    if (!isCatalogue(catalogue.root)) {
+    if (!isCatalogue(path)) {
         const QString fault =
             !QFileInfo::exists(root)
                 ? QStringLiteral("there is no directory \"%1\"")
@@ -159,7 +160,6 @@ Catalogue readCatalogue(const QString &root, Problems &problems, Progress &progr
         problems.error({}, fault.arg(root));
         return catalogue;
     }
-    const QString &path = catalogue.root;
     Reader reader(path, problems, progress);
     catalogue.packages =
         reader.readAll(QStringLiteral("packages"), packageJobs(path, problems), readPackage);

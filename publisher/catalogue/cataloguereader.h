@@ -4,6 +4,7 @@
 #pragma once
 
 #include "catalogue/catalogue.h"
+#include "catalogue/cataloguescan.h"
 #include "catalogue/problems.h"
 #include "catalogue/progress.h"
 
@@ -16,6 +17,6 @@ namespace nk::pm::publisher {
 /// looks the same once published. What can't be read, isn't JSON or has the wrong shape is an
 /// error of its file; reading goes on behind it, and what is returned then has gaps. Works on all
 /// cores and blocks until done.
-Catalogue readCatalogue(const QString &root, Problems &problems, Progress &progress);
+Catalogue readCatalogue(const QString &root, Links links, Problems &problems, Progress &progress);
 
 } // namespace nk::pm::publisher

@@ -4,6 +4,7 @@
 #include "catalogue/cataloguescan.h"
 
 #include <QFileInfo>
+#include <QHash>
 
 #include <algorithm>
 #include <filesystem>
@@ -24,6 +25,11 @@ struct Entry
     EntryKind kind;
 };
 
+QString leadsOut()
+{
+    return QStringLiteral("links out of the catalogue (--follow-links takes what is there)");
+}
+
 EntryKind kindOf(const fs::directory_entry &entry)
 {
     std::error_code error;
@@ -35,21 +41,33 @@ EntryKind kindOf(const fs::directory_entry &entry)
     return entry.is_symlink(error) ? EntryKind::DeadLink : EntryKind::Special;
 }
 
+/// Why the entry \a name, which is \a bytes on the disk, can't be published; empty if it can.
+QString objectionTo(const QString &name, const std::string &bytes)
+{
+    if (bytes.compare(0, 3, "\xef\xbb\xbf") == 0)
+        return QStringLiteral("the name begins with U+FEFF, which readers of a ledger lose");
+    return name.toStdString() == bytes ? QString() : QStringLiteral("the name isn't valid UTF-8");
+}
+
 /// The entries of the directory \a path by name, without hidden ones. QDir would do, but it passes
 /// over names that it can't decode and takes a directory that it can't read for an empty one.
-QVector<Entry> entriesOf(const QString &root, const QString &path, Problems &problems)
+QVector<Entry> entriesOf(const CatalogueRoot &root, const QString &path, Problems &problems)
 {
     QVector<Entry> entries;
     std::error_code error;
-    const QByteArray native = (root + u'/' + path).toUtf8();
+    const QByteArray native = root.absolute(path).toUtf8();
     fs::directory_iterator it(fs::u8path(native.constData()), error);
     for (; !error && it != fs::directory_iterator(); it.increment(error)) {
         const std::string bytes = it->path().filename().u8string();
         const QString name = QString::fromStdString(bytes);
         if (name.startsWith(u'.'))
             continue;
-        if (name.toStdString() != bytes)
-            problems.error(path + u'/' + name, QStringLiteral("the name isn't valid UTF-8"));
+        const QString entry = path + u'/' + name;
+        std::error_code unknown;
+        if (const QString objection = objectionTo(name, bytes); !objection.isEmpty())
+            problems.error(entry, objection);
+        else if (it->is_symlink(unknown) && root.isForbidden(entry))
+            problems.error(entry, leadsOut());
         else
             entries.append({name, kindOf(*it)});
     }
@@ -66,17 +84,15 @@ QVector<Entry> entriesOf(const QString &root, const QString &path, Problems &pro
 class PackageScan
 {
 public:
-    PackageScan(const QString &root, Problems &problems)
+    PackageScan(const CatalogueRoot &root, Problems &problems)
         : m_root(root)
         , m_problems(problems)
     {}
 
     void scan(const QString &path, const QString &type)
     {
-        const QString canonical = QFileInfo(m_root + u'/' + path).canonicalFilePath();
-        if (m_open.contains(canonical))
-            return m_problems.error(path, QStringLiteral("links to a directory above itself"));
-        m_open.append(canonical);
+        if (!enter(path))
+            return;
         const QVector<Entry> entries = entriesOf(m_root, path, m_problems);
         bool hasDirectories = false;
         for (const Entry &entry : entries) {
@@ -89,18 +105,37 @@ public:
             m_problems.warning(
                 path, QStringLiteral("holds files but no manifest.json, so it is no "
                                      "package and isn't published"));
-        m_open.removeLast();
     }
 
     QVector<PackageDirectory> packages;
 
 private:
+    /// False for a directory that links have led to before: the ways through a few levels of links
+    /// soon are too many to go.
+    bool enter(const QString &path)
+    {
+        const QString canonical = QFileInfo(m_root.absolute(path)).canonicalFilePath();
+        const QString before = m_entered.value(canonical);
+        if (before.isEmpty())
+            m_entered.insert(canonical, path);
+        else if (path.startsWith(before + u'/'))
+            m_problems.error(path, QStringLiteral("links to a directory above itself"));
+        else
+            m_problems.error(path, QStringLiteral("is the same directory as %1").arg(before));
+        return before.isEmpty();
+    }
+
     void visit(const QString &path, const QString &type, const QString &name)
     {
-        if (QFileInfo::exists(m_root + u'/' + path + u'/' + manifestName)) {
+        const QString manifest = path + u'/' + manifestName;
+        const QFileInfo info(m_root.absolute(manifest));
+        if (info.isFile()) {
             packages.append({path, type, name});
             return;
         }
+        // To open a pipe would be to wait for its other end.
+        if (info.exists())
+            return m_problems.error(manifest, QStringLiteral("is no file"));
         if (name.contains(u':'))
             m_problems.error(
                 path, QStringLiteral("the name of a type can't hold \":\", which "
@@ -108,24 +143,48 @@ private:
         scan(path, type.isEmpty() ? name : type + u':' + name);
     }
 
-    const QString &m_root;
+    const CatalogueRoot &m_root;
     Problems &m_problems;
-    QStringList m_open; // canonical paths of the directories above the current one
+    QHash<QString, QString> m_entered; // canonical paths of directories, and how each was found
 };
+
+/// Whether the directory \a path is there, and may be read.
+bool isOpen(const CatalogueRoot &root, const QString &path, Problems &problems)
+{
+    if (!QFileInfo::exists(root.absolute(path)))
+        return false;
+    const bool isForbidden = root.isForbidden(path);
+    if (isForbidden)
+        problems.error(path, leadsOut());
+    return !isForbidden;
+}
 
 } // namespace
 
-QVector<PackageDirectory> findPackages(const QString &root, Problems &problems)
+CatalogueRoot::CatalogueRoot(const QString &path, Links links)
+    : m_path(QFileInfo(path).absoluteFilePath())
+{
+    if (links == Links::Within)
+        m_real = QFileInfo(path).canonicalFilePath() + u'/';
+}
+
+bool CatalogueRoot::isForbidden(const QString &relative) const
+{
+    const QString target = QFileInfo(absolute(relative)).canonicalFilePath();
+    return !m_real.isEmpty() && !target.isEmpty() && !target.startsWith(m_real);
+}
+
+QVector<PackageDirectory> findPackages(const CatalogueRoot &root, Problems &problems)
 {
     const QString packages = QStringLiteral("packages");
-    if (!QFileInfo::exists(root + u'/' + packages))
+    if (!isOpen(root, packages, problems))
         return {};
     PackageScan scan(root, problems);
     scan.scan(packages, {});
     return scan.packages;
 }
 
-QStringList packageFileNames(const QString &root, const QString &path, Problems &problems)
+QStringList packageFileNames(const CatalogueRoot &root, const QString &path, Problems &problems)
 {
     QStringList names;
     const auto entries = entriesOf(root, path, problems);
@@ -152,10 +211,10 @@ QStringList packageFileNames(const QString &root, const QString &path, Problems 
     return names;
 }
 
-QStringList recordFileNames(const QString &root, const QString &path, Problems &problems)
+QStringList recordFileNames(const CatalogueRoot &root, const QString &path, Problems &problems)
 {
     QStringList names;
-    if (!QFileInfo::exists(root + u'/' + path))
+    if (!isOpen(root, path, problems))
         return names;
     const auto entries = entriesOf(root, path, problems);
     for (const Entry &entry : entries) {

@@ -28,7 +28,7 @@ public:
 
     bool null() override { return true; }
     bool boolean(bool) override { return true; }
-    bool string(string_t &) override { return true; }
+    bool string(string_t &value) override { return !beginsWithMark(value); }
     bool binary(binary_t &) override { return true; }
 
     bool number_unsigned(number_unsigned_t value) override
@@ -62,6 +62,8 @@ public:
 
     bool key(string_t &name) override
     {
+        if (beginsWithMark(name))
+            return false;
         if (m_keys.back().insert(name).second)
             return true;
         fault = QStringLiteral("the key \"%1\" appears twice in one object")
@@ -82,6 +84,14 @@ public:
     }
 
 private:
+    bool beginsWithMark(const string_t &text)
+    {
+        const bool begins = text.compare(0, 3, "\xef\xbb\xbf") == 0;
+        if (begins)
+            fault = QStringLiteral("a text begins with U+FEFF, which readers lose");
+        return begins;
+    }
+
     bool refuseInteger(const QString &digits)
     {
         fault = QStringLiteral(

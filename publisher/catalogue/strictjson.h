@@ -21,8 +21,8 @@ struct StrictJson
 ///
 /// Refused is also what JSON allows but readers understand differently, because a signature over
 /// what one of them has read would not hold for another: a key that an object has twice, a lone
-/// surrogate, a number outside the range of a double, and an integer so large that a double rounds
-/// it.
+/// surrogate, a text that begins with U+FEFF, a number outside the range of a double, and an
+/// integer so large that a double rounds it.
 StrictJson readStrictJson(const QByteArray &text);
 
 } // namespace nk::pm::publisher

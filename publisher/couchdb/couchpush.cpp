@@ -280,7 +280,7 @@ void Push::count(const QVector<CouchAttachment> &sent)
 CouchPushReport couchPush(const CouchPushOrder &order, Progress &progress)
 {
     Problems problems;
-    const Catalogue catalogue = readCatalogue(order.catalogue, problems, progress);
+    const Catalogue catalogue = readCatalogue(order.catalogue, order.links, problems, progress);
     checkCatalogue(catalogue, problems);
     const QVector<CouchDocument> documents = couchDocuments(catalogue, problems);
     CouchPushReport report;

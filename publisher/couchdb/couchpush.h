@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "catalogue/cataloguescan.h"
 #include "catalogue/problems.h"
 #include "catalogue/progress.h"
 
@@ -14,6 +15,7 @@ struct CouchPushOrder
 {
     QString catalogue; ///< directory
     QUrl database;     ///< may hold a user and a password
+    Links links = Links::Within;
 };
 
 struct CouchPushReport

@@ -7,6 +7,7 @@
 #include "index/keywordtypes.h"
 #include "index/linktypes.h"
 #include "inspect/ledgerjson.h"
+#include "install/packagepath.h"
 #include "publish/filehasher.h"
 #include "publish/layout.h"
 #include "sources/ledgerformat.h"
@@ -83,6 +84,26 @@ void checkPackages(
     for (int i = 0; i < faults.size(); ++i) {
         if (!faults.at(i).isEmpty())
             problems.error(recordName("package", i, tables.packages.at(i).id), faults.at(i));
+    }
+}
+
+/// Readers list such packages and files, but never install them.
+void checkNames(const LedgerTables &tables, Problems &problems)
+{
+    for (int i = 0; i < tables.packages.size(); ++i) {
+        const PackageEntry &package = tables.packages.at(i);
+        const QString name = recordName("package", i, package.id);
+        if (package.id.length > 0
+            && packagePath(tables.types.at(package.typeIndex).text(), package.id.text()).isEmpty())
+            problems.error(
+                name, QStringLiteral("type and identifier name no directory of its own"));
+        const auto files = package.files.sortedUnique();
+        for (const LedgerFile &file : files) {
+            if (!isPathComponent(file.name.text()))
+                problems.error(
+                    QStringLiteral("%1, file \"%2\"").arg(name, file.name.text()),
+                    QStringLiteral("the name leads out of the package's directory"));
+        }
     }
 }
 
@@ -178,6 +199,7 @@ Problems verifyLedger(const LedgerReading &ledger, const PublicKey &trustKey, Pr
     const QVector<PublicKey> keys = checkIssuers(ledger.tables, trustKey, problems);
     checkPackages(ledger.tables, keys, problems, progress);
     checkIdentifiers(ledger.tables, problems);
+    checkNames(ledger.tables, problems);
     checkKeywords(ledger.tables, problems);
     checkLinks(ledger.tables, problems);
     return problems;

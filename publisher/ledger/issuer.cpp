@@ -72,7 +72,17 @@ IssuerRecord IssuerRecord::fromJson(const QByteArray &json, QString *fault)
     else if (record.signature.size() != ledger::signatureSize)
         *fault = QStringLiteral("its signature is unusable");
     else
-        return record;
+        *fault = labelFault(record.firstLabel) + labelFault(record.secondLabel);
+    return fault->isEmpty() ? record : IssuerRecord();
+}
+
+QString IssuerRecord::labelFault(const QString &label)
+{
+    if (label.startsWith(QChar(QChar::ByteOrderMark)))
+        return QStringLiteral("a label begins with U+FEFF, which readers of a ledger lose");
+    if (label.toUtf8().size() > ledger::maximumStringSize)
+        return QStringLiteral("a label has more than the %1 bytes that a ledger holds")
+            .arg(ledger::maximumStringSize);
     return {};
 }
 

@@ -28,6 +28,9 @@ struct IssuerRecord
     QByteArray toJson() const;
     static IssuerRecord fromJson(const QByteArray &json, QString *fault);
 
+    /// Why a ledger can't hold \a label; empty if it can.
+    static QString labelFault(const QString &label);
+
     bool isSignedBy(const nk::crypto::ed25519::PublicKey &trustKey) const;
 };
 

@@ -93,7 +93,7 @@ void Encoder::writeSegment(int number, void (Encoder::*writePayload)())
     (this->*writePayload)();
 
     const int offsetField =
-        ledger::magicSize + 2 + number * ledger::offsetTableEntrySize + ledger::identifierSize;
+        ledger::offsetTableStart + number * ledger::offsetTableEntrySize + ledger::identifierSize;
     m_out.patchU32(offsetField, quint32(start));
     m_out.patchU32(start + ledger::identifierSize, quint32(m_out.position() - payload));
 }

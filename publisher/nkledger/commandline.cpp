@@ -48,6 +48,14 @@ void addTrustOption(CLI::App &command, std::string &value)
         ->type_name("FILE");
 }
 
+void addLinksOption(CLI::App &command, bool &value)
+{
+    command.add_flag(
+        "--follow-links", value,
+        "Take what symbolic links lead to out of the catalogue; without this option they are "
+        "errors");
+}
+
 Finish addKeygen(CLI::App &app)
 {
     auto name = std::make_shared<std::string>();
@@ -103,13 +111,24 @@ Finish addIssue(CLI::App &app)
 
 Finish addCheck(CLI::App &app)
 {
-    auto catalogue = std::make_shared<std::string>();
+    struct Values
+    {
+        std::string catalogue;
+        bool strict = false, followLinks = false;
+    };
+    auto values = std::make_shared<Values>();
     CLI::App &command = addCommand(
         app, "check", "Say all that is wrong with a catalogue",
-        "Example:\n"
-        "  nkledger check catalogue");
-    command.add_option("CATALOGUE_DIR", *catalogue, "The directory with \"packages\"")->required();
-    return [catalogue] { return CheckOptions{text(*catalogue)}; };
+        "Examples:\n"
+        "  nkledger check catalogue\n"
+        "  nkledger check catalogue --strict");
+    command.add_option("CATALOGUE_DIR", values->catalogue, "The directory with \"packages\"")
+        ->required();
+    command.add_flag("--strict", values->strict, "Take warnings for errors");
+    addLinksOption(command, values->followLinks);
+    return [values] {
+        return CheckOptions{text(values->catalogue), values->strict, values->followLinks};
+    };
 }
 
 Finish addPublish(CLI::App &app)
@@ -118,6 +137,7 @@ Finish addPublish(CLI::App &app)
     {
         std::string catalogue, target, trust;
         std::vector<std::string> issuers;
+        bool followLinks = false, force = false;
     };
     auto values = std::make_shared<Values>();
     CLI::App &command = addCommand(
@@ -135,14 +155,18 @@ Finish addPublish(CLI::App &app)
         ->required();
     command.add_option("OUT_DIR", values->target, "What the web server serves")->required();
     command.add_option("--issuer", values->issuers, "Who signs; repeatable")
+        ->required()
         ->expected(1)
         ->take_all()
         ->type_name("[TYPE=]KEY");
     addTrustOption(command, values->trust);
+    addLinksOption(command, values->followLinks);
+    command.add_flag(
+        "--force", values->force,
+        "Publish also in a directory that holds other things and no publication yet");
     return [values] {
-        return PublishOptions{
-            text(values->catalogue), text(values->target), texts(values->issuers),
-            text(values->trust)};
+        return PublishOptions{text(values->catalogue), text(values->target), texts(values->issuers),
+                              text(values->trust),     values->followLinks,  values->force};
     };
 }
 
@@ -282,6 +306,7 @@ Finish addCouchPush(CLI::App &app)
     struct Values
     {
         std::string catalogue, database;
+        bool followLinks = false;
     };
     auto values = std::make_shared<Values>();
     CLI::App &command = addCommand(
@@ -296,7 +321,11 @@ Finish addCouchPush(CLI::App &app)
     command.add_option("CATALOGUE_DIR", values->catalogue, "The directory with \"packages\"")
         ->required();
     command.add_option("DB_URL", values->database, "The database")->required();
-    return [values] { return CouchPushOptions{text(values->catalogue), text(values->database)}; };
+    addLinksOption(command, values->followLinks);
+    return [values] {
+        return CouchPushOptions{
+            text(values->catalogue), text(values->database), values->followLinks};
+    };
 }
 
 /// What the user typed in place of a command; the parser only says that one is required.

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "catalogue/cataloguescan.h"
 #include "catalogue/problems.h"
 #include "catalogue/progress.h"
 #include "commandline.h"
@@ -48,6 +49,12 @@ private:
     int m_total = 0;
     QElapsedTimer m_shown;
 };
+
+/// How links of a catalogue are taken, by the option --follow-links.
+inline Links linksOf(bool followLinks)
+{
+    return followLinks ? Links::Anywhere : Links::Within;
+}
 
 /// "1 package", "2 packages".
 QString counted(int number, const QString &what);

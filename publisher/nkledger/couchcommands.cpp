@@ -49,7 +49,8 @@ ExitCode run(const CouchPushOptions &options, Output &output)
         return Usage;
     }
     TerminalProgress progress;
-    const CouchPushReport report = couchPush({options.catalogue, database}, progress);
+    const CouchPushReport report =
+        couchPush({options.catalogue, database, linksOf(options.followLinks)}, progress);
     printProblems(report.problems, output);
     if (output.isJson())
         output.json(describe(report));

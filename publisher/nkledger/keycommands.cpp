@@ -76,6 +76,13 @@ ExitCode run(const IssueOptions &options, Output &output)
         output.error(QStringLiteral("an issuer has two labels at most"));
         return Usage;
     }
+    for (const QString &label : options.labels) {
+        const QString fault = IssuerRecord::labelFault(label);
+        if (!fault.isEmpty()) {
+            output.error(fault);
+            return Usage;
+        }
+    }
     if (options.output.isEmpty() && name.isEmpty()) {
         output.error(QStringLiteral("name the issuer record with --output, since \"%1\" doesn't "
                                     "end in \"%2\"")

@@ -26,6 +26,8 @@ struct IssueOptions
 struct CheckOptions
 {
     QString catalogue;
+    bool strict = false; ///< warnings are errors
+    bool followLinks = false;
 };
 
 struct PublishOptions
@@ -34,6 +36,8 @@ struct PublishOptions
     QString target;
     QStringList issuers; ///< KEY or TYPE=KEY
     QString trustKey;    ///< public; empty: the one that this build was made with
+    bool followLinks = false;
+    bool force = false;
 };
 
 struct PruneOptions
@@ -70,6 +74,7 @@ struct CouchPushOptions
 {
     QString catalogue;
     QString database; ///< URL, perhaps with user and password
+    bool followLinks = false;
 };
 
 struct NginxOptions

@@ -123,8 +123,10 @@ ExitCode run(const PublishOptions &options, Output &output)
     if (!issuers || !trustKey)
         return Failed;
     TerminalProgress progress;
-    const PublishReport report =
-        publish({options.catalogue, options.target, *issuers, *trustKey}, progress);
+    const PublishReport report = publish(
+        {options.catalogue, options.target, *issuers, *trustKey, linksOf(options.followLinks),
+         options.force},
+        progress);
     printProblems(report.problems, output);
     if (output.isJson())
         output.json(describe(report));
@@ -163,7 +165,8 @@ ExitCode run(const PruneOptions &options, Output &output)
 ExitCode run(const CheckOptions &options, Output &output)
 {
     TerminalProgress progress;
-    const Problems problems = checkCatalogueDirectory(options.catalogue, progress);
+    const Problems problems =
+        checkCatalogueDirectory(options.catalogue, linksOf(options.followLinks), progress);
     printProblems(problems, output);
     if (output.isJson())
         output.json({{QStringLiteral("problems"), describeProblems(problems)}});
@@ -171,7 +174,7 @@ ExitCode run(const CheckOptions &options, Output &output)
         output.lines({QStringLiteral("%1, %2").arg(
             counted(problems.errorCount(), QStringLiteral("error")),
             counted(problems.warningCount(), QStringLiteral("warning")))});
-    return problems.hasErrors() ? Failed : Fine;
+    return problems.hasErrors() || (options.strict && !problems.isEmpty()) ? Failed : Fine;
 }
 
 } // namespace nk::pm::publisher

@@ -4,6 +4,8 @@
 #include "publish/publication.h"
 
 #include "catalogue/parallel.h"
+#include "disk/listing.h"
+#include "disk/synchronise.h"
 #include "publish/filehasher.h"
 
 #include <norvakutil/fileutils.h>
@@ -15,11 +17,6 @@
 
 #include <atomic>
 #include <filesystem>
-
-#ifdef Q_OS_LINUX
-#include <fcntl.h>
-#include <unistd.h>
-#endif
 
 namespace nk::pm::publisher {
 
@@ -71,36 +68,6 @@ QByteArray contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// Up to here files are synchronised one by one: cheap, and it doesn't wait for what other programs
-/// have written. Beyond, everything on the file system at once is cheaper.
-constexpr int fewFiles = 100;
-
-#ifdef Q_OS_LINUX
-
-constexpr bool canSyncAll = true;
-
-bool syncAll(const QString &directory)
-{
-    const int descriptor =
-        ::open(QFile::encodeName(directory).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        return false;
-    const bool synced = ::syncfs(descriptor) == 0;
-    ::close(descriptor);
-    return synced;
-}
-
-#else
-
-constexpr bool canSyncAll = false;
-
-bool syncAll(const QString &)
-{
-    return false;
-}
-
-#endif
-
 bool hasContentTime(const QFileInfo &info, const QByteArray &digest)
 {
     return info.lastModified().toSecsSinceEpoch() == modificationTime(digest);
@@ -110,12 +77,49 @@ bool hasContentTime(const QFileInfo &info, const QByteArray &digest)
 
 Publication::Publication(const QString &root)
     : m_layout(QDir::cleanPath(QFileInfo(root).absoluteFilePath()))
+    , m_lock(m_layout.lockFile())
 {}
 
 Publication::~Publication()
 {
-    if (m_lock)
+    if (m_lock.isHeld()) {
         QDir(m_layout.stagingDirectory()).removeRecursively();
+        m_lock.letGo();
+    }
+    if (QFileInfo::exists(m_layout.ledgerFile()))
+        return;
+    while (!m_made.isEmpty()) {
+        const QString path = m_made.takeLast();
+        if (QFileInfo::exists(path) && !QDir().rmdir(path))
+            break;
+    }
+}
+
+bool Publication::isNew() const
+{
+    return !QFileInfo(m_layout.stateDirectory()).isDir();
+}
+
+QString Publication::objection() const
+{
+    const QString root = m_layout.root();
+    if (QFileInfo::exists(root) && !QFileInfo(root).isDir())
+        return QStringLiteral("\"%1\" is not a directory").arg(root);
+    const disk::Listing held = disk::listing(root);
+    if (!held.fault.isEmpty() || (held.files.isEmpty() && held.directories.isEmpty()))
+        return held.fault;
+    return QStringLiteral("\"%1\" holds other things than a publication; --force publishes there "
+                          "all the same")
+        .arg(root);
+}
+
+bool Publication::makeDirectory(const QString &path)
+{
+    QStringList missing;
+    for (QString each = path; !QFileInfo::exists(each); each = QFileInfo(each).path())
+        missing.prepend(each);
+    m_made += missing;
+    return QDir().mkpath(path);
 }
 
 QString Publication::open()
@@ -124,20 +128,17 @@ QString Publication::open()
         return QStringLiteral("\"%1\" is not a directory").arg(m_layout.root());
     const QString failed =
         QStringLiteral("can't make the directory \"%1\": it must be yours to write");
-    if (!QDir().mkpath(m_layout.stateDirectory()))
+    if (!makeDirectory(m_layout.stateDirectory()))
         return failed.arg(m_layout.stateDirectory());
     QFile::setPermissions(m_layout.stateDirectory(), forOwner);
-    auto lock = std::make_unique<QLockFile>(m_layout.lockFile());
-    lock->setStaleLockTime(
-        0); // a large publication may take long; a dead process is noticed anyway
-    if (!lock->tryLock(0))
-        return lock->error() == QLockFile::LockFailedError
-                   ? QStringLiteral("another publisher is at work on \"%1\"").arg(m_layout.root())
-                   : QStringLiteral("can't lock \"%1\"").arg(m_layout.lockFile());
-    m_lock = std::move(lock);
+    if (!m_lock.take())
+        return m_lock.isElsewhere()
+                   ? QStringLiteral("another publisher is at work on \"%1\" (it has \"%2\")")
+                         .arg(m_layout.root(), m_lock.path())
+                   : QStringLiteral("can't lock \"%1\"").arg(m_lock.path());
     QDir(m_layout.stagingDirectory()).removeRecursively();
     for (const QString &path : {m_layout.stagingDirectory(), m_layout.filesDirectory()}) {
-        if (!QDir().mkpath(path))
+        if (!makeDirectory(path))
             return failed.arg(path);
     }
     return {};
@@ -175,9 +176,7 @@ QString Publication::stageFile(const QByteArray &digest, QIODevice &source) cons
 QString Publication::syncStaged(const QVector<QByteArray> &digests) const
 {
     std::atomic_bool synced{true};
-    if (digests.size() > fewFiles && canSyncAll) {
-        synced = syncAll(m_layout.stagingDirectory());
-    } else {
+    if (digests.size() <= disk::fewFiles || !disk::synchroniseAll(m_layout.stagingDirectory())) {
         QVector<QByteArray> jobs = digests;
         forEachOnAllCores(jobs, [&](const QByteArray &digest) {
             if (!util::FileUtils::syncFile(m_layout.stagedFile(digest)))

@@ -5,10 +5,10 @@
 
 #include "publish/layout.h"
 
-#include <QIODevice>
-#include <QLockFile>
+#include "disk/worklock.h"
 
-#include <memory>
+#include <QIODevice>
+#include <QStringList>
 
 namespace nk::pm::publisher {
 
@@ -25,8 +25,15 @@ public:
 
     const Layout &layout() const { return m_layout; }
 
+    /// Whether nobody has published here yet.
+    bool isNew() const;
+    /// What stands against publishing here for the first time: that the target is no directory, or
+    /// one with other things in it. Empty if nothing does.
+    QString objection() const;
+
     /// Makes the directories and keeps other publishers out for this object's life; what a killed
-    /// one left behind is cleared away. To be called first, and nothing else if it fails.
+    /// one left behind is cleared away. To be called before what follows, and nothing of that if it
+    /// fails. Directories that were made go with the object if nothing was published in them.
     QString open();
 
     /// The ledger that is published now; empty if there is none.
@@ -53,8 +60,11 @@ public:
 private:
     Q_DISABLE_COPY(Publication)
 
+    bool makeDirectory(const QString &path);
+
     Layout m_layout;
-    std::unique_ptr<QLockFile> m_lock;
+    disk::WorkLock m_lock;
+    QStringList m_made; // directories, each behind those above it
 };
 
 } // namespace nk::pm::publisher

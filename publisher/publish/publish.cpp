@@ -21,9 +21,10 @@ namespace nk::pm::publisher {
 
 namespace {
 
-Catalogue readAndCheck(const QString &directory, Problems &problems, Progress &progress)
+Catalogue readAndCheck(
+    const QString &directory, Links links, Problems &problems, Progress &progress)
 {
-    Catalogue catalogue = readCatalogue(directory, problems, progress);
+    Catalogue catalogue = readCatalogue(directory, links, problems, progress);
     checkCatalogue(catalogue, problems);
     hashFiles(catalogue, problems, progress);
     checkContents(catalogue, problems);
@@ -182,6 +183,32 @@ QString overlap(const PublishOrder &order)
                : QString();
 }
 
+/// Takes the lock of a publication that was made after the catalogue had been read. A ledger in it
+/// is another publisher's, perhaps of a later state of the catalogue.
+QString openNew(Publication &publication)
+{
+    const QString fault = publication.open();
+    if (!fault.isEmpty() || publication.ledger().isEmpty())
+        return fault;
+    return QStringLiteral("another publisher has begun \"%1\" meanwhile; publish again")
+        .arg(publication.layout().root());
+}
+
+/// Signs and writes what was found sound.
+void publishCatalogue(
+    const PublishOrder &order, const Catalogue &catalogue, const QByteArray &unsignedLedger,
+    const Publication &publication, PublishReport &report, Progress &progress)
+{
+    const QByteArray previous = publication.ledgerIsOwn() ? publication.ledger() : QByteArray();
+    const SignedLedger ledger = signLedger(unsignedLedger, order.issuers, previous, progress);
+    report.newSignatures = ledger.newSignatures;
+    report.keptSignatures = ledger.keptSignatures;
+    for (const QString &fault : ledger.faults)
+        report.problems.error({}, fault);
+    if (!report.problems.hasErrors())
+        bringIntoPlace(catalogue, ledger.bytes, publication, report, progress);
+}
+
 } // namespace
 
 PublishReport publish(const PublishOrder &order, Progress &progress)
@@ -189,16 +216,18 @@ PublishReport publish(const PublishOrder &order, Progress &progress)
     PublishReport report;
     Problems &problems = report.problems;
     addError(problems, overlap(order));
-    if (problems.hasErrors())
-        return report;
+    Publication publication(order.target);
+    const bool isNew = publication.isNew();
+    if (isNew && !order.force)
+        addError(problems, publication.objection());
     // Before the catalogue is read, so that of two publishers the later one publishes the later
     // state.
-    Publication publication(order.target);
-    addError(problems, publication.open());
+    if (!isNew && !problems.hasErrors())
+        addError(problems, publication.open());
     if (problems.hasErrors())
         return report;
 
-    const Catalogue catalogue = readAndCheck(order.catalogue, problems, progress);
+    const Catalogue catalogue = readAndCheck(order.catalogue, order.links, problems, progress);
     checkIssuers(order, catalogue, problems);
     report.packages = catalogue.packages.size();
     report.keywords = catalogue.keywords.size();
@@ -208,23 +237,17 @@ PublishReport publish(const PublishOrder &order, Progress &progress)
 
     const EncodedLedger encoded = encodeLedger(catalogue, order.issuers);
     addError(problems, encoded.fault);
-    if (problems.hasErrors())
-        return report;
-    const QByteArray previous = publication.ledgerIsOwn() ? publication.ledger() : QByteArray();
-    const SignedLedger ledger = signLedger(encoded.bytes, order.issuers, previous, progress);
-    report.newSignatures = ledger.newSignatures;
-    report.keptSignatures = ledger.keptSignatures;
-    for (const QString &fault : ledger.faults)
-        problems.error({}, fault);
+    if (isNew && !problems.hasErrors())
+        addError(problems, openNew(publication));
     if (!problems.hasErrors())
-        bringIntoPlace(catalogue, ledger.bytes, publication, report, progress);
+        publishCatalogue(order, catalogue, encoded.bytes, publication, report, progress);
     return report;
 }
 
-Problems checkCatalogueDirectory(const QString &directory, Progress &progress)
+Problems checkCatalogueDirectory(const QString &directory, Links links, Progress &progress)
 {
     Problems problems;
-    readAndCheck(directory, problems, progress);
+    readAndCheck(directory, links, problems, progress);
     return problems;
 }
 

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "catalogue/cataloguescan.h"
 #include "catalogue/problems.h"
 #include "catalogue/progress.h"
 #include "ledger/issuer.h"
@@ -15,6 +16,8 @@ struct PublishOrder
     QString target;    ///< directory of the publication, made if need be
     QVector<Issuer> issuers;
     nk::crypto::ed25519::PublicKey trustKey; ///< the one that the readers were built with
+    Links links = Links::Within;
+    bool force = false; ///< also into a directory that holds other things than a publication
 };
 
 struct PublishReport
@@ -34,11 +37,12 @@ struct PublishReport
     QByteArray ledgerDigest; ///< raw SHA-224
 };
 
-/// Publishes a catalogue. With any error in the report nothing was published and the old
-/// publication, if there is one, stands whole. Works on all cores and blocks until done.
+/// Publishes a catalogue. Nothing is made before it is found sound. With any error in the report
+/// nothing was published and the old publication, if there is one, stands whole. Works on all cores
+/// and blocks until done.
 PublishReport publish(const PublishOrder &order, Progress &progress);
 
 /// All that publish() would find wrong with the catalogue itself.
-Problems checkCatalogueDirectory(const QString &directory, Progress &progress);
+Problems checkCatalogueDirectory(const QString &directory, Links links, Progress &progress);
 
 } // namespace nk::pm::publisher

@@ -71,7 +71,7 @@ struct LedgerTables
 struct SegmentReading
 {
     bool good = false;
-    /// Languages or types, read or not; issuers too.
+    /// The count at the segment's head, of languages or types, read or not; of issuers too.
     quint16 headCount = 0;
     /// Keywords, packages or links, if the count could be read.
     std::optional<quint32> recordCount;

@@ -1,8 +1,12 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "catalogue/catalogue.h"
 #include "cataloguetree.h"
+#include "ledger/ledgerencoder.h"
+#include "ledger/ledgersigner.h"
 #include "nkledgerprocess.h"
+#include "publish/layout.h"
 #include "support/columns.h"
 #include "support/couchdbserver.h"
 #include "support/testfiles.h"
@@ -10,7 +14,9 @@
 #include <QJsonArray>
 #include <QtTest>
 
+using namespace nk::pm::publisher;
 using namespace nk::pm::test;
+using nk::crypto::ed25519::PrivateKey;
 
 namespace {
 
@@ -39,6 +45,7 @@ private Q_SLOTS:
     void showsWhatItHadBefore();
     void saysWhyASourceFails_data();
     void saysWhyASourceFails();
+    void noProgramEndsByAPackageWithoutAnIdentifier();
 
 private:
     CallResult nkpm(const QStringList &arguments) const;
@@ -222,6 +229,36 @@ void TestNkpmSources::saysWhyASourceFails()
     QVERIFY2(result.errors.contains(says), qPrintable(result.errors));
     QCOMPARE(result.errors.count('\n'), 1);
     QVERIFY(!result.errors.contains("wrong"));
+}
+
+/// No reference leads to it, though translations are installed unasked.
+void TestNkpmSources::noProgramEndsByAPackageWithoutAnIdentifier()
+{
+    const auto path = [this](const char *name) { return m_directory.filePath(name); };
+    QString fault;
+    const QVector<Issuer> issuers{
+        {{},
+         PrivateKey::fromPEM(readFile(path("studio-private.pem"))),
+         IssuerRecord::fromJson(readFile(path("studio-issuer.json")), &fault)}};
+    Catalogue catalogue;
+    catalogue.packages = {{{}, "translation", "packages", "{}", {}}};
+    Progress progress;
+    const QByteArray ledger = encodeLedger(catalogue, issuers).bytes;
+    writeFile(
+        Layout(path("nameless")).ledgerFile(), signLedger(ledger, issuers, {}, progress).bytes);
+    const ServedPublication server(path("nameless"));
+    QStringList sources{"--server", server.url()};
+    CallResult result = nkpm(QStringList{"list"} + sources);
+    QVERIFY2(result.exitCode == 0, qPrintable(result.errors));
+    QCOMPARE(result.json()["packages"].toArray().size(), 1);
+    result = nkpm(QStringList{"install", "", "--into", m_directory.filePath("into")} + sources);
+    QVERIFY2(result.errors.contains("no package \"\""), qPrintable(result.errors));
+    sources << "--data" << m_directory.filePath("catalogue-data");
+    sources << "--screenshot" << m_directory.filePath("picture.png");
+    result = call(
+        NKPM_CATALOGUE, sources, {},
+        {{"QT_QPA_PLATFORM", "offscreen"}, {"ASAN_OPTIONS", "detect_leaks=0"}}); // Qt's own
+    QVERIFY2(result.exitCode == 0, qPrintable(result.errors));
 }
 
 QTEST_GUILESS_MAIN(TestNkpmSources)

@@ -61,7 +61,9 @@ void tst_ToolPages::bashCompletes_data()
         .row("nothing for a package", "nkpm show ca", "")
         .row("two commands of the ledger", "nkledger i", "issue inspect")
         .row("its command behind an option", "nkledger --json ser", "serve")
-        .row("all options of its command", "nkledger publish --", "--json --help --issuer --trust")
+        .row(
+            "all options of its command", "nkledger publish --",
+            "--json --help --issuer --trust --follow-links --force")
         .row("its directory", "nkledger publish ca", "catalogue")
         .row("file for an option", "nkledger publish --issuer st", "studio-private.pem")
         .row("nothing for a port", "nkledger serve --port ", "");

@@ -13,6 +13,7 @@
 
 #include <functional>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace nk::pm;
@@ -30,6 +31,7 @@ private Q_SLOTS:
     void namesFault_data();
     void namesFault();
     void cyclesOfDenseGraphs();
+    void latticeOfLinksEnds();
     void strictJson_data();
     void strictJson();
 };
@@ -38,7 +40,7 @@ static QStringList problemsOf(const CatalogueTree &tree)
 {
     Problems problems;
     Progress progress;
-    checkCatalogue(readCatalogue(tree.path(), problems, progress), problems);
+    checkCatalogue(readCatalogue(tree.path(), Links::Within, problems, progress), problems);
     QStringList lines;
     for (const Problem &problem : problems.sorted())
         lines.append(
@@ -119,8 +121,12 @@ void tst_Catalogue::namesFault_data()
     manifest(
         "the manifest, without white space, has 65536 bytes",
         "{ \"k\": \"" + QByteArray(65536 - 8, 'x') + "\" }");
-    row("packages/p/manifest.json: error: can't be read",
+    row("packages/p/manifest.json: error: is no file",
         [](CatalogueTree &tree) { tree.directory("packages/p/manifest.json/x"); });
+    row("packages/pipe/manifest.json: error: is no file", [](CatalogueTree &tree) {
+        tree.directory("packages/pipe");
+        QCOMPARE(::mkfifo(qPrintable(tree.path() + "/packages/pipe/manifest.json"), 0600), 0);
+    });
     row("packages/other/stool/manifest.json: error: the identifier \"stool\" is taken already by "
         "packages/furniture/chairs/stool/manifest.json",
         [](CatalogueTree &tree) { tree.package("other/stool"); });
@@ -142,9 +148,17 @@ void tst_Catalogue::namesFault_data()
     });
     row("packages/loose/gone: error: links to something that doesn't exist",
         [](CatalogueTree &tree) { makeLink(tree.path() + "/packages/loose/gone", "nowhere"); });
+    for (const QString entry : {"packages/loose/x", "packages/x", "dictionary/x.json"})
+        row(entry + ": error: links out of the catalogue",
+            [=](CatalogueTree &tree) { makeLink(tree.path() + '/' + entry, "/etc/passwd"); });
+    row("packages/more: error: is the same directory as packages/materials",
+        [](CatalogueTree &tree) { makeLink(tree.path() + "/packages/more", "materials"); });
     row("packages/a/b/back: error: links to a directory above itself", [](CatalogueTree &tree) {
         makeLink(tree.path() + "/packages/a/b/back", tree.path() + "/packages/a");
     });
+    file(
+        "packages/loose/a.png: error: the name begins with U+FEFF", "packages/loose/\uFEFFa.png",
+        "png");
     row("packages/loose/\uFFFD.png: error: the name isn't valid UTF-8", [](CatalogueTree &tree) {
         tree.file("packages/loose/right.png", "png");
         const QByteArray package = tree.path().toUtf8() + "/packages/loose/";
@@ -189,6 +203,20 @@ void tst_Catalogue::cyclesOfDenseGraphs()
     QVERIFY(findCycles(links, Uses).isEmpty());
 }
 
+/// Twenty levels of which each leads to the next by two links: a million ways down.
+void tst_Catalogue::latticeOfLinksEnds()
+{
+    CatalogueTree tree;
+    const QString level = tree.path() + "/packages/%1/";
+    for (int i = 0; i < 20; ++i) {
+        makeLink(level.arg(i) + "a", QString("../%1").arg(i + 1));
+        makeLink(level.arg(i) + "b", QString("../%1").arg(i + 1));
+    }
+    tree.package("20/p");
+    const QStringList problems = problemsOf(tree);
+    QCOMPARE(problems.filter("is the same directory as").size(), 40);
+}
+
 void tst_Catalogue::strictJson_data()
 {
     Columns<QByteArray, QByteArray, QString>("text", "canonical", "fault")
@@ -208,6 +236,9 @@ void tst_Catalogue::strictJson_data()
         .row("high surrogate alone", R"({"a":"\ud83d"})", "", "surrogate")
         .row("low surrogate alone", R"({"a":"\ude00"})", "", "surrogate")
         .row("lone surrogate in a key", R"({"\ud83dx":1})", "", "surrogate")
+        .row("mark in front of a text", R"({"a":["\ufeffb"]})", "", "begins with U+FEFF")
+        .row("mark in front of a key", R"({"\ufeffa":1})", "", "begins with U+FEFF")
+        .row("mark behind the front", R"({"a":"b\ufeff"})", "{\"a\":\"b\xef\xbb\xbf\"}", "")
         .row("surrogate in UTF-8", "{\"a\":\"\xed\xa0\x80\"}", "", "ill-formed UTF-8")
         .row("overlong UTF-8", "{\"a\":\"\xc0\x80\"}", "", "ill-formed UTF-8")
         .row("number above the double range", R"({"a":1e400})", "", "number overflow")

@@ -107,6 +107,9 @@ void tst_Nkledger::keysAreGuarded()
                             "--label", "x",         "--output", "studio-issuer.json"};
     QCOMPARE(workshop.call(issue).exitCode, 1);
     QCOMPARE(readFile(workshop.path("studio-issuer.json")), record);
+    // A ledger counts a label's bytes in sixteen bits.
+    QCOMPARE(
+        workshop.call(QStringList(issue).replaceInStrings("x", QString(65536, 'x'))).exitCode, 2);
     // Half a pair is no pair, and nothing half-written stays behind.
     makeLink(workshop.path("other.pem"), "nowhere/x");
     QCOMPARE(workshop.call({"keygen", "other"}).exitCode, 1);
@@ -122,6 +125,7 @@ void tst_Nkledger::refuses_data()
         .row("nkledger keygen a --bits", 2, "--bits")
         .row("nkledger keygen ", 2, "NAME: names no file") // the empty name
         .row("nkledger publish a", 2, "OUT_DIR is required (nkledger publish --help)")
+        .row("nkledger publish a b", 2, "--issuer is required (nkledger publish --help)")
         .row("nkledger serve a --port 70000", 2, "--port")
         .row(
             "nkledger publish a b --issuer x-private.pem --issuer y-private.pem", 2,
@@ -190,6 +194,10 @@ void tst_Nkledger::allFaultsOfACatalogue()
     const CallResult checked = workshop.call({"check", workshop.tree.path()});
     QCOMPARE(checked.exitCode, 1);
     QCOMPARE(checked.output, "2 errors, 1 warning\n");
+    workshop.tree.remove("packages/p");
+    workshop.tree.remove("links/x.json");
+    QCOMPARE(workshop.call({"check", workshop.tree.path()}).exitCode, 0);
+    QCOMPARE(workshop.call({"check", workshop.tree.path(), "--strict"}).exitCode, 1);
 }
 
 void tst_Nkledger::verifyNamesTheRecord_data()
@@ -206,6 +214,10 @@ void tst_Nkledger::verifyNamesTheRecord_data()
         .row(
             "file name", "oak.png", "oak.jpg",
             {"package 1 \"oak\": the signature isn't that of issuer 0 Studio"})
+        .row(
+            "identifier, which isn't signed", QByteArray("\5\0stool", 7),
+            QByteArray("\5\0../oa", 7),
+            {"package 2 \"../oa\": type and identifier name no directory of its own"})
         .row(
             "link's end", QByteArray("\2\0\0\0\1\0\0\0", 8), QByteArray("\2\0\0\0\x63\0\0\0", 8),
             {"link 3: ends at a record that doesn't exist"})
@@ -317,6 +329,7 @@ void tst_Nkledger::inspectsAClientsLedger()
     const QByteArray direct = workshop.call({"inspect", "public"}).output;
     QVERIFY(direct.contains("packages"));
     QCOMPARE(workshop.call({"inspect", "wrapped"}).output, direct);
+    QCOMPARE(workshop.call({"inspect", "wrapped", "chaise"}).output, QByteArray());
 }
 
 void tst_Nkledger::showsProgressAndColoursOnATerminal()

@@ -121,6 +121,7 @@ private Q_SLOTS:
     void chosenIssuersSign();
     void refuses_data();
     void refuses();
+    void publishesWhatWasAskedForTwice();
     void fullDisk();
     void errorLeavesOldPublication_data();
     void errorLeavesOldPublication();
@@ -266,8 +267,11 @@ void tst_Publish::refuses_data()
         .row(
             "target in the catalogue", "can't lie in the catalogue",
             [](Shop &shop) { shop.order.target = shop.tree.path() + "/packages/public"; })
-        .row("target that is a file", "is not a directory", [](Shop &shop) {
-            QFile(shop.order.target).open(QIODevice::WriteOnly);
+        .row(
+            "target that is a file", "is not a directory",
+            [](Shop &shop) { QFile(shop.order.target).open(QIODevice::WriteOnly); })
+        .row("target with other things in it", "holds other things", [](Shop &shop) {
+            QDir().mkpath(shop.order.target + "/holiday pictures");
         });
 }
 
@@ -281,6 +285,20 @@ void tst_Publish::refuses()
     QVERIFY(!report.published);
     QVERIFY2(errors(report).contains(expected), qPrintable(errors(report)));
     QCOMPARE(shop.served(), QStringList());
+    QVERIFY(!QFileInfo::exists(shop.layout.stateDirectory()));
+}
+
+void tst_Publish::publishesWhatWasAskedForTwice()
+{
+    Shop shop;
+    writeFile(shop.directory.filePath("outside"), "outside");
+    makeLink(shop.tree.path() + "/packages/loose/in", shop.directory.filePath("outside"));
+    writeFile(shop.order.target + "/robots.txt", "not ours");
+    shop.order.links = Links::Anywhere;
+    shop.order.force = true;
+    const PublishReport report = shop.publish();
+    QVERIFY2(report.published, qPrintable(errors(report)));
+    QVERIFY(QFileInfo::exists(shop.layout.contentFile(digestOf(QByteArray("outside")))));
 }
 
 void tst_Publish::fullDisk()
@@ -299,7 +317,7 @@ void tst_Publish::fullDisk()
     QVERIFY(!errors(report).contains("can't be read"));
     // Those that were at it, and not each file.
     QVERIFY2(errors(report).count("can't write") < 100, qPrintable(errors(report)));
-    QCOMPARE(shop.served(), QStringList());
+    QVERIFY(!QFileInfo::exists(shop.order.target)); // nothing was there before either
     QVERIFY(shop.publish().published);
 }
 
@@ -347,6 +365,10 @@ void tst_Publish::twoPublishersAreKeptApart()
     QVERIFY(first.published);
     QVERIFY(!second.published);
     QVERIFY2(errors(second).contains("another publisher is at work"), qPrintable(errors(second)));
+    // What a publisher leaves that is killed between making its lock and writing into it.
+    writeFile(shop.layout.lockFile(), {});
+    QVERIFY(errors(shop.publish()).contains(shop.layout.lockFile()));
+    makeOld(shop.layout.lockFile(), 10);
     QVERIFY(shop.publish().published);
 }
 
