@@ -8,6 +8,7 @@
 
 #include <QPointer>
 #include <QSharedPointer>
+#include <QUrl>
 
 #include <memory>
 
