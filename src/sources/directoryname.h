@@ -3,16 +3,16 @@
 
 #pragma once
 
-#include <QString>
+#include "install/packagepath.h"
 
 namespace nk::pm {
 
-/// Whether \a name, which a server may have chosen, names an entry of its own in a directory, and
-/// one that isn't hidden: not empty, no leading dot, no separator of any system, no NUL.
+/// Whether \a name, which a server may have chosen, names an entry of its own in a directory on any
+/// system, and one that isn't hidden.
 inline bool namesEntry(const QString &name)
 {
-    return !name.isEmpty() && !name.startsWith(QLatin1Char('.')) && !name.contains(QLatin1Char('/'))
-           && !name.contains(QLatin1Char('\\')) && !name.contains(QChar::Null);
+    return isPathComponent(name) && !name.startsWith(QLatin1Char('.'))
+           && !name.contains(QLatin1Char('\\'));
 }
 
 } // namespace nk::pm
