@@ -8,6 +8,7 @@
 #include "query/providerconnection.h"
 
 #include <QFutureWatcher>
+#include <QPointer>
 #include <QtConcurrent>
 
 namespace nk::pm {
@@ -19,7 +20,9 @@ struct CategoryListModelPrivate
     QFutureWatcher<KeywordList> *watcher;
     bool updatePending = false;
     KeywordList list;
+    KeywordList found; ///< list, unless a reset is being announced
     QString packageType;
+    QObject context; ///< of what calls back
 
     explicit CategoryListModelPrivate(CategoryListModel *model)
         : q(model)
@@ -34,7 +37,8 @@ void CategoryListModelPrivate::scheduleList()
     if (updatePending)
         return;
     updatePending = true;
-    QMetaObject::invokeMethod(q, "updateList", Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &context, [this] { q->updateList(); }, Qt::QueuedConnection);
 }
 
 namespace {
@@ -56,7 +60,7 @@ CategoryListModel::CategoryListModel(QObject *parent)
     : QAbstractListModel(parent)
     , d(new CategoryListModelPrivate(this))
 {
-    connect(d->watcher, &QFutureWatcherBase::finished, this, &CategoryListModel::finishUpdate);
+    connect(d->watcher, &QFutureWatcherBase::finished, &d->context, [this] { finishUpdate(); });
 }
 
 CategoryListModel::~CategoryListModel() = default;
@@ -71,8 +75,8 @@ void CategoryListModel::setPackageType(const QString &type)
     if (d->packageType == type)
         return;
     d->packageType = type;
-    Q_EMIT packageTypeChanged();
     d->scheduleList();
+    Q_EMIT packageTypeChanged();
 }
 
 QObject *CategoryListModel::packageProvider() const
@@ -82,7 +86,7 @@ QObject *CategoryListModel::packageProvider() const
 
 void CategoryListModel::setPackageProvider(QObject *provider)
 {
-    if (!d->connection.follow(provider, this, &CategoryListModel::updateList))
+    if (!d->connection.follow(provider, [this] { updateList(); }))
         return;
     d->scheduleList();
     Q_EMIT packageProviderChanged();
@@ -119,8 +123,12 @@ void CategoryListModel::updateList()
 
 void CategoryListModel::finishUpdate()
 {
+    const QPointer<CategoryListModel> guard(this);
+    d->found = d->watcher->result();
     beginResetModel();
-    d->list = d->watcher->result();
+    if (!guard)
+        return;
+    d->list = d->found; // of a later search, if a listener has run an event loop
     endResetModel();
 }
 

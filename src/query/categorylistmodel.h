@@ -68,6 +68,7 @@ private Q_SLOTS:
     void finishUpdate();
 
 private:
+    friend struct CategoryListModelPrivate;
     QScopedPointer<CategoryListModelPrivate> d;
 };
 

@@ -4,6 +4,7 @@
 #include "query/haskeyword.h"
 
 #include "index/packageindexnode.h"
+#include "query/inturn.h"
 #include "query/keywordmatch.h"
 
 namespace nk::pm {
@@ -31,8 +32,7 @@ void HasKeyword::setKeywordId(const QString &keywordId)
     if (d->keywordId == keywordId)
         return;
     d->keywordId = keywordId;
-    Q_EMIT keywordIdChanged();
-    Q_EMIT updateRequested();
+    callInTurn(this, &HasKeyword::keywordIdChanged, &HasKeyword::updateRequested);
 }
 
 std::function<bool(PackageNode *)> HasKeyword::matchFunction()

@@ -4,6 +4,7 @@
 #include "query/hasmanifestfield.h"
 
 #include "index/packageindexnode.h"
+#include "query/inturn.h"
 
 namespace nk::pm {
 
@@ -30,8 +31,7 @@ void HasManifestField::setName(const QString &name)
     if (d->name == name)
         return;
     d->name = name;
-    Q_EMIT nameChanged();
-    Q_EMIT updateRequested();
+    callInTurn(this, &HasManifestField::nameChanged, &HasManifestField::updateRequested);
 }
 
 std::function<bool(PackageNode *)> HasManifestField::matchFunction()

@@ -5,22 +5,27 @@
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
+#include "query/inturn.h"
 #include "query/providerconnection.h"
 
 namespace nk::pm {
 
 struct KeywordPrivate
 {
+    explicit KeywordPrivate(Keyword *keyword)
+        : q(keyword)
+    {}
+
     Keyword *q;
     QString keywordId;
     ProviderConnection connection;
     KeywordNode *node = nullptr;
-    QSharedPointer<PackageIndex> index{}; // of node; null without one
+    QSharedPointer<PackageIndex> index; // of node; null without one
 };
 
 Keyword::Keyword(QObject *parent)
     : QObject(parent)
-    , d(new KeywordPrivate{this, {}, {}})
+    , d(new KeywordPrivate(this))
 {}
 
 Keyword::~Keyword() = default;
@@ -47,7 +52,7 @@ QObject *Keyword::packageProvider() const
 
 void Keyword::setPackageProvider(QObject *provider)
 {
-    if (d->connection.follow(provider, this, &Keyword::update))
+    if (d->connection.follow(provider, [this] { update(); }))
         update();
 }
 
@@ -61,8 +66,7 @@ void Keyword::setKeywordId(const QString &id)
     if (d->keywordId == id)
         return;
     d->keywordId = id;
-    Q_EMIT keywordIdChanged();
-    update();
+    callInTurn(this, &Keyword::keywordIdChanged, &Keyword::update);
 }
 
 void Keyword::update()

@@ -8,6 +8,7 @@
 #include "query/providerconnection.h"
 
 #include <QFutureWatcher>
+#include <QPointer>
 #include <QRegularExpression>
 #include <QSet>
 #include <QtConcurrent>
@@ -26,6 +27,8 @@ struct KeywordSuggestionModelPrivate
     QString searchString;
     QRegularExpression highlightExpression;
     QStringList suggestions;
+    QStringList found; ///< suggestions, unless a reset is being announced
+    QObject context;   ///< of what calls back
 
     explicit KeywordSuggestionModelPrivate(KeywordSuggestionModel *model)
         : q(model)
@@ -33,8 +36,7 @@ struct KeywordSuggestionModelPrivate
     {}
 
     void scheduleList();
-    void clearList();
-    void resetTo(const QStringList &newSuggestions);
+    void show(const QStringList &newSuggestions);
     QString highlighted(const QString &suggestion) const;
 };
 
@@ -43,22 +45,22 @@ void KeywordSuggestionModelPrivate::scheduleList()
     if (updatePending)
         return;
     updatePending = true;
-    QMetaObject::invokeMethod(q, "updateList", Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &context, [this] { q->updateList(); }, Qt::QueuedConnection);
 }
 
-void KeywordSuggestionModelPrivate::clearList()
+void KeywordSuggestionModelPrivate::show(const QStringList &newSuggestions)
 {
-    if (suggestions.isEmpty())
-        return;
-    resetTo({});
-    Q_EMIT q->countChanged();
-}
-
-void KeywordSuggestionModelPrivate::resetTo(const QStringList &newSuggestions)
-{
+    const QPointer<KeywordSuggestionModel> guard(q);
+    const int countBefore = suggestions.size();
+    found = newSuggestions;
     q->beginResetModel();
-    suggestions = newSuggestions;
+    if (!guard)
+        return;
+    suggestions = found; // of a later search, if a listener has run an event loop
     q->endResetModel();
+    if (guard && suggestions.size() != countBefore)
+        Q_EMIT q->countChanged();
 }
 
 QString KeywordSuggestionModelPrivate::highlighted(const QString &suggestion) const
@@ -100,7 +102,7 @@ KeywordSuggestionModel::KeywordSuggestionModel(QObject *parent)
     : QAbstractListModel(parent)
     , d(new KeywordSuggestionModelPrivate(this))
 {
-    connect(d->watcher, &QFutureWatcherBase::finished, this, &KeywordSuggestionModel::finishUpdate);
+    connect(d->watcher, &QFutureWatcherBase::finished, &d->context, [this] { finishUpdate(); });
 }
 
 KeywordSuggestionModel::~KeywordSuggestionModel() = default;
@@ -115,8 +117,8 @@ void KeywordSuggestionModel::setPackageType(const QString &type)
     if (d->packageType == type)
         return;
     d->packageType = type;
-    Q_EMIT packageTypeChanged();
     d->scheduleList();
+    Q_EMIT packageTypeChanged();
 }
 
 QObject *KeywordSuggestionModel::packageProvider() const
@@ -126,7 +128,7 @@ QObject *KeywordSuggestionModel::packageProvider() const
 
 void KeywordSuggestionModel::setPackageProvider(QObject *provider)
 {
-    if (!d->connection.follow(provider, this, &KeywordSuggestionModel::updateList))
+    if (!d->connection.follow(provider, [this] { updateList(); }))
         return;
     d->scheduleList();
     Q_EMIT packageProviderChanged();
@@ -146,8 +148,8 @@ void KeywordSuggestionModel::setSearchString(const QString &text)
     const QString needle = QRegularExpression::escape(text.toHtmlEscaped());
     d->highlightExpression = QRegularExpression(
         QStringLiteral("(%1)").arg(needle), QRegularExpression::CaseInsensitiveOption);
-    Q_EMIT searchStringChanged();
     d->scheduleList();
+    Q_EMIT searchStringChanged();
 }
 
 int KeywordSuggestionModel::count() const
@@ -189,7 +191,8 @@ void KeywordSuggestionModel::updateList()
     d->updatePending = false;
     const QSharedPointer<PackageIndex> index = d->connection.packageIndex();
     if (!index || d->searchString.isEmpty()) {
-        d->clearList();
+        if (!d->suggestions.isEmpty())
+            d->show({});
         return;
     }
     d->watcher->setFuture(
@@ -198,10 +201,7 @@ void KeywordSuggestionModel::updateList()
 
 void KeywordSuggestionModel::finishUpdate()
 {
-    const int countBefore = count();
-    d->resetTo(d->watcher->result());
-    if (count() != countBefore)
-        Q_EMIT countChanged();
+    d->show(d->watcher->result());
 }
 
 } // namespace nk::pm

@@ -38,7 +38,7 @@ public:
     /// The roles of data().
     enum Role {
         SuggestionRole = 0,    ///< "suggestion", the plain text
-        DisplayStringRole = 1, ///< "displayString", as HTML with what was typed in bold
+        DisplayStringRole = 1, ///< "displayString", as HTML with what was typed in bold; see data()
     };
 
     /// An empty model, which looks for nothing until a property is set.
@@ -70,7 +70,8 @@ public:
 
     /// count(); 0 below a row.
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
-    /// A QString for the two roles; invalid for any other and outside the list.
+    /// A QString for the two roles; invalid for any other and outside the list. What was typed is
+    /// marked in the HTML as it stands, its entities included: "m" marks the middle of "&amp;" too.
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     /// The names of both roles, the same for all models.
     QHash<int, QByteArray> roleNames() const override;

@@ -3,6 +3,8 @@
 
 #include "query/manifestbooleanfield.h"
 
+#include "query/inturn.h"
+
 namespace nk::pm {
 
 ManifestBooleanField::ManifestBooleanField(QObject *parent)
@@ -16,8 +18,8 @@ void ManifestBooleanField::setDefaultValue(bool value)
     if (m_defaultValue == value)
         return;
     m_defaultValue = value;
-    Q_EMIT defaultValueChanged();
-    Q_EMIT updateRequested();
+    callInTurn(
+        this, &ManifestBooleanField::defaultValueChanged, &ManifestBooleanField::updateRequested);
 }
 
 QVariant ManifestBooleanField::convert(const QJsonValue &value, const PackageNode *node)

@@ -4,6 +4,7 @@
 #include "query/manifestfield.h"
 
 #include "index/packageindexnode.h"
+#include "query/inturn.h"
 
 namespace nk::pm {
 
@@ -18,8 +19,7 @@ void ManifestField::setName(const QString &name)
     if (m_name == name)
         return;
     m_name = name;
-    Q_EMIT nameChanged();
-    Q_EMIT updateRequested();
+    callInTurn(this, &ManifestField::nameChanged, &ManifestField::updateRequested);
 }
 
 QVariant ManifestField::read(const PackageNode *node)

@@ -9,8 +9,9 @@
 
 namespace nk::pm {
 
-ManifestFieldList::ManifestFieldList(QObject *owner)
+ManifestFieldList::ManifestFieldList(QObject *owner, const std::function<void()> &process)
     : m_owner(owner)
+    , m_process(process)
 {}
 
 void ManifestFieldList::append(ManifestField *field)
@@ -27,10 +28,18 @@ void ManifestFieldList::clear()
         return;
     for (ManifestField *field : qAsConst(m_fields)) {
         if (field)
-            QObject::disconnect(field, nullptr, m_owner, nullptr);
+            QObject::disconnect(field, nullptr, &m_context, nullptr);
     }
     m_fields.clear();
     scheduleChange();
+}
+
+void ManifestFieldList::listen(const std::function<void()> &function)
+{
+    for (ManifestField *field : qAsConst(m_fields)) {
+        if (field)
+            QObject::connect(field, &ManifestField::updateRequested, &m_context, function);
+    }
 }
 
 bool ManifestFieldList::takeChange()
@@ -43,7 +52,7 @@ void ManifestFieldList::scheduleChange()
     if (m_changePending)
         return;
     m_changePending = true;
-    QMetaObject::invokeMethod(m_owner, "processFieldChange", Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&m_context, m_process, Qt::QueuedConnection);
 }
 
 } // namespace nk::pm

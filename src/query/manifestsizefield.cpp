@@ -3,6 +3,8 @@
 
 #include "query/manifestsizefield.h"
 
+#include "query/inturn.h"
+
 #include <QJsonArray>
 
 namespace nk::pm {
@@ -19,8 +21,7 @@ void ManifestSizeField::setDefaultValue(const QSizeF &value)
         && qFuzzyCompare(m_defaultValue.height(), value.height()))
         return;
     m_defaultValue = value;
-    Q_EMIT defaultValueChanged();
-    Q_EMIT updateRequested();
+    callInTurn(this, &ManifestSizeField::defaultValueChanged, &ManifestSizeField::updateRequested);
 }
 
 QVariant ManifestSizeField::convert(const QJsonValue &value, const PackageNode *node)

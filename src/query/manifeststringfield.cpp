@@ -3,6 +3,8 @@
 
 #include "query/manifeststringfield.h"
 
+#include "query/inturn.h"
+
 #include <QCoreApplication>
 
 namespace nk::pm {
@@ -18,8 +20,8 @@ void ManifestStringField::setDefaultValue(const QString &value)
     if (m_defaultValue == value)
         return;
     m_defaultValue = value;
-    Q_EMIT defaultValueChanged();
-    Q_EMIT updateRequested();
+    callInTurn(
+        this, &ManifestStringField::defaultValueChanged, &ManifestStringField::updateRequested);
 }
 
 QVariant ManifestStringField::convert(const QJsonValue &value, const PackageNode *node)

@@ -4,6 +4,7 @@
 #include "query/matcheskeywordsearch.h"
 
 #include "index/packageindexnode.h"
+#include "query/inturn.h"
 #include "query/keywordmatch.h"
 
 namespace nk::pm {
@@ -35,8 +36,8 @@ void MatchesKeywordSearch::setMatchMode(MatchMode mode)
     if (d->matchMode == mode)
         return;
     d->matchMode = mode;
-    Q_EMIT matchModeChanged();
-    Q_EMIT updateRequested();
+    callInTurn(
+        this, &MatchesKeywordSearch::matchModeChanged, &MatchesKeywordSearch::updateRequested);
 }
 
 QString MatchesKeywordSearch::searchString() const
@@ -49,8 +50,8 @@ void MatchesKeywordSearch::setSearchString(const QString &search)
     if (d->searchString == search)
         return;
     d->searchString = search;
-    Q_EMIT searchStringChanged();
-    Q_EMIT updateRequested();
+    callInTurn(
+        this, &MatchesKeywordSearch::searchStringChanged, &MatchesKeywordSearch::updateRequested);
 }
 
 std::function<bool(PackageNode *)> MatchesKeywordSearch::matchFunction()

@@ -3,10 +3,14 @@
 
 #include "query/packagedata.h"
 
+#include "index/packageindex.h"
+#include "query/inturn.h"
 #include "query/listproperty.h"
 #include "query/manifestfieldlist.h"
 #include "query/packagemanifestdata.h"
 #include "query/watchedpointer.h"
+
+#include <QPointer>
 
 namespace nk::pm {
 
@@ -16,31 +20,53 @@ struct PackageDataPrivate
     WatchedPointer<PackageReference> packageReference;
     PackageManifestData *manifest;
     ManifestFieldList manifestFields;
+    int runs = 0; ///< of updateMap()
 
     explicit PackageDataPrivate(PackageData *data)
         : q(data)
         , manifest(new PackageManifestData(data))
-        , manifestFields(data)
+        , manifestFields(data, [data] { data->processFieldChange(); })
     {}
 
     void updateMap();
+    bool set(const QString &key, const QVariant &value);
 };
 
+// Each change of a value is told at once, and who hears it may change what the other values are
+// read from, which makes a later run of this, or destroy it.
 void PackageDataPrivate::updateMap()
 {
     const PackageReference *reference = packageReference.get();
     const bool installed = reference && reference->status() == PackageReference::Installed;
-    const PackageNode *node = reference ? reference->node() : nullptr;
+    const auto index = reference ? reference->packageIndex() : QSharedPointer<PackageIndex>();
+    const PackageNode *node = reference ? reference->node() : nullptr; // held by the index
     QStringList stale = manifest->keys();
-    for (ManifestField *field : manifestFields.fields()) {
+    const auto fields = manifestFields.fields();
+    ++runs;
+    for (ManifestField *field : fields) {
         if (!field)
             continue;
         stale.removeAll(field->name());
         const bool tooEarly = !installed && field->isStatusDependent();
-        manifest->insert(field->name(), field->read(tooEarly ? nullptr : node));
+        if (!set(field->name(), field->read(tooEarly ? nullptr : node)))
+            return;
     }
-    for (const QString &key : qAsConst(stale))
+    for (const QString &key : qAsConst(stale)) {
+        if (!set(key, QVariant()))
+            return;
+    }
+}
+
+/// False if a later run has begun, or all is gone.
+bool PackageDataPrivate::set(const QString &key, const QVariant &value)
+{
+    const QPointer<PackageData> guard(q);
+    const int run = runs;
+    if (value.isValid())
+        manifest->insert(key, value);
+    else
         manifest->clear(key);
+    return guard && run == runs;
 }
 
 PackageData::PackageData(QObject *parent)
@@ -57,14 +83,11 @@ PackageReference *PackageData::packageReference() const
 
 void PackageData::setPackageReference(PackageReference *reference)
 {
-    if (!d->packageReference.replace(reference, this))
+    if (!d->packageReference.replace(reference))
         return;
-    if (reference) {
-        connect(reference, &PackageReference::statusChanged, this, &PackageData::update);
-        connect(reference, &PackageReference::updated, this, &PackageData::update);
-    }
-    Q_EMIT packageReferenceChanged();
-    d->updateMap();
+    d->packageReference.connect(&PackageReference::statusChanged, [this] { update(); });
+    d->packageReference.connect(&PackageReference::updated, [this] { update(); });
+    callInTurn(this, &PackageData::packageReferenceChanged, &PackageData::update);
 }
 
 QQmlListProperty<ManifestField> PackageData::manifestFields()
@@ -90,10 +113,7 @@ void PackageData::componentComplete()
 void PackageData::processFieldChange()
 {
     d->manifestFields.takeChange();
-    for (const ManifestField *field : d->manifestFields.fields()) {
-        if (field)
-            connect(field, &ManifestField::updateRequested, this, &PackageData::update);
-    }
+    d->manifestFields.listen([this] { update(); });
     d->updateMap();
 }
 

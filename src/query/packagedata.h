@@ -75,6 +75,7 @@ private Q_SLOTS:
     void update();
 
 private:
+    friend struct PackageDataPrivate;
     QScopedPointer<PackageDataPrivate> d;
 };
 

@@ -5,12 +5,14 @@
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
+#include "query/inturn.h"
 #include "query/listproperty.h"
 #include "query/manifestfieldlist.h"
 #include "query/providerconnection.h"
 #include "query/rowchanges.h"
 
 #include <QFutureWatcher>
+#include <QPointer>
 #include <QTimer>
 #include <QtConcurrent>
 
@@ -37,6 +39,11 @@ struct Query
     int maximumEdits;
 };
 
+/// Listeners hear of each change, and one may run an event loop or set a property. The rows that
+/// edits were computed from are let alone while Editing, but for a clear, which makes the rest of
+/// the edits do nothing; while Changing, between the begin and the end of one change, all is.
+enum class Phase { Idle, Editing, Changing };
+
 } // namespace
 
 struct PackageListModelPrivate
@@ -44,7 +51,7 @@ struct PackageListModelPrivate
     PackageListModel *q;
     ProviderConnection connection;
     QString packageType;
-    QFutureWatcher<Edits> *watcher;
+    QFutureWatcher<QSharedPointer<Edits>> *watcher;
     PackageList list;
     QTimer *updateTimer;
     ManifestFieldList manifestFields;
@@ -53,6 +60,8 @@ struct PackageListModelPrivate
     WatchedPointer<PackageSorter> sorter;
     bool resetWhenStuck = false;
     int maximumEdits = 0;
+    Phase phase = Phase::Idle;
+    QObject context; ///< of what calls back
 
     explicit PackageListModelPrivate(PackageListModel *model);
 
@@ -70,9 +79,9 @@ struct PackageListModelPrivate
 
 PackageListModelPrivate::PackageListModelPrivate(PackageListModel *model)
     : q(model)
-    , watcher(new QFutureWatcher<Edits>(model))
+    , watcher(new QFutureWatcher<QSharedPointer<Edits>>(model))
     , updateTimer(new QTimer(model))
-    , manifestFields(model)
+    , manifestFields(model, [model] { model->processFieldChange(); })
 {
     updateTimer->setInterval(updateDelay);
     updateTimer->setSingleShot(true);
@@ -91,8 +100,13 @@ void PackageListModelPrivate::clearList()
 
 void PackageListModelPrivate::reset(const PackageList &newList)
 {
+    const QPointer<PackageListModel> guard(q);
+    const Phase before = std::exchange(phase, Phase::Changing);
     q->beginResetModel();
+    if (!guard)
+        return;
     list = newList;
+    phase = before;
     q->endResetModel();
 }
 
@@ -100,8 +114,10 @@ void PackageListModelPrivate::apply(const RemoveRows &change)
 {
     if (change.first < 0 || change.last >= list.size())
         return;
+    phase = Phase::Changing;
     q->beginRemoveRows(QModelIndex(), change.first, change.last);
     list.list().remove(change.first, change.last - change.first + 1);
+    phase = Phase::Editing;
     q->endRemoveRows();
 }
 
@@ -110,10 +126,12 @@ void PackageListModelPrivate::apply(const InsertRows &change)
     if (change.first > list.size())
         return;
     const int count = change.rows.size();
+    phase = Phase::Changing;
     q->beginInsertRows(QModelIndex(), change.first, change.first + count - 1);
     QVector<PackageNode *> &rows = list.list();
     rows.insert(change.first, count, nullptr);
     std::copy(change.rows.begin(), change.rows.end(), rows.begin() + change.first);
+    phase = Phase::Editing;
     q->endInsertRows();
 }
 
@@ -122,8 +140,10 @@ void PackageListModelPrivate::apply(const MoveRow &change)
     const auto [from, to] = change;
     if (from >= list.size() || to >= list.size())
         return;
+    phase = Phase::Changing;
     q->beginMoveRows(QModelIndex(), from, from, QModelIndex(), to > from ? to + 1 : to);
     list.list().move(from, to);
+    phase = Phase::Editing;
     q->endMoveRows();
 }
 
@@ -158,8 +178,8 @@ PackageListModel::PackageListModel(QAbstractListModel *parent)
     : QAbstractListModel(parent)
     , d(new PackageListModelPrivate(this))
 {
-    connect(d->watcher, &QFutureWatcherBase::finished, this, &PackageListModel::finishListUpdate);
-    connect(d->updateTimer, &QTimer::timeout, this, &PackageListModel::updateList);
+    connect(d->watcher, &QFutureWatcherBase::finished, &d->context, [this] { finishListUpdate(); });
+    connect(d->updateTimer, &QTimer::timeout, &d->context, [this] { updateList(); });
 }
 
 PackageListModel::~PackageListModel() = default;
@@ -171,10 +191,8 @@ QObject *PackageListModel::packageProvider() const
 
 void PackageListModel::setPackageProvider(QObject *provider)
 {
-    if (!d->connection.follow(provider, this, &PackageListModel::scheduleUpdate))
-        return;
-    updateList();
-    Q_EMIT packageProviderChanged();
+    if (d->connection.follow(provider, [this] { scheduleUpdate(); }))
+        callInTurn(this, &PackageListModel::updateList, &PackageListModel::packageProviderChanged);
 }
 
 QString PackageListModel::packageType() const
@@ -187,8 +205,8 @@ void PackageListModel::setPackageType(const QString &type)
     if (d->packageType == type)
         return;
     d->packageType = type;
-    Q_EMIT packageTypeChanged();
     scheduleUpdate();
+    Q_EMIT packageTypeChanged();
 }
 
 QQmlListProperty<ManifestField> PackageListModel::manifestFields()
@@ -203,10 +221,10 @@ PackageMatcher *PackageListModel::matcher() const
 
 void PackageListModel::setMatcher(PackageMatcher *matcher)
 {
-    if (!d->matcher.replace(matcher, this))
+    if (!d->matcher.replace(matcher))
         return;
-    if (matcher)
-        connect(matcher, &PackageMatcher::updateRequested, this, &PackageListModel::scheduleUpdate);
+    d->matcher.connect(&PackageMatcher::updateRequested, [this] { scheduleUpdate(); });
+    d->matcher.connect(&QObject::destroyed, [this] { scheduleUpdate(); });
     scheduleUpdate();
 }
 
@@ -217,10 +235,10 @@ PackageSorter *PackageListModel::sorter() const
 
 void PackageListModel::setSorter(PackageSorter *sorter)
 {
-    if (!d->sorter.replace(sorter, this))
+    if (!d->sorter.replace(sorter))
         return;
-    if (sorter)
-        connect(sorter, &PackageSorter::updateRequested, this, &PackageListModel::scheduleUpdate);
+    d->sorter.connect(&PackageSorter::updateRequested, [this] { scheduleUpdate(); });
+    d->sorter.connect(&QObject::destroyed, [this] { scheduleUpdate(); });
     scheduleUpdate();
 }
 
@@ -239,8 +257,8 @@ void PackageListModel::setResetWhenStuck(bool reset)
     if (d->resetWhenStuck == reset)
         return;
     d->resetWhenStuck = reset;
-    Q_EMIT resetWhenStuckChanged();
     scheduleUpdate();
+    Q_EMIT resetWhenStuckChanged();
 }
 
 int PackageListModel::maximumEdits() const
@@ -315,6 +333,10 @@ void PackageListModel::scheduleUpdate()
 void PackageListModel::updateList()
 {
     const QSharedPointer<PackageIndex> index = d->connection.packageIndex();
+    if (d->phase == Phase::Changing || (index && d->phase == Phase::Editing)) {
+        scheduleUpdate();
+        return;
+    }
     if (!index) {
         d->clearList();
         return;
@@ -324,30 +346,54 @@ void PackageListModel::updateList()
         query.matcher = matcher->matchFunction();
     if (PackageSorter *sorter = d->sorter.get())
         query.sorter = sorter->sortFunction();
-    d->watcher->setFuture(QtConcurrent::run(&PackageListModelPrivate::findEdits, d.data(), query));
+    d->watcher->setFuture(QtConcurrent::run([d = d.data(), query] {
+        return QSharedPointer<Edits>::create(PackageListModelPrivate::findEdits(d, query));
+    }));
 }
 
 void PackageListModel::finishListUpdate()
 {
+    // Emptied, since the watcher keeps the result, and edits hold an index.
+    const Edits edits = std::exchange(*d->watcher->result(), {});
+    if (d->phase != Phase::Idle) {
+        scheduleUpdate();
+        return;
+    }
+    const QPointer<PackageListModel> guard(this);
     const int rowCountBefore = rowCount();
-    const Edits edits = d->watcher->result();
-    for (const auto &edit : edits)
+    for (const auto &edit : edits) {
+        d->phase = Phase::Editing;
         edit();
+        if (!guard)
+            return;
+    }
+    d->phase = Phase::Idle;
     if (rowCount() != rowCountBefore)
         Q_EMIT countChanged();
 }
 
 void PackageListModel::processFieldChange()
 {
+    if (d->phase == Phase::Changing) {
+        QTimer::singleShot(updateDelay, &d->context, [this] { processFieldChange(); });
+        return;
+    }
     if (!d->manifestFields.takeChange())
         return;
+    const QPointer<PackageListModel> guard(this);
+    const auto before = std::exchange(d->phase, Phase::Changing);
     beginResetModel();
+    if (!guard)
+        return;
     d->roles = {{IdRole, QByteArrayLiteral("id")}};
     for (int i = 0; i < d->manifestFields.count(); ++i) {
         if (const ManifestField *field = d->manifestFields.at(i))
             d->roles.insert(FirstFieldRole + i, field->name().toLatin1());
     }
     Q_EMIT manifestFieldsChanged();
+    if (!guard)
+        return;
+    d->phase = before;
     endResetModel();
 }
 

@@ -19,21 +19,18 @@ namespace nk::pm {
 
 struct PackageListModelPrivate;
 
-/// The packages of one type, filtered by a matcher, ordered by a sorter, with a role per declared
-/// manifest field.
-///
+/// The packages of one type, filtered, ordered, with a role per declared manifest field.
 /// Selecting, sorting and comparing with the rows on screen happens on the global thread pool, 30
 /// ms after the last change that asks for it. A new index resets the model; another filter or order
-/// within one index becomes row removals, insertions and moves. Role values are read from the
-/// package at each data() call, and no dataChanged() tells of an install. GUI thread. None of the
-/// objects set or declared is owned, and each may die before the model.
+/// becomes row removals, insertions and moves. Values are read at each data() call; no
+/// dataChanged() tells of an install. GUI thread. No object set or declared is owned; each may die
+/// at any time.
 class NK_PM_EXPORT PackageListModel : public QAbstractListModel, public QQmlParserStatus
 {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
     Q_CLASSINFO("DefaultProperty", "manifestFields")
-    /// An object that implements IPackageProvider; any other is logged and then is the same as
-    /// null. Without one there are no rows.
+    /// An IPackageProvider; any other object is logged and taken for null, which gives no rows.
     Q_PROPERTY(QObject *packageProvider READ packageProvider WRITE setPackageProvider NOTIFY
                    packageProviderChanged)
     /// Packages of this type and its sub-types are shown; of all types if it is empty.
@@ -47,13 +44,12 @@ class NK_PM_EXPORT PackageListModel : public QAbstractListModel, public QQmlPars
     Q_PROPERTY(nk::pm::PackageSorter *sorter READ sorter WRITE setSorter NOTIFY sorterChanged)
     /// The number of rows as views see them, which lags behind the other properties.
     Q_PROPERTY(int count READ count NOTIFY countChanged)
-    /// A list can't be reordered by moves when a row that wasn't at the top has to go there. By
-    /// default its rows then stay as they are until the next reset; with this switched on the model
-    /// is reset to the new list instead.
+    /// Moves can't bring a row to the top. If one has to go there, the rows stay as they are until
+    /// the next reset; with this switched on the model is reset to the new list instead.
     Q_PROPERTY(bool resetWhenStuck READ resetWhenStuck WRITE setResetWhenStuck NOTIFY
                    resetWhenStuckChanged)
-    /// An update that takes more row changes than this is told as one reset instead: views need
-    /// some microseconds for each change, on the GUI thread. 0, the default, is no limit.
+    /// An update of more row changes than this, which cost views some microseconds each, is told as
+    /// one reset instead. 0, the default, is no limit.
     Q_PROPERTY(int maximumEdits READ maximumEdits WRITE setMaximumEdits NOTIFY maximumEditsChanged)
 
 public:
@@ -67,7 +63,7 @@ public:
     explicit PackageListModel(QAbstractListModel *parent = nullptr);
     ~PackageListModel() override;
 
-    /// Null also once the provider was destroyed; its repository is followed on, and the rows stay.
+    /// Null also once the provider was destroyed; its repository is followed on, and rows stay.
     QObject *packageProvider() const;
     /// The one setter that starts the update at once, without the delay.
     void setPackageProvider(QObject *provider);
@@ -80,12 +76,12 @@ public:
     /// For QML. A change of the list makes new roles in the next turn of the event loop.
     QQmlListProperty<nk::pm::ManifestField> manifestFields();
 
-    /// Null also once the matcher was destroyed; the rows stay until the next update.
+    /// Null also once the matcher was destroyed, which counts as a change of it.
     PackageMatcher *matcher() const;
     /// From now on the rows follow its updateRequested(). matcherChanged() isn't emitted.
     void setMatcher(PackageMatcher *matcher);
 
-    /// Null also once the sorter was destroyed; the rows stay until the next update.
+    /// Null also once the sorter was destroyed, which counts as a change of it.
     PackageSorter *sorter() const;
     /// From now on the rows follow its updateRequested(). sorterChanged() isn't emitted.
     void setSorter(PackageSorter *sorter);
@@ -112,8 +108,7 @@ public:
 
     /// count(); 0 below a row.
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
-    /// The identifier as a QString, or what the role's field reads now: nothing is cached here.
-    /// Invalid for any other role and outside the list.
+    /// The identifier as a QString, or what the role's field reads; else, and outside, invalid.
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     /// "id" and the fields' names, in Latin-1, as they were when the list of fields last changed.
     QHash<int, QByteArray> roleNames() const override;
@@ -134,12 +129,11 @@ Q_SIGNALS:
     void matcherChanged();
     /// Never emitted.
     void sorterChanged();
-    /// After an update's last row change. Not emitted when the rows go because there is no provider
-    /// or no index any more.
+    /// After an update's last row change; not when rows go because provider or index has gone.
     void countChanged();
     /// From within the setter.
     void resetWhenStuckChanged();
-    /// From within the setter; the limit holds from the next update on.
+    /// From within the setter.
     void maximumEditsChanged();
 
 private Q_SLOTS:
@@ -149,7 +143,6 @@ private Q_SLOTS:
 
 private:
     void updateList();
-
     friend struct PackageListModelPrivate;
     QScopedPointer<PackageListModelPrivate> d;
 };

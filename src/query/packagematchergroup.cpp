@@ -3,6 +3,7 @@
 
 #include "query/packagematchergroup.h"
 
+#include "query/inturn.h"
 #include "query/listproperty.h"
 
 #include <QMetaObject>
@@ -16,9 +17,13 @@ namespace nk::pm {
 
 struct PackageMatcherGroupPrivate
 {
+    explicit PackageMatcherGroupPrivate(PackageMatcherGroup *group)
+        : q(group)
+    {}
+
     PackageMatcherGroup *q;
     bool notifyPending = false;
-    QList<PackageMatcher *> matchers{};
+    QList<PackageMatcher *> matchers;
     PackageMatcherGroup::MatchRequirement matchRequirement = PackageMatcherGroup::MatchAll;
 
     void append(PackageMatcher *matcher) { q->addMatcher(matcher); }
@@ -28,12 +33,14 @@ struct PackageMatcherGroupPrivate
 
     /// Whether \a matcher is this group or sends its signal here on any way.
     bool reaches(const PackageMatcher *matcher) const;
+    void listenTo(PackageMatcher *matcher);
     void forget(PackageMatcher *matcher);
     void scheduleNotification();
 
     /// Whose updateRequested() comes here: the members, and former ones that clear() left
     /// connected.
-    QSet<PackageMatcher *> senders{};
+    QSet<PackageMatcher *> senders;
+    QObject context; ///< of what calls back
 };
 
 void PackageMatcherGroupPrivate::clear()
@@ -52,6 +59,17 @@ bool PackageMatcherGroupPrivate::reaches(const PackageMatcher *matcher) const
            });
 }
 
+void PackageMatcherGroupPrivate::listenTo(PackageMatcher *matcher)
+{
+    if (senders.contains(matcher))
+        return;
+    senders.insert(matcher);
+    QObject::connect(matcher, &PackageMatcher::updateRequested, &context, [this] {
+        Q_EMIT q->updateRequested();
+    });
+    QObject::connect(matcher, &QObject::destroyed, &context, [this, matcher] { forget(matcher); });
+}
+
 void PackageMatcherGroupPrivate::forget(PackageMatcher *matcher)
 {
     senders.remove(matcher);
@@ -64,12 +82,13 @@ void PackageMatcherGroupPrivate::scheduleNotification()
     if (notifyPending)
         return;
     notifyPending = true;
-    QMetaObject::invokeMethod(q, "notifyMatcherChange", Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &context, [this] { q->notifyMatcherChange(); }, Qt::QueuedConnection);
 }
 
 PackageMatcherGroup::PackageMatcherGroup(QObject *parent)
     : PackageMatcher(parent)
-    , d(new PackageMatcherGroupPrivate{this})
+    , d(new PackageMatcherGroupPrivate(this))
 {}
 
 PackageMatcherGroup::~PackageMatcherGroup() = default;
@@ -84,8 +103,8 @@ void PackageMatcherGroup::setMatchRequirement(MatchRequirement requirement)
     if (d->matchRequirement == requirement)
         return;
     d->matchRequirement = requirement;
-    Q_EMIT matchRequirementChanged();
-    Q_EMIT updateRequested();
+    callInTurn(
+        this, &PackageMatcherGroup::matchRequirementChanged, &PackageMatcherGroup::updateRequested);
 }
 
 QQmlListProperty<PackageMatcher> PackageMatcherGroup::matchers()
@@ -103,13 +122,12 @@ void PackageMatcherGroup::addMatcher(PackageMatcher *matcher)
         return;
     const auto *group = qobject_cast<PackageMatcherGroup *>(matcher);
     if (group && group->d->reaches(this)) {
-        qmlWarning(this) << "a matcher group can't be a member of itself";
+        qmlWarning(this)
+            << "a matcher group can't be a member of itself, nor of a group that it hears";
         return;
     }
     d->matchers.append(matcher);
-    d->senders.insert(matcher);
-    connect(matcher, &PackageMatcher::updateRequested, this, &PackageMatcher::updateRequested);
-    connect(matcher, &QObject::destroyed, this, [this, matcher] { d->forget(matcher); });
+    d->listenTo(matcher);
     d->scheduleNotification();
 }
 
@@ -118,7 +136,7 @@ void PackageMatcherGroup::removeMatcher(PackageMatcher *matcher)
     if (!d->matchers.removeOne(matcher))
         return;
     d->senders.remove(matcher);
-    disconnect(matcher, nullptr, this, nullptr);
+    disconnect(matcher, nullptr, &d->context, nullptr);
     d->scheduleNotification();
 }
 
@@ -147,8 +165,7 @@ std::function<bool(PackageNode *)> PackageMatcherGroup::matchFunction()
 void PackageMatcherGroup::notifyMatcherChange()
 {
     d->notifyPending = false;
-    Q_EMIT matchersChanged();
-    Q_EMIT updateRequested();
+    callInTurn(this, &PackageMatcherGroup::matchersChanged, &PackageMatcherGroup::updateRequested);
 }
 
 } // namespace nk::pm

@@ -51,7 +51,8 @@ public:
     QQmlListProperty<nk::pm::PackageMatcher> matchers();
 
     /// Appends \a matcher. A member already there is left where it is. Null, and a group that holds
-    /// this one, are refused with a warning.
+    /// this one or still forwards its signal as that of a former member, are refused with a
+    /// warning.
     Q_INVOKABLE void addMatcher(nk::pm::PackageMatcher *matcher);
     /// Removes \a matcher and disconnects it. One that is no member is ignored.
     Q_INVOKABLE void removeMatcher(nk::pm::PackageMatcher *matcher);

@@ -4,30 +4,28 @@
 #include "query/providerconnection.h"
 
 #include "index/packageindex.h"
+#include "references/logging.h"
 #include "repository/ipackageprovider.h"
 
 #include <QDebug>
-#include <QLoggingCategory>
 
 namespace nk::pm {
 
-namespace {
-Q_LOGGING_CATEGORY(lcPackages, "norvak.packages", QtInfoMsg)
-} // namespace
-
 QSharedPointer<PackageIndex> ProviderConnection::packageIndex() const
 {
-    return m_repository ? m_repository->packageIndex() : QSharedPointer<PackageIndex>();
+    const PackageRepository *repository = m_repository.get();
+    return repository ? repository->packageIndex() : QSharedPointer<PackageIndex>();
 }
 
 void ProviderConnection::assign(QObject *provider)
 {
-    auto *interface = qobject_cast<IPackageProvider *>(provider);
-    if (provider && !interface)
+    auto *implementation = qobject_cast<IPackageProvider *>(provider);
+    if (provider && !implementation)
         qCCritical(lcPackages) << "Object" << provider
                                << "does not implement the IPackageProvider interface";
-    m_provider.assign(interface ? provider : nullptr);
-    m_repository = interface ? interface->packageRepository() : nullptr;
+    m_provider.replace(implementation ? provider : nullptr);
+    m_repository.replace(nullptr); // the other provider's may be the same
+    m_repository.replace(implementation ? implementation->packageRepository() : nullptr);
 }
 
 } // namespace nk::pm

@@ -86,7 +86,13 @@ PackageServer::PackageServer(nk::account::Service *service, QObject *parent)
     startTimer(tickInterval, Qt::CoarseTimer);
 }
 
-PackageServer::~PackageServer() = default;
+// Nothing leads back here while ~QObject() tells of the end.
+PackageServer::~PackageServer()
+{
+    delete d->poll;
+    if (d->service)
+        d->service->disconnect(this);
+}
 
 int PackageServer::priority() const
 {

@@ -6,6 +6,7 @@
 #include "index/packageindexnode.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <QTest>
 #include <QThreadPool>
 #include <QTimer>
@@ -41,9 +42,9 @@ QString ids(const QAbstractItemModel &model)
 
 void settle(QObject &model)
 {
-    QCoreApplication::processEvents(); // a queued update
-    if (auto *timer = model.findChild<QTimer *>())
-        QTRY_VERIFY(!timer->isActive());
+    const QPointer<QTimer> timer = model.findChild<QTimer *>(); // which may go on the way
+    QCoreApplication::processEvents();                          // a queued update
+    QVERIFY(QTest::qWaitFor([&timer] { return !timer || !timer->isActive(); }));
     QThreadPool::globalInstance()->waitForDone();
     QCoreApplication::processEvents();
 }

@@ -274,6 +274,9 @@ void TestMatchers::groupClearKeepsForwarding()
     member.setKeywordId("a");
     QCOMPARE(updates.count(), 1);
     QVERIFY(!group.matchFunction());
+    group.addMatcher(&member); // as a binding does that is evaluated again
+    member.setKeywordId("b");
+    QCOMPARE(updates.count(), 2);
 }
 
 void TestMatchers::groupRefusesNullAndItself()

@@ -470,12 +470,14 @@ void TestPackageListModel::repositoryDiesFirst()
 {
     Fixture f;
     f.show();
+    const QWeakPointer<PackageIndex> index = f.provider->repository->packageIndex();
     delete f.provider->repository;
     QCOMPARE(ids(f.model), QString("a b c d e f")); // the rows hold their index
     QCOMPARE(f.model.manifestField(0, "rank"), QJsonValue(1));
     f.model.setPackageType("other");
     f.settled();
     QCOMPARE(f.model.count(), 0);
+    QVERIFY(index.isNull());
 }
 
 QTEST_GUILESS_MAIN(TestPackageListModel)

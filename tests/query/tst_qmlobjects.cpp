@@ -34,7 +34,7 @@ class TestQmlObjects : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { registerQmlTypes(); }
+    void initTestCase() { registerQmlTypes("Norvak.Packages"); }
     void init();
     void cleanup();
     void declaredModel();

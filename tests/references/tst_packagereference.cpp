@@ -5,7 +5,6 @@
 #include "index/packageindexnode.h"
 #include "referencescene.h"
 #include "sources/localpackagesource.h"
-#include "support/columns.h"
 #include "support/scopeddatalocation.h"
 #include "support/testfiles.h"
 
@@ -13,9 +12,6 @@
 
 using namespace nk::pm;
 using namespace nk::pm::test;
-
-using Signal = void (PackageReference::*)();
-Q_DECLARE_METATYPE(Signal)
 
 namespace {
 
@@ -53,8 +49,6 @@ private Q_SLOTS:
     void updateKeepsTheInstallationUntilReady();
     void updateToAReplacedIndexIsDropped();
     void updateOfALostPackage();
-    void destroyedByAListener_data();
-    void destroyedByAListener();
     void installsFromDiskWithRequirements();
 };
 
@@ -181,40 +175,6 @@ void PackageReferenceTest::updateOfALostPackage()
     QVERIFY(scene.publish());
     QCOMPARE(scene.log, (QStringList{"Unavailable", "type "}));
     QCOMPARE(reference->node(), nullptr);
-}
-
-void PackageReferenceTest::destroyedByAListener_data()
-{
-    Columns<Signal>("signal")
-        .row("type", &PackageReference::typeChanged)
-        .row("status", &PackageReference::statusChanged)
-        .row("updated", &PackageReference::updated);
-}
-
-void PackageReferenceTest::destroyedByAListener()
-{
-    QFETCH(Signal, signal);
-    MemorySource source;
-    auto repository = std::make_unique<PackageRepository>(PackageRepository::DoNotPersistSources);
-    repository->addSource(&source);
-    connect(repository.get(), &PackageRepository::packageIndexChanged, this, [&repository] {
-        QMetaObject::invokeMethod(repository->packageReference("p"), "update");
-    });
-    const PackageReference *reference = repository->packageReference("p");
-    QSignalSpy spy(reference, signal);
-    connect(reference, signal, this, [&repository] { repository.reset(); });
-    for (int i = 0; repository && i < 10; ++i) {
-        source.catalogue = MemoryCatalogue().package("p", QString::number(i));
-        source.log().installers.clear();
-        source.publish();
-        const auto isAlive = [](const auto &installer) { return !installer.isNull(); };
-        const auto &installers = source.log().installers;
-        QTRY_VERIFY(!repository || std::any_of(installers.begin(), installers.end(), isAlive));
-        if (repository)
-            (*std::find_if(installers.begin(), installers.end(), isAlive))->succeed();
-    }
-    QVERIFY(!repository);
-    QCOMPARE(spy.count(), 1);
 }
 
 void PackageReferenceTest::installsFromDiskWithRequirements()

@@ -123,9 +123,7 @@ private Q_SLOTS:
     void onlyTheNewestBuildIsSeen();
     void sourcesRefreshAtMostOnceInTwoMinutes();
     void sourceMayLeaveWhileItIsAsked();
-    void sourcesMayGoWithTheRepository();
     void mayBeDestroyedDuringABuild();
-    void mayBeDestroyedByItsListener();
     void indexIsReadFromThreadsDuringUpdates();
 };
 
@@ -316,19 +314,6 @@ void PackageRepositoryTest::sourceMayLeaveWhileItIsAsked()
     QCOMPARE(log, (QStringList{"update first", "update second", "update last"}));
 }
 
-void PackageRepositoryTest::sourcesMayGoWithTheRepository()
-{
-    auto source = std::make_unique<MemorySource>();
-    auto repository = std::make_unique<PackageRepository>(PackageRepository::DoNotPersistSources);
-    repository->addSource(source.get());
-    connect(repository.get(), &QObject::destroyed, this, [&source] {
-        source->publish();
-        source.reset();
-    });
-    repository.reset();
-    QVERIFY(!source);
-}
-
 void PackageRepositoryTest::mayBeDestroyedDuringABuild()
 {
     MemorySource source;
@@ -345,19 +330,6 @@ void PackageRepositoryTest::mayBeDestroyedDuringABuild()
     QCOMPARE(source.persistCount, 0);
     // Nobody holds the unseen index any more.
     QVERIFY(gate->gone.tryAcquire());
-}
-
-void PackageRepositoryTest::mayBeDestroyedByItsListener()
-{
-    MemorySource source;
-    source.catalogue.package("p");
-    auto repository = std::make_unique<PackageRepository>(PackageRepository::DoNotPersistSources);
-    repository->packageReference("p");
-    connect(repository.get(), &PackageRepository::packageIndexChanged, this, [&repository] {
-        repository.reset();
-    });
-    repository->addSource(&source);
-    QTRY_VERIFY(!repository);
 }
 
 void PackageRepositoryTest::indexIsReadFromThreadsDuringUpdates()

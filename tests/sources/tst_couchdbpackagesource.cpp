@@ -141,7 +141,6 @@ private Q_SLOTS:
     void persistsUnderTheETag();
     void persistsNoUnsafeName();
     void remembersWhichContentIsTheNewest();
-    void listenersMayDoAsTheyLike();
     void leavesOutConditionsThatAreRefused();
     void boundsWhatItKeeps();
     void newPollOvertakesTheOld();
@@ -258,35 +257,6 @@ void TestCouchDBPackageSource::remembersWhichContentIsTheNewest()
     }
     CouchDBPackageSource restarted(database.url(), nullptr);
     QCOMPARE(packages(restarted), QStringList{"a"});
-}
-
-void TestCouchDBPackageSource::listenersMayDoAsTheyLike()
-{
-    using Listener = std::function<void(CouchDBPackageSource *, QNetworkAccessManager *)>;
-    const Listener pollsAgain = [](auto *source, auto *) { source->update(); };
-    const Listener waitsForTheNext = [](auto *source, auto *) {
-        source->update();
-        QSignalSpy(source, &PackageSource::updateRequired).wait();
-    };
-    const Listener takesTheNetwork = [](auto *, auto *manager) { delete manager; };
-    const Listener deletesTheSource = [](auto *source, auto *) { delete source; };
-    for (const auto &listener : {pollsAgain, waitsForTheNext, takesTheNetwork, deletesTheSource}) {
-        ScopedDataLocation data;
-        Database database;
-        database.etag.clear(); // each answer is news
-        const QPointer<QNetworkAccessManager> manager(new QNetworkAccessManager);
-        const QPointer<CouchDBPackageSource> source(
-            new CouchDBPackageSource(database.url(), manager));
-        int news = 0;
-        connect(source, &PackageSource::updateRequired, this, [&] {
-            if (++news == 1)
-                listener(source, manager);
-        });
-        QTRY_VERIFY(news > 0 && (!source || source->children().isEmpty()));
-        QVERIFY(!source || packages(*source) == QStringList{"a"});
-        delete source;
-        delete manager;
-    }
 }
 
 void TestCouchDBPackageSource::leavesOutConditionsThatAreRefused()

@@ -81,7 +81,6 @@ private Q_SLOTS:
     void refusedLedgerStands();
     void nothingBehindThePointer();
     void goesInTheMiddleOfAPoll();
-    void goesByItsOwnNews();
 
 private:
     /// Polls once, as if the repository asked for it.
@@ -362,25 +361,6 @@ void tst_PackageServer::goesInTheMiddleOfAPoll()
     third.removeManager();
     QTRY_COMPARE(
         m_log->lines("critical"), QStringList({"Ledger update failed with status 0 \"\""}));
-}
-
-void tst_PackageServer::goesByItsOwnNews()
-{
-    LedgerServer server;
-    server.publish(ledgerOf("de"), "\"e1\"");
-    auto *source = new PackageServer(server.service());
-    QPointer<PackageServer> alive(source);
-    connect(source, &PackageSource::updateRequired, this, [&, news = 0]() mutable {
-        if (++news == 2) {
-            delete source;
-        } else {
-            server.publish(ledgerOf("fr"), "\"e2\"");
-            source->update();
-            QTRY_VERIFY(!alive);
-        }
-    });
-    QTRY_VERIFY(!alive);
-    QCOMPARE(server.http().requestCount(), 2);
 }
 
 QTEST_GUILESS_MAIN(tst_PackageServer)
