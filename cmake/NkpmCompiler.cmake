@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: MIT
 #
 # Compiler settings of the whole tree: standard, visibility, warnings, sanitizers, ccache, linker.
-# Each setting applies only to this project, also when it is added to another with add_subdirectory.
+# Each setting applies only to this project, also when it is added to another with add_subdirectory,
+# and that one's own don't apply here.
 
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -11,9 +12,14 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_AUTOMOC ON)
+set(CMAKE_UNITY_BUILD OFF) # names in anonymous namespaces are a file's own
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-# Installed programs and libraries find each other wherever the tree is moved to.
-set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR};$ORIGIN")
+# Installed programs and libraries find each other wherever the tree is moved to; one for the system's
+# own directories isn't moved, and is searched there anyway.
+if(NOT CMAKE_INSTALL_FULL_LIBDIR IN_LIST CMAKE_CXX_IMPLICIT_LINK_DIRECTORIES)
+    set(NKPM_MOVABLE ON)
+    set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR};$ORIGIN")
+endif()
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE RelWithDebInfo)

@@ -32,8 +32,10 @@ function(nkpm_add_platform_library name alias macro)
 endfunction()
 
 # nkpm_compile_as_ours(TARGET): the settings of nkpm_compiler for a library that is exported. It isn't
-# linked: a static library would hand it on to those who use the library.
+# linked: a static library would hand it on to those who use the library. What its headers take, users
+# get, whatever standard their project has.
 function(nkpm_compile_as_ours target)
+    target_compile_features(${target} PUBLIC cxx_std_17)
     target_compile_options(${target}
         PRIVATE $<TARGET_PROPERTY:nkpm_compiler,INTERFACE_COMPILE_OPTIONS>)
     target_compile_definitions(${target}

@@ -5,7 +5,6 @@
 #include "support/testfiles.h"
 
 #include <QDirIterator>
-#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace nk::pm::test;
@@ -56,6 +55,11 @@ QStringList filesBelow(const QString &directory, const QStringList &names)
     return files;
 }
 
+/// The library is built anew, as fast as can be.
+const QStringList embedding{
+    "-DNKPM_SOURCE_DIR=" + sourceDirectory, "-DCMAKE_BUILD_TYPE=Debug",
+    "-DCMAKE_CXX_FLAGS=", "-DCMAKE_CXX_FLAGS_DEBUG=-O0"};
+
 /// The library here may be built with sanitizers, which its users then need too.
 QString compilerFlags()
 {
@@ -99,13 +103,16 @@ private:
     /// The one file of that name in the moved tree, wherever it is.
     QString installed(const QString &name) const { return filesBelow(m_prefix, {name}).value(0); }
 
-    QTemporaryDir m_directory;
+    /// Always the same place, so that a compiler cache knows what is built in it.
+    const QDir m_directory{NKPM_CONSUMER_DIR};
     QString m_prefix;
     QString m_packages; ///< of the example catalogue, as sortedLines()
 };
 
 void TestConsumer::initTestCase()
 {
+    QVERIFY(QDir(m_directory).removeRecursively() && m_directory.mkpath("."));
+    QVERIFY(QDir::setCurrent(m_directory.path()));
     const QString first = m_directory.filePath("first");
     QVERIFY(!run(NKPM_CMAKE, {"--install", NKPM_BINARY_DIR, "--prefix", first}).isNull());
     m_prefix = m_directory.filePath("moved");
@@ -267,14 +274,13 @@ void TestConsumer::embeddingGuide()
         output.constData());
 }
 
-/// As a static library inside another project, which installs it along; and from there once more.
+/// As a static library that another project fetches, installs along, and finds there once more.
 void TestConsumer::embeddedStatically()
 {
-    QCOMPARE(
-        buildAndRun(
-            "static", {"-DNKPM_SOURCE_DIR=" + sourceDirectory, "-DBUILD_SHARED_LIBS=OFF",
-                       "-DNKPM_INSTALL=ON", "-DCMAKE_BUILD_TYPE=Debug"}),
-        m_packages);
+    const QStringList settings{
+        "-DNKPM_FETCH=ON", "-DBUILD_SHARED_LIBS=OFF", "-DNKPM_INSTALL=ON",
+        "-DCMAKE_CXX_STANDARD=14", "-DCMAKE_UNITY_BUILD=ON"};
+    QCOMPARE(buildAndRun("static", embedding + settings), m_packages);
     const QString first = m_directory.filePath("static-first");
     const QString moved = m_directory.filePath("static-moved");
     const QString build = m_directory.filePath("static");
@@ -284,21 +290,22 @@ void TestConsumer::embeddedStatically()
     QCOMPARE(buildAndRun("static-installed", {"-DCMAKE_PREFIX_PATH=" + moved}), m_packages);
 }
 
+/// As a shared one beside the installed library.
 void TestConsumer::embeddedOnOwnPlatform()
 {
-    QCOMPARE(
-        buildAndRun(
-            "embedded", {"-DNKPM_SOURCE_DIR=" + sourceDirectory, "-DNKPM_PLATFORM=external",
-                         "-DCMAKE_BUILD_TYPE=Debug"}),
-        m_packages);
+    const QStringList settings{
+        "-DNKPM_PLATFORM=external", "-DCMAKE_PREFIX_PATH=" + m_prefix, "-DCMAKE_CXX_STANDARD=20"};
+    QCOMPARE(buildAndRun("embedded", embedding + settings), m_packages);
+    QVERIFY(!m_directory.exists("packages")); // the library knows where the program's data is
+    const QString libraries = run("ldd", {m_directory.filePath("embedded/consumer")});
+    QVERIFY(libraries.contains(m_directory.filePath("embedded/nkpm/src/libNorvak")));
+    QVERIFY(!libraries.contains(m_prefix));
 }
 
 void TestConsumer::refusesProgramsOnAnotherPlatform()
 {
-    const CallResult result = attempt(
-        NKPM_CMAKE, configuration(
-                        "programs", {"-DNKPM_SOURCE_DIR=" + sourceDirectory,
-                                     "-DNKPM_PLATFORM=external", "-DNKPM_BUILD_APPS=ON"}));
+    const QStringList settings{"-DNKPM_PLATFORM=external", "-DNKPM_BUILD_APPS=ON"};
+    const CallResult result = attempt(NKPM_CMAKE, configuration("programs", embedding + settings));
     QVERIFY(result.exitCode != 0);
     QVERIFY2(result.errors.contains("NKPM_BUILD_APPS needs"), qPrintable(result.errors));
 }

@@ -7,7 +7,8 @@
 
 namespace nk {
 
-class Locations
+/// Exported, so that a shared library and the program have the same path.
+class Q_DECL_EXPORT Locations
 {
 public:
     static QDir dataLocation() { return QDir(s_path); }
