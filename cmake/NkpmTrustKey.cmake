@@ -22,11 +22,21 @@ function(nkpm_generate_trust_key output)
     endif()
     file(READ ${NKPM_DEVELOPMENT_TRUST_KEY} developmentText)
     string(STRIP "${developmentText}" developmentText)
-    if(text STREQUAL developmentText AND CMAKE_BUILD_TYPE MATCHES "^(Release|MinSizeRel)$")
-        message(WARNING
+    set(NKPM_TRUSTS_DEVELOPMENT_KEY false)
+    if(text STREQUAL developmentText)
+        set(NKPM_TRUSTS_DEVELOPMENT_KEY true)
+    endif()
+    # Kept for ./run and ./test too, which show it after each build.
+    set(warningFile ${PROJECT_BINARY_DIR}/trust-key-warning.txt)
+    file(REMOVE ${warningFile})
+    if(NKPM_TRUSTS_DEVELOPMENT_KEY AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+        set(warning
             "This ${CMAKE_BUILD_TYPE} build trusts the DEVELOPMENT KEY, whose private half is public: "
             "anybody can sign a catalogue that it accepts. Set NKPM_TRUST_KEY to a key of your own "
             "before you give it to users (keys/README.md).")
+        list(JOIN warning "" warning)
+        file(WRITE ${warningFile} "${warning}\n")
+        message(WARNING "${warning}")
     endif()
     set(NKPM_TRUST_KEY_TEXT "${text}\n")
     configure_file(${PROJECT_SOURCE_DIR}/src/sources/trustkey.cpp.in ${output} @ONLY)

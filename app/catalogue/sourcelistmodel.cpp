@@ -8,6 +8,8 @@
 
 #include "sourcespec.h"
 
+#include "sources/trustkey.h"
+
 namespace nk::pm::app {
 namespace {
 
@@ -23,6 +25,11 @@ SourceListModel::SourceListModel(
     , m_preferences(preferences)
 {
     connect(&provider, &CatalogueProvider::sourcesChanged, this, &SourceListModel::update);
+}
+
+bool SourceListModel::trustsDevelopmentKey()
+{
+    return ledger::trustsDevelopmentKey();
 }
 
 QString SourceListModel::add(const QString &kind, const QString &location)

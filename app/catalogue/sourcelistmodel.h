@@ -14,6 +14,7 @@ class Preferences;
 class SourceListModel : public QAbstractListModel
 {
     Q_OBJECT
+    Q_PROPERTY(bool trustsDevelopmentKey READ trustsDevelopmentKey CONSTANT)
 
 public:
     enum Role {
@@ -26,6 +27,9 @@ public:
 
     SourceListModel(
         CatalogueProvider &provider, Preferences &preferences, QObject *parent = nullptr);
+
+    /// Whether anybody can sign for this program, since it was built with the key that comes along.
+    static bool trustsDevelopmentKey();
 
     /// Adds the source and remembers it. Gives what is wrong with it, or an empty text.
     Q_INVOKABLE QString add(const QString &kind, const QString &location);

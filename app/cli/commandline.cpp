@@ -4,6 +4,7 @@
 #include "commandline.h"
 
 #include "exitcodes.h"
+#include "sources/trustkey.h"
 #include "terminal/sourceurls.h"
 
 #include <CLI/App.hpp>
@@ -270,7 +271,10 @@ void addGlobalOptions(CLI::App &app, Global &global)
         ->check(namesDirectory);
     app.add_flag("--json", global.json, "Print JSON");
     app.add_flag("--verbose", global.verbose, "Print the library's log to stderr");
-    app.set_version_flag("--version", "nkpm " NKPM_VERSION);
+    app.set_version_flag(
+        "--version", ledger::trustsDevelopmentKey() ? "nkpm " NKPM_VERSION
+                                                      " (trusts the development key)"
+                                                    : "nkpm " NKPM_VERSION);
     app.footer("Global options may stand before or behind the command.\n"
                "\n"
                "Exit codes: 0 fine, 1 the request could not be met, 2 wrong usage,\n"

@@ -9,6 +9,7 @@
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
+#include "sources/trustkey.h"
 
 #include <QJsonArray>
 
@@ -107,6 +108,11 @@ int run(const SourcesOptions &, Catalogue &catalogue, Output &output)
         output.json(asJson(contributions));
     else
         output.table(asTable(contributions));
+    if (ledger::trustsDevelopmentKey()) {
+        output.remark(
+            terminal::Emphasis::Warning, {}, QStringLiteral("warning"),
+            QStringLiteral("trusts the development key"));
+    }
     return Fine;
 }
 

@@ -3,6 +3,8 @@
 
 #include "commandline.h"
 
+#include "sources/trustkey.h"
+
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
@@ -372,7 +374,10 @@ std::variant<Invocation, ExitCode> parseCommandLine(int argc, const char *const 
         "Publishes catalogues of packages, and looks into what was published.", "nkledger");
     bool json = false;
     app.add_flag("--json", json, "Print JSON");
-    app.set_version_flag("--version", "nkledger " NKPM_VERSION);
+    app.set_version_flag(
+        "--version", ledger::trustsDevelopmentKey() ? "nkledger " NKPM_VERSION
+                                                      " (trusts the development key)"
+                                                    : "nkledger " NKPM_VERSION);
     app.footer("Exit codes: 0 fine, 1 it could not be done or something is wrong with what was\n"
                "looked at, 2 wrong usage.\n"
                "\n"

@@ -124,7 +124,14 @@ std::optional<PrivateKey> readPrivateKey(const QString &path, Output &output)
 
 std::optional<PublicKey> readTrustKey(const QString &path, Output &output)
 {
-    return path.isEmpty() ? PublicKey::fromPEM(ledger::trustKeyPem()) : readPublicKey(path, output);
+    if (!path.isEmpty())
+        return readPublicKey(path, output);
+    if (ledger::trustsDevelopmentKey()) {
+        output.remark(
+            terminal::Emphasis::Warning, {}, QStringLiteral("warning"),
+            QStringLiteral("trusts the development key"));
+    }
+    return PublicKey::fromPEM(ledger::trustKeyPem());
 }
 
 QString privateKeyFile(const QString &name)

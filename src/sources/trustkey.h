@@ -13,4 +13,8 @@ namespace nk::pm::ledger {
 /// file that NKPM_TRUST_KEY named when the build was configured.
 NK_PM_EXPORT QByteArray trustKeyPem();
 
+/// Whether that is the key of keys/development-trust.pem, with which anybody can sign. The programs
+/// say so.
+NK_PM_EXPORT bool trustsDevelopmentKey();
+
 } // namespace nk::pm::ledger

@@ -517,6 +517,7 @@ void CatalogueWindowTest::mergesAndRemovesSources()
 
     click("openSources");
     TRY_VERIFY(hasFocus("newLocation"));
+    QVERIFY(item("developmentKeyNote")); // of each build of the tests
     type(own);
     press(Qt::Key_Return);
     TRY_COMPARE(shownPackages(), before + 1);

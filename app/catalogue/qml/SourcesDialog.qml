@@ -115,6 +115,15 @@ Popup {
             }
         }
 
+        AppText {
+            objectName: "developmentKeyNote"
+            visible: Sources.trustsDevelopmentKey
+            text: qsTr("This program trusts the development key: anybody can sign a catalogue for it.")
+            color: Style.warning
+            font.pixelSize: Style.smallFont
+            wrapMode: Text.Wrap
+            Layout.fillWidth: true
+        }
         SectionTitle {
             text: qsTr("Add a source")
             Layout.topMargin: Style.small

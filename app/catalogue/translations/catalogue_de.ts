@@ -24,6 +24,10 @@
             <translation>Noch gibt es keine Quelle für Pakete.</translation>
         </message>
         <message>
+            <source>This program trusts the development key: anybody can sign a catalogue for it.</source>
+            <translation>Dieses Programm vertraut dem Entwicklungsschlüssel: jeder kann einen Katalog für es signieren.</translation>
+        </message>
+        <message>
             <source>Add a source</source>
             <translation>Quelle hinzufügen</translation>
         </message>
