@@ -110,7 +110,9 @@ configure() {
 # build PRESET [TARGET...]
 build() {
     local preset=$1
+    local warning=$root/build/$preset/trust-key-warning.txt
     shift
     step "build $preset" cmake --build "$root/build/$preset" --parallel "$(nproc)" \
         ${1:+--target "$@"}
+    [[ ! -f $warning ]] || say "WARNING $(fold -s -w 92 "$warning" | sed '2,$s/^/        /')"
 }
