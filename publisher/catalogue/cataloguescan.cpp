@@ -17,7 +17,7 @@ namespace {
 
 const QLatin1String manifestName("manifest.json");
 
-enum class EntryKind { File, Directory, DeadLink, Special };
+enum class EntryKind { File, Directory, DeadLink, Special, Unreadable };
 
 struct Entry
 {
@@ -30,15 +30,37 @@ QString leadsOut()
     return QStringLiteral("links out of the catalogue (--follow-links takes what is there)");
 }
 
-EntryKind kindOf(const fs::directory_entry &entry)
+fs::path native(const QString &path)
+{
+    return fs::u8path(path.toUtf8().constData());
+}
+
+/// What \a path is, or leads to as a link. Complains of what the disk doesn't tell: it isn't to be
+/// taken for something that isn't there.
+EntryKind kindOf(const fs::directory_entry &entry, const QString &path, Problems &problems)
 {
     std::error_code error;
-    const fs::file_status status = entry.status(error); // of a link's target
+    const fs::file_status status = entry.status(error);
     if (fs::is_regular_file(status))
         return EntryKind::File;
     if (fs::is_directory(status))
         return EntryKind::Directory;
-    return entry.is_symlink(error) ? EntryKind::DeadLink : EntryKind::Special;
+    if (status.type() == fs::file_type::not_found
+        || error == std::errc::too_many_symbolic_link_levels)
+        return EntryKind::DeadLink;
+    if (!error)
+        return EntryKind::Special;
+    problems.error(
+        path, QStringLiteral("can't be read: ") + QString::fromStdString(error.message()));
+    return EntryKind::Unreadable;
+}
+
+EntryKind kindOf(const CatalogueRoot &root, const QString &path, Problems &problems)
+{
+    fs::directory_entry entry;
+    std::error_code error; // told again by the entry's status
+    entry.assign(native(root.absolute(path)), error);
+    return kindOf(entry, path, problems);
 }
 
 /// Why the entry \a name, which is \a bytes on the disk, can't be published; empty if it can.
@@ -55,21 +77,25 @@ QVector<Entry> entriesOf(const CatalogueRoot &root, const QString &path, Problem
 {
     QVector<Entry> entries;
     std::error_code error;
-    const QByteArray native = root.absolute(path).toUtf8();
-    fs::directory_iterator it(fs::u8path(native.constData()), error);
+    fs::directory_iterator it(native(root.absolute(path)), error);
     for (; !error && it != fs::directory_iterator(); it.increment(error)) {
         const std::string bytes = it->path().filename().u8string();
         const QString name = QString::fromStdString(bytes);
         if (name.startsWith(u'.'))
             continue;
         const QString entry = path + u'/' + name;
-        std::error_code unknown;
-        if (const QString objection = objectionTo(name, bytes); !objection.isEmpty())
+        const QString objection = objectionTo(name, bytes);
+        if (!objection.isEmpty()) {
             problems.error(entry, objection);
-        else if (it->is_symlink(unknown) && root.isForbidden(entry))
+            continue;
+        }
+        const EntryKind kind = kindOf(*it, entry, problems);
+        std::error_code unknown;
+        const bool isLink = it->is_symlink(unknown) || unknown;
+        if (isLink && kind != EntryKind::DeadLink && root.isForbidden(entry))
             problems.error(entry, leadsOut());
-        else
-            entries.append({name, kindOf(*it)});
+        else if (kind != EntryKind::Unreadable)
+            entries.append({name, kind});
     }
     if (error)
         problems.error(
@@ -128,14 +154,18 @@ private:
     void visit(const QString &path, const QString &type, const QString &name)
     {
         const QString manifest = path + u'/' + manifestName;
-        const QFileInfo info(m_root.absolute(manifest));
-        if (info.isFile()) {
+        switch (kindOf(m_root, manifest, m_problems)) {
+        case EntryKind::File:
             packages.append({path, type, name});
             return;
-        }
-        // To open a pipe would be to wait for its other end.
-        if (info.exists())
+        case EntryKind::Directory:
+        case EntryKind::Special: // to open a pipe would be to wait for its other end
             return m_problems.error(manifest, QStringLiteral("is no file"));
+        case EntryKind::Unreadable:
+            return;
+        case EntryKind::DeadLink:
+            break;
+        }
         if (name.contains(u':'))
             m_problems.error(
                 path, QStringLiteral("the name of a type can't hold \":\", which "
@@ -151,7 +181,8 @@ private:
 /// Whether the directory \a path is there, and may be read.
 bool isOpen(const CatalogueRoot &root, const QString &path, Problems &problems)
 {
-    if (!QFileInfo::exists(root.absolute(path)))
+    const EntryKind kind = kindOf(root, path, problems);
+    if (kind == EntryKind::DeadLink || kind == EntryKind::Unreadable)
         return false;
     const bool isForbidden = root.isForbidden(path);
     if (isForbidden)
@@ -164,14 +195,15 @@ bool isOpen(const CatalogueRoot &root, const QString &path, Problems &problems)
 CatalogueRoot::CatalogueRoot(const QString &path, Links links)
     : m_path(QFileInfo(path).absoluteFilePath())
 {
+    const QString real = QFileInfo(path).canonicalFilePath();
     if (links == Links::Within)
-        m_real = QFileInfo(path).canonicalFilePath() + u'/';
+        m_real = (real.isEmpty() ? m_path : real) + u'/';
 }
 
 bool CatalogueRoot::isForbidden(const QString &relative) const
 {
     const QString target = QFileInfo(absolute(relative)).canonicalFilePath();
-    return !m_real.isEmpty() && !target.isEmpty() && !target.startsWith(m_real);
+    return !m_real.isEmpty() && !target.startsWith(m_real);
 }
 
 QVector<PackageDirectory> findPackages(const CatalogueRoot &root, Problems &problems)
@@ -206,6 +238,8 @@ QStringList packageFileNames(const CatalogueRoot &root, const QString &path, Pro
         case EntryKind::Special:
             problems.error(file, QStringLiteral("is neither a file nor a directory"));
             break;
+        case EntryKind::Unreadable:
+            break; // said already
         }
     }
     return names;
