@@ -141,9 +141,10 @@ const LinkedDocument::ReferenceType *LinkedDocument::parseReference(
     const QStringList parts = reference.split(QLatin1Char(':'));
     if (parts.size() < 3 || parts.first() != referencePrefix)
         return nullptr;
-    bool isNumber = false;
-    const auto type = referenceTypes().constFind(parts.at(1).toInt(&isNumber));
-    if (!isNumber || type == referenceTypes().constEnd())
+    const int number = parts.at(1).toInt();
+    const auto type = referenceTypes().constFind(number);
+    // Read leniently, " +7" would be 7 as well.
+    if (parts.at(1) != QString::number(number) || type == referenceTypes().constEnd())
         return nullptr;
     *identifier = reference.section(QLatin1Char(':'), 2).toLatin1();
     return &*type;

@@ -270,8 +270,8 @@ void TestLinkedDocument::whatIsNoReference()
     LinkedDocument document(&context);
     for (const char *reference :
          {"", "desk", "7:desk", "ref", "ref:", "ref:7", "ref::desk", "ref:x:desk", "ref:8:desk",
-          "ref:-7:desk", "ref:99999999999:desk", "REF:7:desk", " ref:7:desk", "ref:7:lost",
-          "ref:7:"})
+          "ref:-7:desk", "ref:+7:desk", "ref: 7:desk", "ref:99999999999:desk", "REF:7:desk",
+          " ref:7:desk", "ref:7:lost", "ref:7:"})
         QVERIFY2(!document.decodeReference(reference), reference);
     QCOMPARE(document.encodeReference(nullptr), QString());
     QCOMPARE(document.encodeReference(&context), QString());
