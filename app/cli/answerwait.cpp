@@ -13,6 +13,7 @@ namespace nk::pm::cli {
 namespace {
 
 constexpr std::chrono::seconds patience{20}; // without a byte: a large answer may take its time
+constexpr std::chrono::minutes longest{10};  // whatever comes
 constexpr std::chrono::milliseconds progressInterval{500};
 
 } // namespace
@@ -38,6 +39,7 @@ void AnswerWait::exec()
         return;
     m_patience.start(patience);
     m_ticker.start(progressInterval);
+    QTimer::singleShot(longest, &m_loop, &QEventLoop::quit);
     m_loop.exec();
 }
 

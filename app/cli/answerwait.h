@@ -17,7 +17,8 @@ class SourceNetwork;
 namespace nk::pm::cli {
 
 /// Waits until sources on the network have answered their first poll, or nothing has come from any
-/// of them for some seconds. Tells on a terminal how much has come, once that takes a while.
+/// of them for some seconds, or ten minutes are over. Tells on a terminal how much has come, once
+/// that takes a while.
 class AnswerWait : public QObject
 {
 public:

@@ -43,6 +43,7 @@ struct Closer
 {
     ~Closer()
     {
+        qRemovePostRoutine(stop); // the library may be unloaded long before the application ends
         stop();
         const std::lock_guard lock(room().mutex);
         room().isClosed = true;
