@@ -12,9 +12,9 @@ namespace nk::pm {
 
 namespace {
 
-/// Gives each request a lane that no other one uses at the time. A lane keeps one connection to a
-/// server, since only requests of the same name for the certificate share any; plain HTTP has no
-/// other use for that name.
+/// Gives each request to the loopback server a lane that no other one uses at the time. A lane
+/// keeps one connection to a server, since only requests of the same name for the certificate share
+/// any; plain HTTP has no other use for that name.
 class PictureNetwork : public QNetworkAccessManager
 {
 public:
@@ -33,10 +33,15 @@ private:
     int m_nextLane = 0;
 };
 
+bool isForLoopback(const QUrl &url)
+{
+    return url.scheme() == QLatin1String("http") && url.host() == QLatin1String("localhost");
+}
+
 QNetworkReply *PictureNetwork::createRequest(
     Operation operation, const QNetworkRequest &request, QIODevice *body)
 {
-    if (request.url().scheme() != QLatin1String("http"))
+    if (!isForLoopback(request.url()))
         return QNetworkAccessManager::createRequest(operation, request, body);
     const int lane = m_freeLanes.isEmpty() ? m_nextLane++ : m_freeLanes.takeLast();
     QNetworkReply *reply = send(operation, request, body, lane);
@@ -47,7 +52,7 @@ QNetworkReply *PictureNetwork::createRequest(
 void PictureNetwork::leave(const QNetworkReply &reply, int lane)
 {
     const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    if (status > 200 && reply.url().host() == QLatin1String("localhost"))
+    if (status > 200 && isForLoopback(reply.url()))
         endConnection(reply.url(), lane);
     else
         m_freeLanes.append(lane);

@@ -9,6 +9,7 @@
 #include "screenshot.h"
 
 #include "network/directoryfault.h"
+#include "proxy/proxyhostcheck.h"
 
 #include <norvak/locations.h>
 
@@ -39,6 +40,7 @@ int main(int argc, char *argv[])
     if (QGuiApplication::platformName() == QLatin1String("offscreen"))
         QQuickWindow::setSceneGraphBackend(QSGRendererInterface::Software);
     setUpCatalogueModule();
+    nk::pm::setProxyHostCheck(true);
 
     lowerPoolPriority();
     const Options options = parseOptions(QCoreApplication::arguments());

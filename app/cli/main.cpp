@@ -9,6 +9,7 @@
 #include "output.h"
 
 #include "network/directoryfault.h"
+#include "proxy/proxyhostcheck.h"
 
 #include <norvak/locations.h>
 
@@ -51,6 +52,7 @@ int main(int argc, char *argv[])
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("nkpm"));
     setUpLog(invocation.verbose);
+    nk::pm::setProxyHostCheck(true);
     if (!invocation.dataDirectory.isEmpty())
         nk::Locations::setDataLocation(invocation.dataDirectory);
     const QString fault = nk::pm::app::dataDirectoryFault(nk::Locations::dataLocation().path());

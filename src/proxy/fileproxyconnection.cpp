@@ -4,6 +4,7 @@
 #include "proxy/fileproxyconnection.h"
 
 #include "proxy/httpresponse.h"
+#include "proxy/proxyhostcheck.h"
 
 #include <QFile>
 #include <QScopedValueRollback>
@@ -32,6 +33,9 @@ constexpr int maxOpenAnswers = 4;
 /// A connection with unread input that is closed is reset, and the client may lose the answer that
 /// says why. So input is dropped until none has come for this time.
 constexpr std::chrono::milliseconds lingerTime{50};
+/// A client that never stops sending has so long, and one that takes nothing so long for each
+/// piece.
+constexpr std::chrono::milliseconds longestLinger{2000};
 
 int nextConnectionId()
 {
@@ -62,11 +66,24 @@ void FileProxyConnection::sendResponse(int code, const QString &filePath)
 {
     if (m_state != AwaitingResponse || m_closing || !m_socket)
         return;
+    m_isAnswered = true;
     if (code == Ok)
         sendFile(filePath);
     else
         sendPhrase(code);
     flush();
+}
+
+bool FileProxyConnection::isIdle() const
+{
+    const bool waits = m_state == AwaitingResponse && !m_isAnswered && !m_closing;
+    return !waits && m_output.isEmpty() && m_socket && m_socket->bytesToWrite() == 0;
+}
+
+void FileProxyConnection::end()
+{
+    if (m_socket)
+        m_socket->abort();
 }
 
 void FileProxyConnection::read()
@@ -130,14 +147,20 @@ void FileProxyConnection::resumeReading()
 
 void FileProxyConnection::dropInput()
 {
-    if (m_socket->skip(m_socket->bytesAvailable()) > 0 && m_linger.isActive())
-        m_linger.start(int(lingerTime.count()), this);
+    const bool isLingering = !m_lingerEnd.isForever();
+    if (m_socket->skip(m_socket->bytesAvailable()) > 0 && isLingering)
+        m_linger.start(
+            int(std::min<qint64>(lingerTime.count(), m_lingerEnd.remainingTime())), this);
 }
 
 void FileProxyConnection::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() != m_linger.timerId())
         return;
+    if (m_lingerEnd.isForever() || m_lingerEnd.hasExpired()) {
+        end();
+        return;
+    }
     // On a busy thread the timer may come before input that is there already.
     if (m_socket->waitForReadyRead(0) || !m_socket)
         return;
@@ -183,7 +206,12 @@ void FileProxyConnection::readHeaderLine(const QByteArray &line)
 {
     if (!m_request.readHeaderLine(line))
         return;
+    if (proxyHostCheck() && !m_request.isForLoopback()) {
+        m_fault = BadRequest;
+        return;
+    }
     m_state = AwaitingResponse;
+    m_isAnswered = false;
     Q_EMIT fileRequested(QUrl(QString::fromLatin1(requestTarget()), QUrl::TolerantMode));
 }
 
@@ -232,8 +260,17 @@ void FileProxyConnection::drain()
         m_socket->write(m_output.take(pieceSize));
     if (m_output.fellShort())
         m_closing = true;
-    if (m_closing && m_socket->bytesToWrite() == 0)
-        m_linger.start(int(lingerTime.count()), this);
+    if (m_closing)
+        linger();
+}
+
+/// Until the output is out this begins anew with each piece that the client takes.
+void FileProxyConnection::linger()
+{
+    const bool isOut = m_output.isEmpty() && m_socket->bytesToWrite() == 0;
+    if (isOut && m_lingerEnd.isForever())
+        m_lingerEnd.setRemainingTime(longestLinger);
+    m_linger.start(int((isOut ? lingerTime : longestLinger).count()), this);
 }
 
 /// Drains with the first pieces sent at once, which saves a small answer a turn of the event loop.
@@ -254,6 +291,8 @@ void FileProxyConnection::handleBytesWritten()
 {
     drain();
     read();
+    if (isIdle())
+        Q_EMIT idle();
 }
 
 } // namespace nk::pm

@@ -7,6 +7,7 @@
 #include "proxy/outputqueue.h"
 
 #include <QBasicTimer>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QUrl>
 
@@ -46,7 +47,14 @@ public:
     /// file that can't be opened is sent as an empty one.
     void sendResponse(int code, const QString &filePath);
 
+    /// Nobody waits for anything: every request is answered, and the answers are out.
+    bool isIdle() const;
+    /// Closes at once, whatever is under way.
+    void end();
+
 Q_SIGNALS:
+    /// Has become so with the last bytes of an answer.
+    void idle();
     /// The connection is over, and emits nothing more.
     void closed();
     /// A request is complete and waits for sendResponse(), which may be called from within.
@@ -72,6 +80,7 @@ private:
     void flush();
     void resumeReading();
     void dropInput();
+    void linger();
     void handleBytesWritten();
 
     State m_state = ReadingRequestLine;
@@ -81,8 +90,10 @@ private:
     /// What is wrong with the line being read; answered when its end is there.
     std::optional<ResponseCode> m_fault;
     OutputQueue m_output;
-    bool m_closing = false; ///< close when the output is out; what comes in is dropped
+    bool m_closing = false;    ///< close when the output is out; what comes in is dropped
+    bool m_isAnswered = false; ///< the request that AwaitingResponse is about
     QBasicTimer m_linger;
+    QDeadlineTimer m_lingerEnd{QDeadlineTimer::Forever}; ///< set once all output is out
     bool m_reading = false;
     bool m_draining = false;
 };

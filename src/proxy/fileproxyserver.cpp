@@ -21,7 +21,25 @@ struct FileProxyServerPrivate
     QHash<int, FileProxyConnection *> connections; ///< by connectionId; children of q
     QHash<QString, IFileProxy *> proxies;          ///< by token; not owned
     bool callingProxy = false;
+
+    bool makeRoom() const;
 };
+
+/// False if all places are taken by connections at work.
+bool FileProxyServerPrivate::makeRoom() const
+{
+    if (connections.size() < FileProxyServer::maxConnections)
+        return true;
+    FileProxyConnection *oldest = nullptr;
+    for (FileProxyConnection *connection : connections) {
+        if (connection->isIdle()
+            && (!oldest || connection->connectionId() < oldest->connectionId()))
+            oldest = connection;
+    }
+    if (oldest)
+        oldest->end();
+    return oldest;
+}
 
 namespace {
 
@@ -110,12 +128,16 @@ void FileProxyServer::respond(
 
 void FileProxyServer::handleConnection()
 {
-    while (hasPendingConnections()) {
+    while (hasPendingConnections() && d->makeRoom()) {
         auto *connection = new FileProxyConnection(nextPendingConnection(), this);
         d->connections.insert(connection->connectionId(), connection);
         connect(
             connection, &FileProxyConnection::fileRequested, this, &FileProxyServer::requestFile);
         connect(connection, &FileProxyConnection::closed, this, &FileProxyServer::closeConnection);
+        // Queued: what follows may end the connection.
+        for (const auto freed : {&FileProxyConnection::closed, &FileProxyConnection::idle})
+            connect(
+                connection, freed, this, &FileProxyServer::handleConnection, Qt::QueuedConnection);
     }
 }
 

@@ -28,6 +28,10 @@ public:
     explicit FileProxyServer(QObject *parent = nullptr);
     ~FileProxyServer() override;
 
+    /// So many connections are served at a time, each of which may take two file descriptors. For
+    /// one more the oldest idle one goes; while all are at work, it waits.
+    static constexpr int maxConnections = 256;
+
     /// The living server, or a new one on a port of its own if all holders of the last are gone.
     static QSharedPointer<FileProxyServer> instance();
 

@@ -31,6 +31,8 @@ public:
     Method method() const { return m_method; }
     /// As sent, neither decoded nor normalised. May hold blanks.
     QByteArray target() const { return m_target; }
+    /// Whether there is a Host, and none but this machine: localhost or a loopback address.
+    bool isForLoopback() const;
     /// By name as sent, case included.
     QHash<QByteArray, QByteArray> headers() const { return m_headers; }
 

@@ -67,11 +67,12 @@ public:
     {
         m_server.listen(QHostAddress::LocalHost);
         connect(&m_server, &QTcpServer::newConnection, this, [this] {
-            connection = new FileProxyConnection(m_server.nextPendingConnection(), this);
-            connect(connection, &FileProxyConnection::fileRequested, this, &Site::answer);
-            connect(connection, &FileProxyConnection::closed, this, [this] {
+            auto *made = new FileProxyConnection(m_server.nextPendingConnection(), this);
+            connection = made;
+            connect(made, &FileProxyConnection::fileRequested, this, &Site::answer);
+            connect(made, &FileProxyConnection::closed, this, [this, made] {
                 ++closedCount;
-                connection->deleteLater();
+                made->deleteLater();
             });
         });
     }
@@ -134,6 +135,7 @@ private Q_SLOTS:
 
     void answersKeepTheirOrderWhileABodyDrains();
     void closeWaitsForTheBodyBeforeIt();
+    void refusedClientCantHoldTheConnection();
     void clientThatStopsReadingCostsLittle();
     void clientThatFinishedSendingGetsItsAnswer();
     void clientThatLeavesMidBody();
@@ -319,6 +321,20 @@ void TestFileProxyConnection::closeWaitsForTheBodyBeforeIt()
     QVERIFY(client.received() == fileAnswer(large) + badRequest);
     QCOMPARE(site.requests.size(), 2);
     QTRY_COMPARE(site.closedCount, 1);
+}
+
+void TestFileProxyConnection::refusedClientCantHoldTheConnection()
+{
+    Site site;
+    site.addFile("large", largeContent());
+    RawClient talker(site.port());
+    talker.send("BAD\r\n");
+    QTimer talk;
+    connect(&talk, &QTimer::timeout, this, [&talker] { talker.send("x"); });
+    talk.start(10);
+    RawClient deaf(site.port(), RawClient::Waits);
+    deaf.send(get("/large") + "BAD\r\nBAD\r\n");
+    QTRY_COMPARE(site.closedCount, 2);
 }
 
 void TestFileProxyConnection::clientThatStopsReadingCostsLittle()

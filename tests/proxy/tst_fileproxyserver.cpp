@@ -3,6 +3,7 @@
 
 #include "proxy/fileproxyserver.h"
 #include "proxy/ifileproxy.h"
+#include "proxy/proxyhostcheck.h"
 #include "support/rawclient.h"
 #include "support/testfiles.h"
 
@@ -12,6 +13,8 @@
 #include <QtTest>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 using nk::pm::FileProxyServer;
 using nk::pm::IFileProxy;
@@ -52,6 +55,8 @@ class TestFileProxyServer : public QObject
 
 private Q_SLOTS:
     void init();
+    void hostsAreCheckedIfWanted();
+    void idleClientsGiveWay();
     void oneServerForAllHolders();
     void tokens();
     void proxyUrl();
@@ -74,6 +79,46 @@ void TestFileProxyServer::init()
 {
     m_file = m_directory.filePath("file");
     nk::pm::test::writeFile(m_file, "content\n");
+}
+
+void TestFileProxyServer::hostsAreCheckedIfWanted()
+{
+    FileProxyServer server;
+    for (const bool wanted : {true, false}) {
+        nk::pm::setProxyHostCheck(wanted);
+        RawClient foreign(server.serverPort());
+        foreign.send("GET / HTTP/1.1\r\nHost: evil.org\r\n\r\n");
+        RawClient own(server.serverPort());
+        own.send("GET / HTTP/1.1\r\nHost: localhost:1\r\n\r\n");
+        QTRY_VERIFY(foreign.received().startsWith(wanted ? "HTTP/1.1 400" : "HTTP/1.1 404"));
+        QTRY_VERIFY(own.received().startsWith("HTTP/1.1 404"));
+        QTRY_COMPARE(foreign.isClosed(), wanted);
+    }
+}
+
+void TestFileProxyServer::idleClientsGiveWay()
+{
+    FileProxyServer server;
+    Proxy proxy;
+    const QString token = server.addProxy(&proxy);
+    const QByteArray request = get(server.proxyUrl(token, QUrl("file")));
+    std::vector<std::unique_ptr<RawClient>> clients;
+    const auto connectOne = [&] {
+        clients.push_back(std::make_unique<RawClient>(server.serverPort()));
+        clients.back()->send(request);
+        QCoreApplication::processEvents();
+    };
+    while (clients.size() < FileProxyServer::maxConnections)
+        connectOne();
+    QTRY_COMPARE(proxy.requests.size(), FileProxyServer::maxConnections);
+    connectOne(); // has to wait for one that is answered
+    QCOMPARE(proxy.requests.size(), FileProxyServer::maxConnections);
+    server.respond(token, QUrl("file"), 200, m_file);
+    QTRY_COMPARE(proxy.requests.size(), FileProxyServer::maxConnections + 1);
+    server.respond(token, QUrl("file"), 200, m_file);
+    for (const auto &client : clients)
+        QTRY_VERIFY(client->received().endsWith("content\n"));
+    QTRY_VERIFY(clients.front()->isClosed());
 }
 
 void TestFileProxyServer::oneServerForAllHolders()

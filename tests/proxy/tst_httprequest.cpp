@@ -15,6 +15,7 @@ private Q_SLOTS:
     void requestLine_data();
     void refusedLineChangesNothing();
     void headers();
+    void hostOfThisMachine();
     void requestLine();
 };
 
@@ -85,6 +86,24 @@ void TestHttpRequest::headers()
     QCOMPARE(request.headers().size(), HttpRequest::maxHeaders);
     request.readHeaderLine("X: 4\r\n");
     QCOMPARE(request.headers().value("X"), QByteArray("4"));
+}
+
+void TestHttpRequest::hostOfThisMachine()
+{
+    const auto isForLoopback = [](const QByteArrayList &hosts) {
+        HttpRequest request;
+        for (const QByteArray &host : hosts)
+            request.readHeaderLine(host + "\r\n");
+        return request.isForLoopback();
+    };
+    for (const char *host : {"localhost", "LOCALHOST:80", "127.0.0.1:8080", "127.9.9.9", "[::1]:1"})
+        QVERIFY2(isForLoopback({QByteArray("hOsT: ") + host}), host);
+    for (const char *host :
+         {"", "evil.org", "localhost.evil.org", "evil.org:80", "10.0.0.1", "user@localhost", "::1",
+          "localhost/evil", "evil.org, localhost", "[::2]", "localhost:x"})
+        QVERIFY2(!isForLoopback({QByteArray("Host: ") + host}), host);
+    QVERIFY(!isForLoopback({}));
+    QVERIFY(!isForLoopback({"Host: localhost", "host: evil.org"}));
 }
 
 QTEST_GUILESS_MAIN(TestHttpRequest)
