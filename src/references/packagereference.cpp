@@ -40,8 +40,8 @@ struct PackageReferencePrivate
     int retryCount = 0; // failed attempts since the last success
     QDateTime nextAttempt;
     Installer installer;
-    Installer pendingInstaller; // of an update to pendingIndex
     QSharedPointer<PackageIndex> pendingIndex;
+    Installer pendingInstaller; // of an update to pendingIndex, so it goes first
     PackageReference::Status status = PackageReference::Unknown;
 };
 
@@ -135,12 +135,7 @@ PackageReference::PackageReference(const QString &id, PackageRepository *reposit
     }
 }
 
-PackageReference::~PackageReference()
-{
-    d->pendingInstaller.reset();
-    d->pendingIndex.reset();
-    d->installer.reset();
-}
+PackageReference::~PackageReference() = default;
 
 QString PackageReference::id() const
 {
@@ -203,6 +198,7 @@ QDateTime PackageReference::nextAttempt() const
 void PackageReference::install()
 {
     const QString oldType = type();
+    d->nextAttempt = QDateTime();
     d->index = d->currentIndex();
     d->node = d->find(d->index);
     if (d->pendingIndex != d->index) {
@@ -257,6 +253,8 @@ void PackageReference::retryInstall()
         return;
     // The status stays Incomplete until the new tree has something to say.
     d->startInstaller();
+    if (d->installer->isFinished())
+        d->nextAttempt = QDateTime(); // it failed before anybody could hear: none until a new index
 }
 
 void PackageReference::finishUpdate()

@@ -78,8 +78,8 @@ public:
     /// new index replace the tree: read it and let it go.
     const PackageInstaller *installer() const;
 
-    /// When the attempt that follows a failure is due; null unless one is waited for. Already past
-    /// while that attempt is at work.
+    /// When the attempt that follows a failure is due; null unless one is waited for, as after a
+    /// new index. Already past while that attempt is at work.
     QDateTime nextAttempt() const;
 
 Q_SIGNALS:

@@ -11,8 +11,6 @@ namespace nk::pm {
 
 struct PackageReferenceFieldPrivate
 {
-    QVariant accepted(QObject *object) const;
-
     PackageReferenceField *q;
     QStringList acceptedTypes;
 };
@@ -24,13 +22,13 @@ bool holdsObject(const QVariant &value)
     return QMetaType::typeFlags(value.userType()).testFlag(QMetaType::PointerToQObject);
 }
 
-} // namespace
-
-/// The value for \a object, of whatever package type.
-QVariant PackageReferenceFieldPrivate::accepted(QObject *object) const
+/// A null one for an object of another class. The accepted types refuse no package.
+QVariant asReference(QObject *object)
 {
     return QVariant::fromValue(qobject_cast<PackageReference *>(object));
 }
+
+} // namespace
 
 PackageReferenceField::PackageReferenceField(QObject *parent)
     : nk::data::DataField(parent)
@@ -60,9 +58,9 @@ bool PackageReferenceField::compare(const QVariant &a, const QVariant &b) const
 QVariant PackageReferenceField::convert(const QVariant &value)
 {
     if (holdsObject(value))
-        return d->accepted(value.value<QObject *>());
+        return asReference(value.value<QObject *>());
     if (value.canConvert<PackageReference *>())
-        return d->accepted(value.value<PackageReference *>());
+        return asReference(value.value<PackageReference *>());
     return QVariant::fromValue<nk::data::LinkedDocument *>(nullptr);
 }
 
@@ -70,7 +68,7 @@ QVariant PackageReferenceField::read(nk::data::LinkedDocument *document, const Q
 {
     if (!document)
         return QVariant::fromValue<nk::data::LinkedDocument *>(nullptr);
-    return d->accepted(document->decodeReference(document->getStructValue(key, name()).toString()));
+    return asReference(document->decodeReference(document->getStructValue(key, name()).toString()));
 }
 
 void PackageReferenceField::write(

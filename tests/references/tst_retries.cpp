@@ -138,6 +138,7 @@ void RetriesTest::retryRunsWhileAnotherWorks()
     LogRecorder quiet("norvak.packages");
     for (int i = 0; i < 2; ++i) {
         QVERIFY(scene.publish());
+        QVERIFY(reference->nextAttempt().isNull());
         scene.installer()->fail(1, "failed");
     }
     const QVector<QObject *> retries = armedRetries();
@@ -196,6 +197,7 @@ void RetriesTest::failureBeforeTheConnection()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCOMPARE(reference->status(), PackageReference::Incomplete);
     QVERIFY(armedRetries().isEmpty());
+    QVERIFY(reference->nextAttempt().isNull());
     scene.source.accessorMaker = nullptr;
     QVERIFY(scene.publish());
     QCOMPARE(reference->status(), PackageReference::Installing);

@@ -77,12 +77,10 @@ ColumnLayout {
     }
     AppText {
         objectName: "nextAttempt"
-        visible: panel.status === PackageReference.Incomplete
-        text: {
-            const seconds = panel.install ? panel.install.secondsToRetry : -1
-            return seconds > 0 ? qsTr("Next attempt in %n second(s)", "", seconds)
-                               : qsTr("Trying again…")
-        }
+        readonly property int seconds: panel.install ? panel.install.secondsToRetry : -1
+        visible: seconds >= 0
+        text: seconds > 0 ? qsTr("Next attempt in %n second(s)", "", seconds)
+                          : qsTr("Trying again…")
         font.pixelSize: Style.smallFont
         Layout.fillWidth: true
     }
