@@ -372,10 +372,15 @@ void TestCouchDBPackageSource::tagsContentWhereAsked()
 
 void TestCouchDBPackageSource::sendsNothingWithoutManager()
 {
-    Started started;
-    started.manager.reset();
+    Started started(QByteArray{}); // each answer is news
+    connect(&started.source, &PackageSource::updateRequired, this, [&] {
+        started.manager.reset();
+        started.source.update();
+    });
     started.source.update();
-    QVERIFY(started.source.children().isEmpty());
+    QVERIFY(started.updates.wait());
+    QTRY_VERIFY(started.source.children().isEmpty());
+    QCOMPARE(started.database.server.requestCount(), 2);
     QCOMPARE(packages(started.source), QStringList{"a"});
 }
 
