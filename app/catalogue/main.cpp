@@ -8,6 +8,7 @@
 #include "options.h"
 #include "screenshot.h"
 
+#include "install/openfilelimit.h"
 #include "network/directoryfault.h"
 #include "proxy/proxyhostcheck.h"
 
@@ -29,6 +30,7 @@ static int failed(const QString &fault)
 
 int main(int argc, char *argv[])
 {
+    nk::pm::raiseOpenFileLimit();
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     makeDoWithoutDisplay();
     QApplication application(argc, argv); // has the file dialogs

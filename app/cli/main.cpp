@@ -8,6 +8,7 @@
 #include "log.h"
 #include "output.h"
 
+#include "install/openfilelimit.h"
 #include "network/directoryfault.h"
 #include "proxy/proxyhostcheck.h"
 
@@ -45,6 +46,7 @@ int main(int argc, char *argv[])
 {
     // A file that grows beyond a limit is a write that fails, with its message and tidying up.
     std::signal(SIGXFSZ, SIG_IGN);
+    nk::pm::raiseOpenFileLimit(); // nothing here calls select()
     const auto parsed = parseCommandLine(argc, argv);
     if (const int *code = std::get_if<int>(&parsed))
         return *code;

@@ -3,9 +3,9 @@
 
 #include "index/packageindex.h"
 
+#include "closing/closingdown.h"
 #include "index/indexlogging.h"
 #include "index/packageindex_p.h"
-#include "install/closingdown.h"
 #include "repository/packagesource.h"
 
 #include <QElapsedTimer>

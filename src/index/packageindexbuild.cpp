@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "closing/closingdown.h"
 #include "index/indexlogging.h"
 #include "index/indexorder.h"
 #include "index/keywordnodes.h"
 #include "index/packageindex.h"
 #include "index/packageindex_p.h"
-#include "install/closingdown.h"
 
 namespace nk::pm {
 

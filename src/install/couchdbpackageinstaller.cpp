@@ -5,6 +5,7 @@
 
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
+#include <QPointer>
 #include <norvak/request.h>
 
 namespace nk::pm {
@@ -28,14 +29,15 @@ CouchDBPackageInstaller::CouchDBPackageInstaller(
     const QSharedPointer<FileStore> &store, const InstallLocation &location)
     : DownloadInstaller({DownloadFailed, CommitFailed, InstallFailed}, store, location)
 {
+    const QPointer<QNetworkAccessManager> sender(manager);
     const QJsonObject attachments = document[QLatin1String("_attachments")].toObject();
     for (auto attachment = attachments.begin(); attachment != attachments.end(); ++attachment) {
         const QString digest = hexDigest(attachment.value().toObject());
         if (!addFile(digest, attachment.key()))
             continue;
         const QUrl url = documentUrl.resolved(QUrl(attachment.key()));
-        fetch(digest, QCryptographicHash::Md5, url, [&] {
-            return new nk::GetRequest(QNetworkRequest(url), manager);
+        fetch(digest, QCryptographicHash::Md5, url, [url, sender] {
+            return new nk::GetRequest(QNetworkRequest(url), sender);
         });
     }
     start();

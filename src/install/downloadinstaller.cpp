@@ -3,17 +3,17 @@
 
 #include "install/downloadinstaller.h"
 
-#include "install/closingdown.h"
+#include "closing/closingdown.h"
 #include "install/filestore.h"
 #include "install/installdirectory.h"
 
 #include <QFutureWatcher>
-#include <QHash>
 #include <QMap>
 #include <QtConcurrent>
 #include <norvak/request.h>
 
-#include <atomic>
+#include <utility>
+#include <vector>
 
 namespace nk::pm {
 
@@ -22,12 +22,6 @@ namespace {
 using ErrorWatcher = QFutureWatcher<QList<InstallError>>;
 
 constexpr int httpOk = 200;
-
-/// For messages, which are logged and shown: without name and password.
-QString urlText(const QUrl &url)
-{
-    return url.toString(QUrl::RemoveUserInfo);
-}
 
 /// What the copy job works on, a copy of its own.
 struct CopyJob
@@ -57,129 +51,123 @@ QList<InstallError> CopyJob::run() const
 
 } // namespace
 
+/// One file of a package on its way into the store.
+struct Download
+{
+    QUrl url;
+    QString digest; // hexadecimal
+    QCryptographicHash::Algorithm algorithm;
+    std::function<nk::Request *()> send;
+    QSharedPointer<FileStoreTarget> target{};  // until it is committed or given up
+    int responseCode = 0;                      // HTTP status of the finished request
+    QFuture<FileStore::CommitResult> commit{}; // canceled if there is none
+};
+
 struct DownloadInstallerPrivate
 {
-    using CommitResult = FileStoreTarget::CommitResult;
-    using Step = void (DownloadInstallerPrivate::*)();
-
     DownloadInstaller *q;
     DownloadInstaller::ErrorCodes codes;
     QSharedPointer<FileStore> store;
-    QMap<QString, QString> fileNames;    ///< hexadecimal digest to file name, stored or not
-    QHash<int, DownloadEntry> downloads; ///< by number, from 0
-    QHash<int, QFuture<CommitResult>> commits;
-    int pendingCount = 0;            ///< requests or commits that have not finished
+    QMap<QString, QString> fileNames{}; ///< hexadecimal digest to file name, stored or not
+    std::vector<Download> downloads{};
+    size_t begun = 0;                ///< how many of them have their request, or can't have one
+    bool isWaitingForRoom = false;   ///< for the next of them
+    int requestCount = 0;            ///< that have not finished
+    int commitCount = 0;             ///< likewise
     ErrorWatcher *watcher = nullptr; ///< of the running copy job
-    QVector<QFuture<void>> diskJobs; ///< what works on targets of this installer
-    std::atomic_bool isAbandoned{false};
 
-    DownloadInstallerPrivate(
-        DownloadInstaller *installer, const DownloadInstaller::ErrorCodes &errorCodes,
-        const QSharedPointer<FileStore> &fileStore);
-    ~DownloadInstallerPrivate();
-    template<typename Job>
-    auto onDiskThread(Job job, Step next);
-    void prepareCommit(FileStoreTarget *target);
-    void endDownload();
-    void startCommits();
-    void endCommit();
-    void report(int number, DownloadEntry *entry);
+    void advance();
+    void waitForRoom();
+    void begin(size_t number);
+    void watch(const QFuture<FileStore::CommitResult> &commit);
+    void report(const Download &download);
     void startInstall();
 };
 
-DownloadInstallerPrivate::DownloadInstallerPrivate(
-    DownloadInstaller *installer, const DownloadInstaller::ErrorCodes &errorCodes,
-    const QSharedPointer<FileStore> &fileStore)
-    : q(installer)
-    , codes(errorCodes)
-    , store(fileStore)
-{}
-
-// The targets go next, and a job works on one of them.
-DownloadInstallerPrivate::~DownloadInstallerPrivate()
+/// Does what can be done now. Called whenever something has ended.
+void DownloadInstallerPrivate::advance()
 {
-    isAbandoned = true;
-    for (QFuture<void> &job : diskJobs)
-        job.waitForFinished();
-}
-
-/// Runs \a job on a thread of the store and then, back on the GUI thread, \a next.
-template<typename Job>
-auto DownloadInstallerPrivate::onDiskThread(Job job, Step next)
-{
-    using Result = decltype(job());
-    auto *jobWatcher = new QFutureWatcher<Result>(q);
-    QObject::connect(jobWatcher, &QFutureWatcherBase::finished, q, [this, jobWatcher, next] {
-        jobWatcher->deleteLater();
-        (this->*next)();
-    });
-    const QFuture<Result> future = QtConcurrent::run(store->diskThreads(), job);
-    diskJobs.append(QFuture<void>(future));
-    jobWatcher->setFuture(future);
-    return future;
-}
-
-void DownloadInstallerPrivate::prepareCommit(FileStoreTarget *target)
-{
-    const auto job = [this, target] {
-        if (!isAbandoned)
-            target->prepareCommit();
-    };
-    onDiskThread(job, &DownloadInstallerPrivate::endDownload);
-}
-
-void DownloadInstallerPrivate::endDownload()
-{
-    if (--pendingCount < 1)
-        startCommits();
-}
-
-// All at the same time, so that the device can make several files durable at once.
-void DownloadInstallerPrivate::startCommits()
-{
-    for (auto entry = downloads.constBegin(); entry != downloads.constEnd(); ++entry) {
-        if (entry->responseCode != httpOk)
-            continue;
-        const auto job = [this, target = entry->target] {
-            return isAbandoned ? FileStoreTarget::CommitFailed : target->commit();
-        };
-        commits.insert(entry.key(), onDiskThread(job, &DownloadInstallerPrivate::endCommit));
-    }
-    pendingCount = commits.size();
-    if (pendingCount < 1)
-        startInstall();
-}
-
-void DownloadInstallerPrivate::endCommit()
-{
-    if (--pendingCount < 1)
-        startInstall();
-}
-
-void DownloadInstallerPrivate::report(int number, DownloadEntry *entry)
-{
-    if (entry->responseCode == httpOk) {
-        const CommitResult result = commits.value(number).result();
-        if (result != FileStoreTarget::CommitOk) {
-            const auto text = QStringLiteral("Commit of file %1 (%2) failed (code %3)");
-            q->addError(
-                codes.commit,
-                text.arg(entry->digest, urlText(entry->url), QString::number(result)));
+    while (begun < downloads.size() && store->hasRoom())
+        begin(begun++);
+    const bool isComplete = begun == downloads.size();
+    if (!isComplete)
+        waitForRoom();
+    if (requestCount > 0)
+        return;
+    // All at the same time, so that the device can make several files durable at once; and before
+    // anybody waits for more room, since these targets take theirs.
+    for (Download &download : downloads) {
+        if (download.target) {
+            download.commit = store->commit(std::exchange(download.target, {}));
+            watch(download.commit);
         }
-    } else {
-        const auto text = QStringLiteral("Download of %1 failed with code %2");
-        q->addError(
-            codes.download, text.arg(urlText(entry->url), QString::number(entry->responseCode)));
     }
-    if (entry->target)
-        entry->target->deleteLater();
-    entry->target = nullptr;
+    if (isComplete && commitCount == 0)
+        startInstall();
+}
+
+void DownloadInstallerPrivate::waitForRoom()
+{
+    if (std::exchange(isWaitingForRoom, true))
+        return;
+    store->waitForRoom(q, [this] {
+        isWaitingForRoom = false;
+        advance();
+    });
+}
+
+/// Sends for a file that neither came nor is about to be there in the meantime.
+void DownloadInstallerPrivate::begin(size_t number)
+{
+    Download &download = downloads[number];
+    download.commit = store->runningCommit(download.digest);
+    if (!download.commit.isCanceled()) {
+        download.responseCode = httpOk;
+        return watch(download.commit);
+    }
+    download.target.reset(store->createTarget(download.digest, download.algorithm));
+    nk::Request *request = download.target ? download.send() : nullptr;
+    if (!request)
+        return download.target.reset();
+    download.target->setParent(nullptr);
+    request->setParent(q);
+    request->setDataSink(download.target.data());
+    request->setSuppressErrors(true);
+    request->setProperty("id", int(number));
+    QObject::connect(request, &nk::Request::finished, q, &DownloadInstaller::downloadFinished);
+    ++requestCount;
+}
+
+void DownloadInstallerPrivate::watch(const QFuture<FileStore::CommitResult> &commit)
+{
+    ++commitCount;
+    auto *commitWatcher = new QFutureWatcher<FileStore::CommitResult>(q);
+    QObject::connect(commitWatcher, &QFutureWatcherBase::finished, q, [this, commitWatcher] {
+        commitWatcher->deleteLater();
+        --commitCount;
+        advance();
+    });
+    commitWatcher->setFuture(commit);
+}
+
+void DownloadInstallerPrivate::report(const Download &download)
+{
+    const QString url = download.url.toString(QUrl::RemoveUserInfo); // it is logged and shown
+    if (download.responseCode != httpOk) {
+        const auto text = QStringLiteral("Download of %1 failed with code %2");
+        q->addError(codes.download, text.arg(url, QString::number(download.responseCode)));
+    } else if (const auto result = download.commit.result(); result != FileStoreTarget::CommitOk) {
+        const auto text = QStringLiteral("Commit of file %1 (%2) failed (code %3)");
+        q->addError(codes.commit, text.arg(download.digest, url, QString::number(result)));
+    }
 }
 
 void DownloadInstallerPrivate::startInstall()
 {
-    for (auto entry = downloads.begin(); entry != downloads.end(); ++entry)
-        report(entry.key(), &*entry);
+    if (watcher)
+        return;
+    for (const Download &download : downloads)
+        report(download);
     const CopyJob job{store, q->location(), fileNames, codes.install};
     watcher = new ErrorWatcher(q);
     QObject::connect(watcher, &ErrorWatcher::finished, q, &DownloadInstaller::installFinished);
@@ -190,7 +178,7 @@ DownloadInstaller::DownloadInstaller(
     const ErrorCodes &codes, const QSharedPointer<FileStore> &store,
     const InstallLocation &location)
     : PackageInstaller(location)
-    , d(new DownloadInstallerPrivate(this, codes, store))
+    , d(new DownloadInstallerPrivate{this, codes, store})
 {}
 
 DownloadInstaller::~DownloadInstaller() = default;
@@ -205,38 +193,25 @@ void DownloadInstaller::fetch(
     const QString &digest, QCryptographicHash::Algorithm algorithm, const QUrl &url,
     const std::function<nk::Request *()> &send)
 {
-    const int number = d->downloads.size();
-    FileStoreTarget *target = d->store->createTarget(digest, algorithm);
-    nk::Request *request = target ? send() : nullptr;
-    d->downloads.insert(number, DownloadEntry{url, digest, request, target});
-    if (!request)
-        return;
-    // The request is the first of the two children to go, since it writes to the other.
-    request->setParent(this);
-    target->setParent(this);
-    request->setDataSink(target);
-    request->setSuppressErrors(true);
-    request->setProperty("id", number);
-    connect(request, &nk::Request::finished, this, &DownloadInstaller::downloadFinished);
-    ++d->pendingCount;
+    d->downloads.push_back({url, digest, algorithm, send});
 }
 
 void DownloadInstaller::start()
 {
-    if (d->pendingCount < 1)
-        d->startCommits();
+    d->advance();
 }
 
 void DownloadInstaller::downloadFinished()
 {
     const auto *request = static_cast<nk::Request *>(sender());
-    DownloadEntry &entry = d->downloads[request->property("id").toInt()];
-    entry.responseCode = request->responseCode();
-    entry.request = nullptr;
-    if (entry.responseCode == httpOk)
-        d->prepareCommit(entry.target);
+    Download &download = d->downloads[size_t(request->property("id").toInt())];
+    download.responseCode = request->responseCode();
+    if (download.responseCode == httpOk)
+        FileStore::prepare(download.target);
     else
-        d->endDownload();
+        download.target.reset();
+    --d->requestCount;
+    d->advance();
 }
 
 void DownloadInstaller::installFinished()
@@ -244,8 +219,6 @@ void DownloadInstaller::installFinished()
     const auto errors = d->watcher->result();
     for (const InstallError &error : errors)
         addError(error);
-    d->watcher->deleteLater();
-    d->watcher = nullptr;
     finish();
 }
 

@@ -20,28 +20,18 @@ class Request;
 namespace nk::pm {
 
 class FileStore;
-class FileStoreTarget;
 struct DownloadInstallerPrivate;
-
-/// One file of a package on its way into the store.
-struct DownloadEntry
-{
-    QUrl url;
-    QString digest;                    ///< hexadecimal
-    nk::Request *request = nullptr;    ///< null from the moment it finished
-    FileStoreTarget *target = nullptr; ///< null once it was committed or given up
-    int responseCode = 0;              ///< HTTP status of the finished request, 0 before
-};
 
 /// What the installers of the network sources have in common: all files that the store lacks are
 /// downloaded at once, all are committed when the last request has ended, and one job on the thread
-/// pool then links or copies every file of the package from the store into the location. The GUI
-/// thread doesn't wait for the disk but to open the files.
+/// pool then links or copies every file of the package from the store into the location. Commits
+/// run on disk threads; the GUI thread opens the files, and writes what arrives. Where the process
+/// may have few open files, a large package comes in several parts, each downloaded and committed.
 ///
 /// A file that fails gives an error, and the others go on. There is no retry: a new installer
-/// downloads only what the store still lacks. Destroyed during the downloads, the installer leaves
-/// the store unchanged; during the commits, it waits for those that have begun and drops the
-/// others; destroyed later, it leaves the job to run to its end.
+/// downloads only what the store still lacks, and waits for what is being committed for another.
+/// Destroyed during the downloads, the installer leaves the store unchanged; destroyed later, it
+/// leaves the jobs to run to their end.
 ///
 /// A concrete class calls addFile(), and fetch() where needed, for each file and then start(), all
 /// in its constructor.
@@ -68,8 +58,9 @@ protected:
     bool addFile(const QString &digest, const QString &name);
 
     /// Lets the request that \a send makes fill the store's file with \a digest by \a algorithm.
-    /// The installer becomes the request's owner. \a url is for the error messages. A digest that
-    /// the store refuses counts as a failed download, and nothing is sent.
+    /// The installer becomes the request's owner; \a send may be called later, or never. \a url is
+    /// for the error messages. A digest that the store refuses, or a null request, counts as a
+    /// failed download.
     void fetch(
         const QString &digest, QCryptographicHash::Algorithm algorithm, const QUrl &url,
         const std::function<nk::Request *()> &send);

@@ -3,7 +3,7 @@
 
 #include "install/filecopy.h"
 
-#include "install/closingdown.h"
+#include "closing/closingdown.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,16 +3,19 @@
 
 #include "install/filestore.h"
 
+#include "closing/closingdown.h"
 #include "install/logging.h"
-#include "install/openfilelimit.h"
-#include "install/writeback.h"
+#include "install/openfiles.h"
 
 #include <QDir>
+#include <QFutureWatcher>
+#include <QHash>
+#include <QPointer>
+#include <QQueue>
 #include <QThread>
-#include <QThreadPool>
 #include <QWeakPointer>
+#include <QtConcurrent>
 #include <norvak/locations.h>
-#include <norvakutil/fileutils.h>
 
 #include <algorithm>
 
@@ -22,11 +25,6 @@ namespace {
 
 constexpr int minDigestLength = 8;
 constexpr int maxDigestLength = 128;
-constexpr int hashBlockSize = 64 * 1024; // bytes
-// bytes that a target leaves in the cache at most before it has the system write them to the disk
-constexpr qint64 writebackStep = 8 * 1024 * 1024;
-// A device makes durable together what several threads wait for at the same time.
-constexpr int diskThreadCount = 8;
 
 bool isHexDigit(QChar c)
 {
@@ -65,29 +63,68 @@ void dispose(FileStore *store)
         store->deleteLater();
 }
 
+FileStore::CommitResult commitAfter(
+    QFuture<FileStore::CommitResult> previous, FileStoreTarget &target)
+{
+    // Jobs begin in the order in which they were queued, so this waits for nobody who waits.
+    previous.waitForFinished();
+    if (previous.resultCount() > 0 && previous.result() == FileStoreTarget::CommitOk)
+        return FileStoreTarget::CommitOk;
+    return target.commit();
+}
+
 } // namespace
 
 struct FileStorePrivate
 {
+    struct Waiting
+    {
+        QPointer<QObject> context;
+        std::function<void()> turn;
+    };
+
     explicit FileStorePrivate(FileStore *store)
         : q(store)
         , root(Locations::dataLocation().absoluteFilePath(QStringLiteral("packages")))
         , files(root.absoluteFilePath(QStringLiteral("files")))
-    {
-        diskThreads.setMaxThreadCount(diskThreadCount);
-    }
+    {}
+
+    void targetGone();
+    void giveRoom();
 
     FileStore *q;
     const QDir root;
     const QDir files;
-    QThreadPool diskThreads;
+    QHash<QString, QFuture<FileStore::CommitResult>> commits; // by lower-case digest
+    int openTargets = 0;
+    QQueue<Waiting> waiting;
 };
+
+/// A target is closed: whoever waits for that is told from the event loop, since this may be in the
+/// middle of somebody's destruction.
+void FileStorePrivate::targetGone()
+{
+    --openTargets;
+    if (!waiting.isEmpty())
+        QMetaObject::invokeMethod(
+            q, [this] { giveRoom(); }, Qt::QueuedConnection);
+}
+
+void FileStorePrivate::giveRoom()
+{
+    while (!waiting.isEmpty() && q->hasRoom()) {
+        const Waiting next = waiting.dequeue();
+        if (next.context)
+            next.turn();
+    }
+}
 
 QSharedPointer<FileStore> FileStore::instance()
 {
     static QWeakPointer<FileStore> current;
     QSharedPointer<FileStore> store = current.toStrongRef();
     if (!store) {
+        waitForJobsAtExit();
         store.reset(new FileStore, dispose);
         current = store;
     }
@@ -121,11 +158,6 @@ bool FileStore::contains(const QString &digest) const
     return QFile::exists(filePath(digest));
 }
 
-QThreadPool *FileStore::diskThreads() const
-{
-    return &d->diskThreads;
-}
-
 FileStoreTarget *FileStore::createTarget(
     const QString &digest, QCryptographicHash::Algorithm algorithm)
 {
@@ -142,132 +174,55 @@ FileStoreTarget *FileStore::createTarget(
         delete target;
         return nullptr;
     }
+    ++d->openTargets;
+    connect(target, &QObject::destroyed, this, [this] { d->targetGone(); });
     return target;
 }
 
-FileStoreTarget::FileStoreTarget(
-    const QString &digest, QCryptographicHash::Algorithm algorithm, const QString &path,
-    QObject *parent)
-    : QIODevice(parent)
-    , m_digest(digest)
-    , m_hash(algorithm)
-    , m_saveFile(path)
+bool FileStore::hasRoom() const
 {
-    m_lag.reserve(hashBlockSize);
+    return d->openTargets < openTargetLimit();
 }
 
-FileStoreTarget::~FileStoreTarget() = default;
-
-bool FileStoreTarget::isSequential() const
+void FileStore::waitForRoom(QObject *context, const std::function<void()> &turn)
 {
-    return m_saveFile.isSequential();
+    d->waiting.enqueue({context, turn});
 }
 
-bool FileStoreTarget::open(OpenMode mode)
+void FileStore::prepare(const QSharedPointer<FileStoreTarget> &target)
 {
-    if (mode & ReadOnly || !(mode & WriteOnly))
-        return false;
-    QIODevice::open(mode);
-    if (m_saveFile.open(mode))
-        return true;
-    qCCritical(lcFileStore) << "Failed to open package storage file" << m_saveFile.fileName()
-                            << int(m_saveFile.error()) << m_saveFile.errorString();
-    return false;
+    target->m_preparation = QtConcurrent::run(diskThreads(), [target] {
+        if (!isClosingDown())
+            target->prepareCommit();
+    });
 }
 
-qint64 FileStoreTarget::pos() const
+QFuture<FileStore::CommitResult> FileStore::commit(const QSharedPointer<FileStoreTarget> &target)
 {
-    return m_saveFile.pos();
+    target->disconnect(this); // it dies with the job, on another thread
+    const QString digest = target->digest().toLower();
+    const auto job = [target, previous = runningCommit(digest)] {
+        if (isClosingDown())
+            return FileStoreTarget::CommitFailed;
+        target->m_preparation.waitForFinished();
+        return commitAfter(previous, *target);
+    };
+    const QFuture<CommitResult> future = QtConcurrent::run(diskThreads(), job);
+    d->commits.insert(digest, future);
+    auto *watcher = new QFutureWatcher<CommitResult>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, digest] {
+        watcher->deleteLater();
+        if (runningCommit(digest) == watcher->future())
+            d->commits.remove(digest);
+        d->targetGone();
+    });
+    watcher->setFuture(future);
+    return future;
 }
 
-qint64 FileStoreTarget::size() const
+QFuture<FileStore::CommitResult> FileStore::runningCommit(const QString &digest) const
 {
-    return m_saveFile.size();
-}
-
-bool FileStoreTarget::seek(qint64 position)
-{
-    return m_saveFile.seek(position);
-}
-
-bool FileStoreTarget::reset()
-{
-    if (!m_saveFile.reset())
-        return false;
-    m_hash.reset();
-    return true;
-}
-
-qint64 FileStoreTarget::readData(char *, qint64)
-{
-    return -1;
-}
-
-// The digest runs a block behind the file, so that it is fed whole blocks however small the
-// network's pieces are.
-qint64 FileStoreTarget::writeData(const char *data, qint64 size)
-{
-    m_lag.append(data, int(size));
-    if (m_lag.size() > hashBlockSize) {
-        m_hash.addData(m_lag.constData(), hashBlockSize);
-        m_lag.remove(0, hashBlockSize);
-    }
-    const qint64 written = m_saveFile.write(data, size);
-    if (written != size)
-        m_saveFile.cancelWriting(); // a writer that doesn't look must not commit a file with a gap
-    m_dirty += qMax(written, qint64(0));
-    if (m_dirty >= writebackStep) {
-        startWriteback(m_saveFile);
-        m_dirty = 0;
-    }
-    return written;
-}
-
-void FileStoreTarget::prepareCommit()
-{
-    startWriteback(m_saveFile);
-    m_hash.addData(m_lag);
-    m_lag.clear();
-}
-
-// QSaveFile::commit() of Qt 5.15 puts a file in place whose last block didn't fit on the disk: it
-// passes over the failure of its own flush.
-bool FileStoreTarget::commitFile()
-{
-    if (!m_saveFile.flush())
-        m_saveFile.cancelWriting();
-    return m_saveFile.commit();
-}
-
-FileStoreTarget::CommitResult FileStoreTarget::commit()
-{
-    const QByteArray expected = QByteArray::fromHex(m_digest.toLatin1());
-    m_hash.addData(m_lag);
-    m_lag.clear();
-    if (m_hash.result() != expected)
-        return commitUnproven(expected);
-    const bool committed = commitFile();
-    nk::util::FileUtils::syncFile(m_saveFile.fileName());
-    return committed ? CommitOk : CommitFailed;
-}
-
-// The running digest is wrong where the writer moved about in the file. What stands on disk
-// decides.
-FileStoreTarget::CommitResult FileStoreTarget::commitUnproven(const QByteArray &expected)
-{
-    m_hash.reset();
-    if (!commitFile())
-        return CommitFailed;
-    nk::util::FileUtils::syncFile(m_saveFile.fileName());
-    QFile file(m_saveFile.fileName());
-    if (!file.open(QIODevice::ReadOnly)) {
-        file.remove();
-        return CommitFailed;
-    }
-    if (!m_hash.addData(&file))
-        return CommitFailed;
-    file.close();
-    return m_hash.result() == expected ? CommitOk : CommitHashMismatch;
+    return d->commits.value(digest.toLower());
 }
 
 } // namespace nk::pm

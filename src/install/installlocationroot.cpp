@@ -11,6 +11,7 @@
 #include <QRandomGenerator64>
 #include <QtConcurrent>
 
+#include <atomic>
 #include <chrono>
 
 namespace nk::pm {
@@ -23,7 +24,7 @@ constexpr std::chrono::milliseconds lockTimeout = 1s;
 
 QString unusedDirectory()
 {
-    const QString parent = installDirectory();
+    const QString parent = installRoots();
     QString path;
     do {
         const quint64 number = QRandomGenerator64::global()->generate();
@@ -35,13 +36,25 @@ QString unusedDirectory()
     return path;
 }
 
+/// Where indexes come faster than sweeps end, one sweep is enough: they would pile up in the pool.
+void sweepUnlessSweeping()
+{
+    static std::atomic_bool isSweeping{false};
+    if (isSweeping.exchange(true))
+        return;
+    QtConcurrent::run([] {
+        removeStaleLocations();
+        isSweeping = false;
+    });
+}
+
 } // namespace
 
 InstallLocationRoot::InstallLocationRoot()
     : directory(unusedDirectory())
 {
     create();
-    QtConcurrent::run(removeStaleLocations);
+    sweepUnlessSweeping();
 }
 
 void InstallLocationRoot::create()

@@ -18,8 +18,9 @@ namespace nk::pm {
 class InstallLocationRoot
 {
 public:
-    /// Creates and locks the directory and starts a sweep of stale ones on the global thread pool.
-    /// Failures are logged; the root is used all the same. Blocks for a second at most.
+    /// Creates and locks the directory and starts a sweep of stale ones on the global thread pool,
+    /// unless one is under way. Failures are logged; the root is used all the same. Blocks for a
+    /// second at most.
     InstallLocationRoot();
 
     /// The location on a new root, with the path ".".

@@ -3,7 +3,7 @@
 
 #include "install/localpackageinstaller.h"
 
-#include "install/closingdown.h"
+#include "closing/closingdown.h"
 #include "install/installdirectory.h"
 
 #include <QDirIterator>

@@ -3,36 +3,30 @@
 
 #include "install/openfilelimit.h"
 
-#include <QFileDevice>
+#include <QtGlobal>
 
 #ifdef Q_OS_UNIX
+#include <algorithm>
 #include <sys/resource.h>
 #endif
 
 namespace nk::pm {
 
+bool raiseOpenFileLimit()
+{
 #ifdef Q_OS_UNIX
-
-bool leavesRoomForOthers(const QFileDevice &file)
-{
-    // The system gives out the lowest free number, so that a number tells how many are in use.
-    const rlim_t used = rlim_t(qMax(file.handle(), 0));
+    constexpr rlim_t most = 65536;
     rlimit limit{};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || used < limit.rlim_cur / 2)
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return false;
+    const rlim_t wanted = std::min(limit.rlim_max, most);
+    if (limit.rlim_cur >= wanted)
         return true;
-    const rlimit raised{qMin(limit.rlim_max, limit.rlim_cur * 2), limit.rlim_max};
-    if (raised.rlim_cur > limit.rlim_cur && ::setrlimit(RLIMIT_NOFILE, &raised) == 0)
-        return true;
-    return used < limit.rlim_cur - limit.rlim_cur / 4;
-}
-
+    limit.rlim_cur = wanted;
+    return ::setrlimit(RLIMIT_NOFILE, &limit) == 0;
 #else
-
-bool leavesRoomForOthers(const QFileDevice &)
-{
     return true;
-}
-
 #endif
+}
 
 } // namespace nk::pm

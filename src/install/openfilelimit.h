@@ -3,17 +3,17 @@
 
 #pragma once
 
-class QFileDevice;
+#include <norvakpackagemanager_export.h>
 
 namespace nk::pm {
 
-/// Whether \a file, just opened, leaves the process enough file descriptors for everything else.
-/// Raises the process's soft limit, as far as the hard one allows, before they run short. True
-/// where there is no such limit. Any thread.
+/// Raises this process's soft limit of open files (RLIMIT_NOFILE) to the hard one, 65536 at most.
+/// False if it can't be raised; does nothing where there is no such limit. Any thread.
 ///
-/// All files of a package are open until the last one has arrived, and systems start a process with
-/// as few as 256 or 1024 descriptors. Whoever takes the last of them leaves no socket to download
-/// with.
-bool leavesRoomForOthers(const QFileDevice &file);
+/// Optional, for the main() of an application that installs packages of many files: the library
+/// never does it by itself, and then downloads so many files at a time as a quarter of the limit
+/// allows. Programs that the process starts later inherit the limit, and code that calls select()
+/// can't deal with descriptors from 1024 on.
+NK_PM_EXPORT bool raiseOpenFileLimit();
 
 } // namespace nk::pm

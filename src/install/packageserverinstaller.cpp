@@ -3,6 +3,8 @@
 
 #include "install/packageserverinstaller.h"
 
+#include <QPointer>
+#include <norvak/request.h>
 #include <norvakaccount/service.h>
 
 namespace nk::pm {
@@ -11,19 +13,21 @@ PackageServerInstaller::PackageServerInstaller(
     const QHash<QByteArray, QString> &files, nk::account::Service *service,
     const QSharedPointer<FileStore> &store, const InstallLocation &location)
     : DownloadInstaller({DownloadFailed, CommitFailed, InstallFailed}, store, location)
-    , m_service(service)
 {
-    if (!m_service) {
+    if (!service) {
         addError(NoService, QStringLiteral("No service for package file download"));
         finish();
         return;
     }
+    const QPointer<nk::account::Service> sender(service);
     for (auto file = files.begin(); file != files.end(); ++file) {
         const QString digest = QString::fromLatin1(file.key().toHex());
         if (!addFile(digest, file.value()))
             continue;
         const QUrl url(QStringLiteral("./api/v1/ledger/%1").arg(digest));
-        fetch(digest, QCryptographicHash::Sha224, url, [&] { return m_service->getRequest(url); });
+        fetch(digest, QCryptographicHash::Sha224, url, [url, sender]() -> nk::Request * {
+            return sender ? sender->getRequest(url) : nullptr;
+        });
     }
     start();
 }

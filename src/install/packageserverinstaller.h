@@ -7,7 +7,6 @@
 
 #include <QByteArray>
 #include <QHash>
-#include <QPointer>
 
 namespace nk::account {
 class Service;
@@ -34,9 +33,6 @@ public:
     PackageServerInstaller(
         const QHash<QByteArray, QString> &files, nk::account::Service *service,
         const QSharedPointer<FileStore> &store, const InstallLocation &location);
-
-private:
-    const QPointer<nk::account::Service> m_service;
 };
 
 } // namespace nk::pm

@@ -3,10 +3,11 @@
 
 #include "install/stalelocations.h"
 
-#include "install/closingdown.h"
+#include "closing/closingdown.h"
 #include "install/logging.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFileInfo>
 #include <QLockFile>
 #include <QThread>
@@ -32,6 +33,24 @@ bool isOld(const QFileInfo &entry, const QDateTime &now)
     return created.secsTo(now) > youngest.count();
 }
 
+/// QDir::removeRecursively(), but ends early with the application: a root may have held a large
+/// catalogue. The next sweep finds the rest.
+void removeTree(const QString &path)
+{
+    QStringList directories{path};
+    const auto everything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+    QDirIterator entries(path, everything, QDirIterator::Subdirectories);
+    while (entries.hasNext() && !isClosingDown()) {
+        const QString entry = entries.next();
+        if (entries.fileInfo().isDir() && !entries.fileInfo().isSymLink())
+            directories.append(entry);
+        else
+            QFile::remove(entry);
+    }
+    while (!directories.isEmpty() && !isClosingDown())
+        QDir().rmdir(directories.takeLast());
+}
+
 void removeIfUnused(const QString &path)
 {
     QLockFile lock(path + QLatin1String("/.lock"));
@@ -39,13 +58,13 @@ void removeIfUnused(const QString &path)
         return;
     lock.unlock();
     QThread::usleep(pauseAfterUnlock.count());
-    QDir(path).removeRecursively();
+    removeTree(path);
     qCDebug(lcInstall) << "Removing stale install location" << path;
 }
 
 } // namespace
 
-QString installDirectory()
+QString installRoots()
 {
     return QDir::cleanPath(
         nk::Locations::dataLocation().absoluteFilePath(QStringLiteral("packages/install")));
@@ -53,11 +72,13 @@ QString installDirectory()
 
 void removeStaleLocations()
 {
-    sweepLocations(installDirectory(), QDateTime::currentDateTimeUtc());
+    sweepLocations(installRoots(), QDateTime::currentDateTimeUtc());
 }
 
 void sweepLocations(const QString &parent, const QDateTime &now)
 {
+    if (isClosingDown())
+        return;
     const QFileInfoList entries =
         QDir(parent).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted);
     for (const QFileInfo &entry : entries) {

@@ -9,7 +9,7 @@
 namespace nk::pm {
 
 /// Absolute path of the parent of all install roots, below the data location. Safe on any thread.
-QString installDirectory();
+QString installRoots();
 
 /// Removes the install roots that are older than 300 seconds and that nobody has locked. For the
 /// thread pool: it waits up to 350 ms for each lock. Several runs, of several processes too, may

@@ -3,8 +3,8 @@
 
 #include "repository/packagerepository.h"
 
+#include "closing/closingdown.h"
 #include "index/packageindex.h"
-#include "install/closingdown.h"
 #include "repository/packagerepository_p.h"
 #include "repository/packagesource.h"
 
@@ -48,7 +48,7 @@ PackageRepository::PackageRepository(SourcePersistencePolicy policy, QObject *pa
           QDeadlineTimer(Qt::CoarseTimer),
           {}})
 {
-    waitForPoolAtExit();
+    waitForJobsAtExit();
     connect(
         d->watcher, &PackageRepositoryPrivate::IndexWatcher::finished, this,
         &PackageRepository::finishUpdate);

@@ -3,7 +3,7 @@
 
 #include "sources/ledgerloader.h"
 
-#include "install/closingdown.h"
+#include "closing/closingdown.h"
 #include "sources/ledgerformat.h"
 #include "sources/ledgerstructure.h"
 #include "sources/ledgerverification.h"

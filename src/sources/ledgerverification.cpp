@@ -3,7 +3,7 @@
 
 #include "sources/ledgerverification.h"
 
-#include "install/closingdown.h"
+#include "closing/closingdown.h"
 #include "sources/ledgerformat.h"
 #include "sources/signedcontent.h"
 #include "sources/verifiedsignatures.h"

@@ -3,7 +3,7 @@
 
 #include "sources/localpackagescan.h"
 
-#include "install/closingdown.h"
+#include "closing/closingdown.h"
 
 #include <QDirIterator>
 #include <QFile>

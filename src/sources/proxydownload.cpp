@@ -10,7 +10,6 @@
 #include <QCoreApplication>
 #include <QFutureWatcher>
 #include <QHash>
-#include <QtConcurrent>
 
 #include <utility>
 
@@ -63,9 +62,8 @@ ProxyDownload::ProxyDownload(
     , m_digest(digest)
     , m_target(target)
 {
-    // The request is the first of the two children to go, since it writes to the other.
     request->setParent(this);
-    target->setParent(this);
+    target->setParent(nullptr);
     request->setDataSink(target);
     connect(request, &nk::Request::finished, this, [this, request] {
         const int code = request->responseCode();
@@ -76,25 +74,20 @@ ProxyDownload::ProxyDownload(
     });
 }
 
-// The target goes next, and the job works on it.
 ProxyDownload::~ProxyDownload()
 {
-    m_commit.waitForFinished();
     if (running().value(m_digest) == this)
         running().remove(m_digest);
 }
 
 void ProxyDownload::commit()
 {
-    using CommitResult = FileStoreTarget::CommitResult;
-    auto *watcher = new QFutureWatcher<CommitResult>(this);
-    connect(watcher, &QFutureWatcherBase::finished, this, [this] {
-        const bool stored = m_commit.result() == FileStoreTarget::CommitOk;
+    auto *watcher = new QFutureWatcher<FileStore::CommitResult>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
+        const bool stored = watcher->result() == FileStoreTarget::CommitOk;
         finish(stored ? ProxyStatus::Ok : ProxyStatus::InternalError);
     });
-    m_commit =
-        QtConcurrent::run(m_store->diskThreads(), [target = m_target] { return target->commit(); });
-    watcher->setFuture(m_commit);
+    watcher->setFuture(m_store->commit(std::exchange(m_target, {})));
 }
 
 void ProxyDownload::finish(int code)

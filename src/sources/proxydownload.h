@@ -7,7 +7,6 @@
 
 #include <norvakaccount/service.h>
 
-#include <QFuture>
 #include <QObject>
 #include <QPointer>
 #include <QSharedPointer>
@@ -41,7 +40,7 @@ struct ProxyClient
 /// One file on its way into the store because clients of the file proxy want it. Answers them when
 /// the file is there or can't be had, also when all others have let go of server and store, and
 /// then deletes itself; at the latest with the application object. GUI thread, but the commit,
-/// which waits for the disk, runs on a thread of the store.
+/// which waits for the disk, runs on a disk thread.
 class ProxyDownload final : public QObject
 {
 public:
@@ -62,8 +61,7 @@ private:
     QVector<ProxyClient> m_clients; // the first one's service is asked
     const QSharedPointer<FileStore> m_store;
     const QString m_digest;
-    FileStoreTarget *const m_target;
-    QFuture<FileStoreTarget::CommitResult> m_commit;
+    QSharedPointer<FileStoreTarget> m_target; // until it is committed
 };
 
 } // namespace nk::pm

@@ -1,8 +1,10 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
+#include "closing/closingdown.h"
 #include "install/filestore.h"
 #include "install/installlocationroot.h"
+#include "install/openfilelimit.h"
 #include "install/packageserverinstaller.h"
 #include "support/filesizelimit.h"
 #include "support/ledgerbuilder.h"
@@ -107,6 +109,7 @@ private Q_SLOTS:
     void hostileNamesStayInside();
     void destroyedInAnyPhase_data();
     void destroyedInAnyPhase();
+    void destroyedWhileCommitting();
     void destroyedWhileCopying();
     void destroyedByItsOwnNews();
     void serviceDiesOnTheWay();
@@ -124,6 +127,7 @@ void PackageServerInstallerTest::init()
 void PackageServerInstallerTest::cleanup()
 {
     QThreadPool::globalInstance()->waitForDone();
+    diskThreads()->waitForDone();
     m_location = InstallLocation();
     m_store.reset();
     for (const QString &file : storedFiles())
@@ -303,17 +307,35 @@ void PackageServerInstallerTest::destroyedInAnyPhase()
         QTRY_COMPARE(running(), 2 - qMax(0, answered));
     installer.reset();
     QTRY_COMPARE(m_server->http().heldCount(), 0);
-    QThreadPool::globalInstance()->waitForDone();
-    // What a commit had begun with is there as a whole, and the rest left nothing.
-    for (const QString &path : storedFiles()) {
-        QCOMPARE(answered, 2);
+    diskThreads()->waitForDone();
+    // Commits run to their end, all else left nothing.
+    const QStringList stored = storedFiles();
+    QCOMPARE(stored.size(), answered < 2 ? 0 : 2);
+    for (const QString &path : stored)
         QCOMPARE(path, m_store->filePath(hexDigest(readFile(path))));
-    }
 
     m_server->addFile("alpha");
     m_server->addFile("beta");
     const auto again = install();
     QTRY_COMPARE(again->status(), PackageInstaller::Succeeded);
+}
+
+void PackageServerInstallerTest::destroyedWhileCommitting()
+{
+    serve("a", "alpha");
+    auto first = install();
+    QSemaphore gate;
+    const int threads = diskThreads()->maxThreadCount();
+    for (int i = 0; i < threads; ++i)
+        diskThreads()->start([&gate] { gate.acquire(); });
+    const bool isDownloaded =
+        QTest::qWaitFor([&] { return first->findChildren<nk::Request *>().isEmpty(); }, 30000);
+    const auto second = install(); // as after a new index
+    first.reset();
+    gate.release(threads);
+    QVERIFY(isDownloaded);
+    QTRY_COMPARE(second->status(), PackageInstaller::Succeeded);
+    QCOMPARE(m_server->http().requestCount(), 1);
 }
 
 void PackageServerInstallerTest::destroyedWhileCopying()
@@ -368,8 +390,16 @@ void PackageServerInstallerTest::manySmallFiles()
     QCOMPARE(::getrlimit(RLIMIT_NOFILE, &previous), 0);
     const rlimit usual{1024, previous.rlim_max};
     QCOMPARE(::setrlimit(RLIMIT_NOFILE, &usual), 0);
-    const auto installer = install();
-    QTRY_COMPARE_WITH_TIMEOUT(installer->status(), PackageInstaller::Succeeded, 120000);
+    auto one = install();
+    const auto other = install(); // which waits for what the first downloads, or does it itself
+    one.reset();
+    QTRY_COMPARE_WITH_TIMEOUT(other->status(), PackageInstaller::Succeeded, 120000);
+    rlimit current{};
+    QCOMPARE(::getrlimit(RLIMIT_NOFILE, &current), 0);
+    QCOMPARE(current.rlim_cur, usual.rlim_cur);
+    QVERIFY(raiseOpenFileLimit());
+    QCOMPARE(::getrlimit(RLIMIT_NOFILE, &current), 0);
+    QCOMPARE(current.rlim_cur, qMin<rlim_t>(current.rlim_max, 65536));
     ::setrlimit(RLIMIT_NOFILE, &previous);
     QCOMPARE(entries(m_location.directory(false)).size(), count);
     QCOMPARE(readFile(m_location.pathToFile("file 1999")), numberedContent(1999, 100));

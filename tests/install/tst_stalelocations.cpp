@@ -47,13 +47,13 @@ void StaleLocationsTest::unlockedRootsGoAfter300Seconds()
     QVERIFY(created.isValid());
     LogRecorder log("norvak.package.install");
     for (const int age : {-1000, 0, 300, 301}) {
-        sweepLocations(installDirectory(), created.addSecs(age));
+        sweepLocations(installRoots(), created.addSecs(age));
         QVERIFY2(QFileInfo::exists(root.filePath()) == (age <= 300), QByteArray::number(age));
     }
     QCOMPARE(
         log.lines(),
         QStringList("debug: Removing stale install location \"" + root.filePath() + '"'));
-    QVERIFY(QFileInfo::exists(installDirectory()));
+    QVERIFY(QFileInfo::exists(installRoots()));
 }
 
 void StaleLocationsTest::liveRootsStay()
@@ -68,7 +68,7 @@ void StaleLocationsTest::liveRootsStay()
     QVERIFY(lock.setFileTime(hoursAgo, QFileDevice::FileModificationTime));
     lock.close();
 
-    sweepLocations(installDirectory(), afterSeconds(100000));
+    sweepLocations(installRoots(), afterSeconds(100000));
     QVERIFY(root.directory(false).exists());
     QVERIFY(QFileInfo::exists(lock.fileName()));
 }
@@ -89,7 +89,7 @@ void StaleLocationsTest::rootOfADeadProcessGoes()
         QVERIFY(process.waitForFinished());
         writeFile(path + "/.lock", deadPid + left.mid(left.indexOf('\n')));
     }
-    sweepLocations(installDirectory(), afterSeconds(302));
+    sweepLocations(installRoots(), afterSeconds(302));
     QVERIFY(!QFileInfo::exists(path));
 }
 
@@ -102,7 +102,7 @@ void StaleLocationsTest::symbolicLinksAreNotFollowed()
     const QString path = makeRoot(data, "old");
     makeLink(path + "/inner", outside.path());
 
-    sweepLocations(installDirectory(), afterSeconds(302));
+    sweepLocations(installRoots(), afterSeconds(302));
     QVERIFY(!QFileInfo::exists(path));
     QVERIFY(QFileInfo::exists(outside.filePath("precious")));
     QVERIFY(!QFileInfo::exists(outside.filePath(".lock")));
@@ -119,12 +119,12 @@ void StaleLocationsTest::overlappingSweepsRemoveEverything()
     QThreadPool pool;
     pool.setMaxThreadCount(4);
     for (int i = 0; i < 4; ++i)
-        QtConcurrent::run(&pool, [] { sweepLocations(installDirectory(), afterSeconds(302)); });
+        QtConcurrent::run(&pool, [] { sweepLocations(installRoots(), afterSeconds(302)); });
     pool.waitForDone();
     // Where two runs were in one directory the first may have left it to the other.
-    sweepLocations(installDirectory(), afterSeconds(302));
+    sweepLocations(installRoots(), afterSeconds(302));
     QCOMPARE(
-        QDir(installDirectory()).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
+        QDir(installRoots()).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
         QStringList{live.directory(false).dirName()});
     QVERIFY(live.contains("kept"));
 }
