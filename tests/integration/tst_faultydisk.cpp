@@ -22,7 +22,7 @@ Q_DECLARE_METATYPE(Rule)
 
 namespace {
 
-constexpr int sampleSize = 6; // of a scenario's faults, each two runs of a program
+constexpr int sampleSize = 4; // of a scenario's faults, each two runs of a program
 
 /// The calls by which a program looks at files and changes them.
 const char diskCalls[] = "%file,read,pread64,write,pwrite64,getdents64,fsync,fdatasync,syncfs,"
@@ -111,6 +111,8 @@ private Q_SLOTS:
     void initTestCase();
     void everyCallMayFail_data();
     void everyCallMayFail();
+    /// Else no run has met its fault.
+    void cleanupTestCase() { QVERIFY(m_told > 0); }
 
 private:
     QString path(const QString &name) const { return m_root.filePath(name); }
@@ -120,6 +122,7 @@ private:
     void runAgain(const QStringList &command) const;
 
     QTemporaryDir m_root;
+    int m_told = 0;   // runs that failed or were killed
     QString m_target; // what the programs change, in "work", which begins as a copy of "old"
 };
 
@@ -190,7 +193,10 @@ CallResult tst_FaultyDisk::run(const QStringList &command, const QStringList &tr
 void tst_FaultyDisk::judge(
     const CallResult &result, const Tree &before, const Tree &after, Rule isWhole) const
 {
-    QVERIFY2(!result.errors.contains("Sanitizer"), qPrintable(result.errors));
+    if (result.errors.contains("SanitizerTool: CHECK failed"))
+        return; // its own writes to a pipe, of which it expects to fail otherwise
+    for (const char *fault : {"ERROR: AddressSanitizer", "runtime error:"})
+        QVERIFY2(!result.errors.contains(fault), qPrintable(result.errors));
     const Tree now = visible(path("work/" + m_target));
     if (result.exitCode == 0)
         QCOMPARE(now, after);
@@ -214,7 +220,8 @@ void tst_FaultyDisk::everyCallMayFail()
     QFETCH(QStringList, command);
     QFETCH(Rule, isWhole);
     m_target = target;
-    const QStringList tracing{"strace", "-f", "-qq", "-y", "--seccomp-bpf"};
+    // Not with its filters in the kernel: strace can't send a signal from there.
+    const QStringList tracing{"strace", "-f", "-qq", "-y"};
     resetWork();
     const Tree before = visible(path("work/" + m_target));
     const QStringList logging{"-e", QString("trace=") + diskCalls, "-o", path("log")};
@@ -234,13 +241,13 @@ void tst_FaultyDisk::everyCallMayFail()
         std::shuffle(faults.begin(), faults.end(), random);
         faults = faults.mid(0, sampleSize);
     }
-    qInfo("%d faults", faults.size());
     for (const QString &fault : qAsConst(faults)) {
         resetWork();
         const QString name = fault.section(QRegularExpression("[=:]"), 1, 1);
         const QStringList injecting{"-e", "trace=" + name, "-e", fault, "-o", "/dev/null"};
         const CallResult result = run(command, tracing + injecting);
         judge(result, before, after, isWhole);
+        m_told += result.exitCode != 0;
         runAgain(command);
         if (!QTest::currentTestFailed())
             continue;
