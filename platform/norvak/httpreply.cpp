@@ -34,7 +34,6 @@ void HttpReply::setHead(const QUrl &url, const http::Head &head)
     setAttribute(QNetworkRequest::HttpReasonPhraseAttribute, head.reason);
     setAttribute(
         QNetworkRequest::ConnectionEncryptedAttribute, url.scheme() == QLatin1String("https"));
-    Q_EMIT metaDataChanged();
 }
 
 void HttpReply::conclude(const QUrl &url, int status, http::Fault fault, const QString &detail)

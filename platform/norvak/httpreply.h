@@ -21,6 +21,7 @@ public:
 
     /// abort() calls \a cancel.
     void setCancel(const std::function<void()> &cancel) { m_cancel = cancel; }
+    /// Emits nothing: metaDataChanged() is for the caller, once all is in order.
     void setHead(const QUrl &url, const http::Head &head);
     /// The end of the exchange: a \a status, or 0 and why there is none. Emits.
     void conclude(const QUrl &url, int status, http::Fault fault, const QString &detail);

@@ -161,14 +161,12 @@ bool RequestPrivate::event(QEvent *event)
     return true;
 }
 
-// Each signal on the way may end the request, or run an event loop in which more news come.
+// The signals come last: each may end the request, or run an event loop in which more news come.
 void RequestPrivate::hear(const http::Transfer::News &news)
 {
     const QPointer<QObject> alive(this);
     if (news.head)
         takeHead(*news.head);
-    if (!alive || done)
-        return;
     if (const Fault fault = faultOfLength(); fault != Fault::None) {
         fail(fault);
         return;
@@ -182,7 +180,9 @@ void RequestPrivate::hear(const http::Transfer::News &news)
         http::TransferThread::resume(transfer);
     if (news.hasEnded)
         transfer = nullptr;
-    if (!news.body.isEmpty() && reply)
+    if (news.head && reply)
+        Q_EMIT reply->metaDataChanged();
+    if (alive && !news.body.isEmpty() && reply)
         Q_EMIT reply->downloadProgress(received, head.length());
     if (alive && news.hasEnded && !done)
         hopEnded(news.fault, news.detail);

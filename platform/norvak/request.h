@@ -94,7 +94,8 @@ public:
     int responseCode() const;
 
     /// The exchange's reply, for its headers, and at the end for error() and errorString(), which
-    /// tell why responseCode() is 0. It covers all redirects, and there is nothing to read from it.
+    /// tell why responseCode() is 0. It covers all redirects, there is nothing to read from it, and
+    /// its manager() is null.
     /// abort() ends the request as a failed one. Owned by the request: don't keep it beyond
     /// finished().
     QNetworkReply *reply() const;

@@ -277,6 +277,9 @@ void tst_Request::largeBodies()
     QVERIFY(sink.open(QIODevice::WriteOnly));
     Get intoSink(server.url(), &m_manager, &sink);
     Get intoMemory(server.url(), &m_manager);
+    const auto hearMore = [] { QCoreApplication::processEvents(); };
+    connect(intoMemory.request->reply(), &QNetworkReply::metaDataChanged, &server, hearMore);
+    connect(intoMemory.request->reply(), &QNetworkReply::downloadProgress, &server, hearMore);
     QVERIFY(intoSink.ended() && intoMemory.ended());
     QVERIFY(intoSink.code == 200 && intoSink.bytes.isEmpty() && sink.data() == large);
     QVERIFY(intoMemory.code == 200 && intoMemory.bytes == large);
