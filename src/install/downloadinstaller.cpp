@@ -116,7 +116,7 @@ void DownloadInstallerPrivate::waitForRoom()
     });
 }
 
-/// Sends for a file that neither came nor is about to be there in the meantime.
+/// Sends for a file, unless it is being committed for somebody else.
 void DownloadInstallerPrivate::begin(size_t number)
 {
     Download &download = downloads[number];
