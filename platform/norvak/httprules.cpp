@@ -90,8 +90,8 @@ Fault faultOf(const Head &head, bool isConditional)
     const bool hasLength = !head.value("Content-Length").isNull();
     if (!coding.isNull())
         return coding.toLower() == "chunked" && !hasLength ? Fault::None : Fault::Malformed;
-    if (!hasLength)
-        return Fault::WithoutEnd;
+    if (!hasLength) // nobody reads where a redirect ends
+        return isRedirect(head.status) ? Fault::None : Fault::WithoutEnd;
     return head.length() >= 0 ? Fault::None : Fault::Malformed;
 }
 

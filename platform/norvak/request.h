@@ -35,7 +35,8 @@ struct RequestPrivate;
 /// Bodies arrive as the server stored them: the identity encoding is asked for unless the request's
 /// own Accept-Encoding says otherwise. About 1 MiB is held between network and sink, however large
 /// the body is. A body is whole, by its Content-Length or its chunks, or the exchange failed; one
-/// that neither delimits is never whole, and a 304 that wasn't asked for is no answer.
+/// that neither delimits is never whole, but for a redirect's, and a 304 that wasn't asked for is
+/// no answer.
 ///
 /// The bounds of an answer: 64 KiB and 200 lines of headers, 1xx answers included, beyond which the
 /// exchange fails; 64 KiB of the body of an answer other than 2xx, the rest of which is left, as
