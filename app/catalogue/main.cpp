@@ -9,6 +9,7 @@
 #include "screenshot.h"
 
 #include "install/openfilelimit.h"
+#include "install/storepolicy.h"
 #include "network/directoryfault.h"
 #include "proxy/proxyhostcheck.h"
 
@@ -43,6 +44,7 @@ int main(int argc, char *argv[])
         QQuickWindow::setSceneGraphBackend(QSGRendererInterface::Software);
     setUpCatalogueModule();
     nk::pm::setProxyHostCheck(true);
+    nk::pm::setStorePolicy(nk::pm::StorePolicy::Strict);
 
     lowerPoolPriority();
     const Options options = parseOptions(QCoreApplication::arguments());

@@ -9,6 +9,7 @@
 #include "output.h"
 
 #include "install/openfilelimit.h"
+#include "install/storepolicy.h"
 #include "network/directoryfault.h"
 #include "proxy/proxyhostcheck.h"
 
@@ -55,6 +56,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("nkpm"));
     setUpLog(invocation.verbose);
     nk::pm::setProxyHostCheck(true);
+    nk::pm::setStorePolicy(nk::pm::StorePolicy::Strict);
     if (!invocation.dataDirectory.isEmpty())
         nk::Locations::setDataLocation(invocation.dataDirectory);
     const QString fault = nk::pm::app::dataDirectoryFault(nk::Locations::dataLocation().path());

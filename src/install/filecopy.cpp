@@ -38,15 +38,25 @@ bool renameWithoutReplacing(const QString &from, const QString &to)
     return MoveFileExW(nativePath(nativeFrom), nativePath(nativeTo), 0);
 }
 
+bool renameReplacing(const QString &from, const QString &to)
+{
+    const QString nativeFrom = QDir::toNativeSeparators(from);
+    const QString nativeTo = QDir::toNativeSeparators(to);
+    return MoveFileExW(nativePath(nativeFrom), nativePath(nativeTo), MOVEFILE_REPLACE_EXISTING);
+}
+
 #else
+
+bool renameReplacing(const QString &from, const QString &to)
+{
+    return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+}
 
 bool renameWithoutReplacing(const QString &from, const QString &to)
 {
     // Only where hard links don't exist. Between the test and the call another thread may lay the
     // same file down; replacing it then as a whole does no harm.
-    return !QFileInfo::exists(to)
-           && std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData())
-                  == 0;
+    return !QFileInfo::exists(to) && renameReplacing(from, to);
 }
 
 #endif
@@ -92,6 +102,14 @@ bool copyFile(const QString &source, const QString &target)
     to.setPermissions(from.permissions());
     to.close();
     return hardLink(to.fileName(), target) || renameWithoutReplacing(to.fileName(), target);
+}
+
+bool moveOver(const QString &source, const QString &target)
+{
+    const bool moved = renameReplacing(source, target);
+    if (!moved)
+        QFile::remove(source);
+    return moved;
 }
 
 } // namespace nk::pm

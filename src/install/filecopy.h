@@ -7,8 +7,9 @@
 
 namespace nk::pm {
 
-// How one file gets a second place on disk. Both functions leave an existing \a target as it is and
-// return false then; both are safe on any thread and between processes.
+// How one file gets a second place on disk, or another one. hardLink() and copyFile() leave an
+// existing \a target as it is and return false then; all are safe on any thread and between
+// processes.
 
 /// Makes \a target a second name of the file \a source. False where the file system can't, for
 /// example across volumes.
@@ -18,5 +19,9 @@ bool hardLink(const QString &source, const QString &target);
 /// temporary name beside \a target, so that a full disk or a killed process leaves no half file
 /// under the final name. Gives up when the application is closing down.
 bool copyFile(const QString &source, const QString &target);
+
+/// Renames \a source to \a target, in one step in place of a file that stands there. If that fails,
+/// \a source is removed.
+bool moveOver(const QString &source, const QString &target);
 
 } // namespace nk::pm

@@ -159,18 +159,18 @@ bool FileStore::contains(const QString &digest) const
 }
 
 FileStoreTarget *FileStore::createTarget(
-    const QString &digest, QCryptographicHash::Algorithm algorithm)
+    const QString &digest, QCryptographicHash::Algorithm algorithm, StorePolicy policy)
 {
-    if (!isValidDigest(digest))
+    const bool hasLength = digest.size() == 2 * QCryptographicHash::hashLength(algorithm);
+    if (!isValidDigest(digest) || (policy == StorePolicy::Strict && !hasLength))
         return nullptr;
-    auto *target = new FileStoreTarget(digest, algorithm, filePath(digest), this);
+    auto *target = new FileStoreTarget(digest, algorithm, filePath(digest), policy, this);
     if (!target->open(QIODevice::WriteOnly)) {
         target->deleteLater();
         return nullptr;
     }
     if (!leavesRoomForOthers(target->m_saveFile)) {
-        qCCritical(lcFileStore) << "Too many open files for package storage file"
-                                << target->m_saveFile.fileName();
+        qCCritical(lcFileStore) << "Too many open files for package storage file" << target->m_path;
         delete target;
         return nullptr;
     }

@@ -21,9 +21,9 @@ struct FileStorePrivate;
 /// The package files that came over the network, on disk, each named by the hexadecimal digest of
 /// its content: "packages/files/ab/cdef..." below Locations::dataLocation().
 ///
-/// A file under its final name is always complete, and stays for good. Several processes may fill
-/// one store. GUI thread, but for filePath() and contains(), which are safe on any thread that
-/// holds the store.
+/// A file under its final name is always complete, and stays until somebody asks for room. What a
+/// wrong content means is a matter of storePolicy(). Several processes may fill one store. GUI
+/// thread, but for filePath() and contains(), which are safe on any thread that holds the store.
 class FileStore final : public QObject
 {
     Q_OBJECT
@@ -49,9 +49,12 @@ public:
     bool contains(const QString &digest) const;
 
     /// A new, open target for a file whose content has \a digest by \a algorithm; null if the
-    /// digest is invalid, the file can't be opened or the process has hardly a file descriptor
-    /// left. Child of the store, until the caller gives it another parent.
-    FileStoreTarget *createTarget(const QString &digest, QCryptographicHash::Algorithm algorithm);
+    /// digest is invalid, for a strict policy by its length too, the file can't be opened or the
+    /// process has hardly a file descriptor left. Child of the store, until the caller gives it
+    /// another parent.
+    FileStoreTarget *createTarget(
+        const QString &digest, QCryptographicHash::Algorithm algorithm,
+        StorePolicy policy = storePolicy());
 
     /// Whether another target leaves the process enough file descriptors for everything else. Who
     /// may want many targets asks before each; createTarget() itself doesn't.

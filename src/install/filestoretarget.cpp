@@ -3,10 +3,13 @@
 
 #include "install/filestoretarget.h"
 
+#include "install/filecopy.h"
 #include "install/logging.h"
 #include "install/writeback.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
 #include <norvakutil/fileutils.h>
 
 namespace nk::pm {
@@ -17,15 +20,26 @@ constexpr int hashBlockSize = 64 * 1024; // bytes
 // bytes that a target leaves in the cache at most before it has the system write them to the disk
 constexpr qint64 writebackStep = 8 * 1024 * 1024;
 
+/// Beside \a path, hidden, and nobody else's. A QSaveFile of \a path itself would refuse to open
+/// when another process has put the file there, read-only, in the meantime.
+QString stagingPath(const QString &path)
+{
+    const QFileInfo file(path);
+    const quint64 number = QRandomGenerator::global()->generate64();
+    return QStringLiteral("%1/.%2.%3.part").arg(file.path(), file.fileName()).arg(number, 0, 16);
+}
+
 } // namespace
 
 FileStoreTarget::FileStoreTarget(
     const QString &digest, QCryptographicHash::Algorithm algorithm, const QString &path,
-    QObject *parent)
+    StorePolicy policy, QObject *parent)
     : QIODevice(parent)
     , m_digest(digest)
+    , m_path(path)
+    , m_policy(policy)
     , m_hash(algorithm)
-    , m_saveFile(path)
+    , m_saveFile(stagingPath(path))
 {
     m_lag.reserve(hashBlockSize);
 }
@@ -44,7 +58,7 @@ bool FileStoreTarget::open(OpenMode mode)
     QIODevice::open(mode);
     if (m_saveFile.open(mode))
         return true;
-    qCCritical(lcFileStore) << "Failed to open package storage file" << m_saveFile.fileName()
+    qCCritical(lcFileStore) << "Failed to open package storage file" << m_path
                             << int(m_saveFile.error()) << m_saveFile.errorString();
     return false;
 }
@@ -61,6 +75,7 @@ qint64 FileStoreTarget::size() const
 
 bool FileStoreTarget::seek(qint64 position)
 {
+    m_isInOrder = m_isInOrder && position == pos();
     return m_saveFile.seek(position);
 }
 
@@ -69,6 +84,7 @@ bool FileStoreTarget::reset()
     if (!m_saveFile.reset())
         return false;
     m_hash.reset();
+    m_isInOrder = false;
     return true;
 }
 
@@ -110,7 +126,10 @@ bool FileStoreTarget::commitFile()
 {
     if (!m_saveFile.flush())
         m_saveFile.cancelWriting();
-    return m_saveFile.commit();
+    const bool committed = m_saveFile.commit() && moveOver(m_saveFile.fileName(), m_path);
+    if (committed)
+        nk::util::FileUtils::syncFile(m_path);
+    return committed;
 }
 
 FileStoreTarget::CommitResult FileStoreTarget::commit()
@@ -118,11 +137,31 @@ FileStoreTarget::CommitResult FileStoreTarget::commit()
     const QByteArray expected = QByteArray::fromHex(m_digest.toLatin1());
     m_hash.addData(m_lag);
     m_lag.clear();
+    if (m_policy == StorePolicy::Strict)
+        return commitStrictly(expected);
     if (m_hash.result() != expected)
         return commitUnproven(expected);
-    const bool committed = commitFile();
-    nk::util::FileUtils::syncFile(m_saveFile.fileName());
-    return committed ? CommitOk : CommitFailed;
+    return commitFile() ? CommitOk : CommitFailed;
+}
+
+FileStoreTarget::CommitResult FileStoreTarget::commitStrictly(const QByteArray &expected)
+{
+    if (!m_isInOrder || m_hash.result() != expected) {
+        QFile written; // it has no name yet
+        if (!m_saveFile.flush() || !written.open(m_saveFile.handle(), QIODevice::ReadOnly)
+            || !written.seek(0))
+            return CommitFailed;
+        m_hash.reset();
+        if (!m_hash.addData(&written))
+            return CommitFailed;
+        if (m_hash.result() != expected)
+            return CommitHashMismatch;
+    }
+#ifdef Q_OS_UNIX // elsewhere a read-only file can't be removed
+    m_saveFile.setPermissions(
+        QFile::ReadOwner | QFile::ReadUser | QFile::ReadGroup | QFile::ReadOther);
+#endif
+    return commitFile() ? CommitOk : CommitFailed;
 }
 
 // The running digest is wrong where the writer moved about in the file. What stands on disk
@@ -132,15 +171,13 @@ FileStoreTarget::CommitResult FileStoreTarget::commitUnproven(const QByteArray &
     m_hash.reset();
     if (!commitFile())
         return CommitFailed;
-    nk::util::FileUtils::syncFile(m_saveFile.fileName());
-    QFile file(m_saveFile.fileName());
+    QFile file(m_path);
     if (!file.open(QIODevice::ReadOnly)) {
         file.remove();
         return CommitFailed;
     }
     if (!m_hash.addData(&file))
         return CommitFailed;
-    file.close();
     return m_hash.result() == expected ? CommitOk : CommitHashMismatch;
 }
 

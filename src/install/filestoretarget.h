@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "install/storepolicy.h"
+
 #include <QByteArray>
 #include <QCryptographicHash>
 #include <QFuture>
@@ -22,7 +24,8 @@ class FileStoreTarget final : public QIODevice
 public:
     enum CommitResult {
         CommitOk = 0,           ///< the file is in place with the right content
-        CommitHashMismatch = 1, ///< the file is in place, and its content doesn't match the digest
+        CommitHashMismatch = 1, ///< the content doesn't match the digest; the file is in place all
+                                ///< the same if the policy is lenient
         CommitFailed = 2,       ///< the file couldn't be put in place or read back
     };
     Q_ENUM(CommitResult)
@@ -30,7 +33,7 @@ public:
     /// A closed target for \a path, where content with \a digest (hexadecimal) belongs.
     FileStoreTarget(
         const QString &digest, QCryptographicHash::Algorithm algorithm, const QString &path,
-        QObject *parent);
+        StorePolicy policy, QObject *parent);
     ~FileStoreTarget() override;
 
     /// As given to the constructor.
@@ -62,11 +65,15 @@ protected:
 private:
     friend class FileStore;
     bool commitFile();
+    CommitResult commitStrictly(const QByteArray &expected);
     CommitResult commitUnproven(const QByteArray &expected);
 
     const QString m_digest;
+    const QString m_path;
+    const StorePolicy m_policy;
     QCryptographicHash m_hash;
-    QSaveFile m_saveFile;
+    bool m_isInOrder = true;     // or else m_hash isn't the content's
+    QSaveFile m_saveFile;        // under a hidden name beside m_path
     QFuture<void> m_preparation; // the job of FileStore::prepare(), if there is one
     QByteArray m_lag;            // written, but not hashed yet
     qint64 m_dirty = 0;          // bytes since the last writeback was begun

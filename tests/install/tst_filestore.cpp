@@ -53,6 +53,7 @@ private Q_SLOTS:
     void committedFileIsThere();
     void droppedTargetLeavesNothing();
     void wrongContentStaysInTheStore();
+    void strictStoreHoldsWhatItsNamesSay();
     void seekingLeavesTheVerdictToTheDisk();
     void resetKeepsTheLag();
     void twoTargetsForOneDigest();
@@ -69,6 +70,7 @@ void FileStoreTest::init()
 
 void FileStoreTest::cleanup()
 {
+    setStorePolicy(StorePolicy::Lenient);
     m_store.reset();
     for (const QString &file : filesInStore())
         QVERIFY(QFile::remove(file));
@@ -190,6 +192,38 @@ void FileStoreTest::wrongContentStaysInTheStore()
     }
 }
 
+void FileStoreTest::strictStoreHoldsWhatItsNamesSay()
+{
+    setStorePolicy(StorePolicy::Strict);
+    QVERIFY(!m_store->createTarget(digestOf("content"), QCryptographicHash::Md5));
+    for (const char *wrong : {"", "conten", "content.", "contenu", "contentcontent"}) {
+        std::unique_ptr<FileStoreTarget> refused(target("content"));
+        refused->write(wrong);
+        QCOMPARE(refused->commit(), FileStoreTarget::CommitHashMismatch);
+        QCOMPARE(filesInStore(), QStringList());
+    }
+    // By the running digest the first is right and the second wrong.
+    std::unique_ptr<FileStoreTarget> blind(target("abcabc"));
+    blind->write("abc");
+    QVERIFY(blind->seek(0));
+    blind->write("abc");
+    QCOMPARE(blind->commit(), FileStoreTarget::CommitHashMismatch);
+    std::unique_ptr<FileStoreTarget> rewritten(target("content"));
+    rewritten->write("xontent");
+    QVERIFY(rewritten->seek(0));
+    rewritten->write("c");
+    QCOMPARE(rewritten->commit(), FileStoreTarget::CommitOk);
+    // Another process may have been faster.
+    std::unique_ptr<FileStoreTarget> again(target("content"));
+    again->write("content");
+    QCOMPARE(again->commit(), FileStoreTarget::CommitOk);
+    QCOMPARE(stored("content"), QByteArray("content"));
+    QCOMPARE(filesInStore().size(), 1);
+    const auto changers =
+        QFile::WriteOwner | QFile::WriteUser | QFile::WriteGroup | QFile::WriteOther;
+    QVERIFY(!(QFileInfo(filesInStore().first()).permissions() & (changers & ~QFile::WriteUser)));
+}
+
 void FileStoreTest::seekingLeavesTheVerdictToTheDisk()
 {
     std::unique_ptr<FileStoreTarget> good(target("content"));
@@ -251,7 +285,8 @@ void FileStoreTest::twoTargetsForOneDigest()
 void FileStoreTest::targetsAreForWritingOnly()
 {
     const QString path = m_store->filePath(digestOf("content"));
-    FileStoreTarget closed(digestOf("content"), QCryptographicHash::Sha224, path, nullptr);
+    FileStoreTarget closed(
+        digestOf("content"), QCryptographicHash::Sha224, path, storePolicy(), nullptr);
     for (const QIODevice::OpenMode mode :
          {QIODevice::ReadOnly, QIODevice::ReadWrite, QIODevice::Text})
         QVERIFY(!closed.open(mode));

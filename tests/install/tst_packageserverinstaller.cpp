@@ -105,6 +105,7 @@ private Q_SLOTS:
     void nothingToWriteTo();
     void brokenAnswersAreFailedDownloads();
     void wrongContentIsReportedOnce();
+    void strictStoreWaitsForAnHonestServer();
     void fullDisk();
     void hostileNamesStayInside();
     void destroyedInAnyPhase_data();
@@ -222,6 +223,33 @@ void PackageServerInstallerTest::wrongContentIsReportedOnce()
     installer = install();
     QTRY_COMPARE(installer->status(), PackageInstaller::Succeeded);
     QCOMPARE(m_server->http().requestCount(), 2);
+}
+
+void PackageServerInstallerTest::strictStoreWaitsForAnHonestServer()
+{
+    setStorePolicy(StorePolicy::Strict);
+    const QByteArray good = numberedContent(1, 300000);
+    QByteArray flipped = good;
+    flipped[200000] = char(flipped[200000] ^ 1);
+    serve("a", good, HttpTestAnswer::ok(flipped));
+    serve("b", "beta", HttpTestAnswer::ok("<html>Welcome to this hotel</html>"));
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        auto fooled = install();
+        QTRY_COMPARE(fooled->status(), PackageInstaller::Failed);
+        QCOMPARE(
+            sorted(errorsOf(*fooled)), sorted(
+                                           {commitError(good, 1), commitError("beta", 1),
+                                            installError("a", good), installError("b", "beta")}));
+        QCOMPARE(storedFiles(), QStringList());
+        QCOMPARE(entries(m_location.directory(false)), QStringList());
+    }
+    serve("a", good);
+    serve("b", "beta");
+    auto served = install();
+    QTRY_COMPARE(served->status(), PackageInstaller::Succeeded);
+    QVERIFY(readFile(m_location.pathToFile("a")) == good);
+    QCOMPARE(readFile(m_location.pathToFile("b")), QByteArray("beta"));
+    setStorePolicy(StorePolicy::Lenient);
 }
 
 void PackageServerInstallerTest::nothingToWriteTo()
