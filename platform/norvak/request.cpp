@@ -176,7 +176,7 @@ void RequestPrivate::hear(const http::Transfer::News &news)
         fail(hasSink ? Fault::SinkRefused : Fault::TooLarge);
         return;
     }
-    if (news.isHeldBack)
+    if (news.isHeldBack && transfer) // the sink may have had the request cancelled
         http::TransferThread::resume(transfer);
     if (news.hasEnded)
         transfer = nullptr;

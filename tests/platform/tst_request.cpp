@@ -14,6 +14,7 @@
 #include <QNetworkProxy>
 #include <QNetworkReply>
 #include <QProcess>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTcpSocket>
 #include <QTimer>
@@ -126,6 +127,7 @@ private Q_SLOTS:
     void answers();
     void cutAtAnyByteIsNoAnswer_data();
     void cutAtAnyByteIsNoAnswer();
+    void cutAnywhereIsNoAnswer();
     void largeBodies_data();
     void largeBodies();
     void refusedWriteFails();
@@ -256,6 +258,30 @@ void tst_Request::cutAtAnyByteIsNoAnswer()
             QVERIFY(get->code == 0 && text.startsWith(get->bytes));
     }
     QCOMPARE(server.requestCount(), 4 * answer.bytes.size());
+}
+
+// Larger ones, by chance: a sample, or some thousands with NKPM_HOSTILE.
+void tst_Request::cutAnywhereIsNoAnswer()
+{
+    const QByteArray body = numberedContent(1, 200000);
+    QRandomGenerator random(1);
+    HttpTestServer server([&](const HttpTestRequest &) {
+        const int chunk = 1 + random.bounded(random.bounded(2) ? 50 : 70000);
+        const auto answer =
+            random.bounded(4) ? HttpTestAnswer::chunked(body, chunk) : HttpTestAnswer::ok(body);
+        return answer.inPieces(1 + random.bounded(100000))
+            .cutAt(
+                random.bounded(answer.bytes.size()),
+                random.bounded(2) ? HttpTestAnswer::Closes : HttpTestAnswer::Resets,
+                random.bounded(2) * 20);
+    });
+    const int rounds = qEnvironmentVariableIsSet("NKPM_HOSTILE") ? 100 : 2;
+    for (int round = 0; round < rounds; ++round) {
+        Gets gets(server, 50, &m_manager);
+        QVERIFY(gets.ended());
+        for (const auto &get : gets.all)
+            QVERIFY(get->code == 0 && body.startsWith(get->bytes));
+    }
 }
 
 void tst_Request::largeBodies_data()
