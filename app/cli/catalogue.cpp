@@ -118,6 +118,13 @@ QString Catalogue::faultOfNetwork()
     return isEmpty && !m_warnings.isEmpty() ? m_warnings.first() : QString();
 }
 
+bool Catalogue::lacksFiles() const
+{
+    return std::any_of(m_sources.begin(), m_sources.end(), [this](const auto &source) {
+        return !source->network() && snapshotOf(*source)->isRefused();
+    });
+}
+
 const TrackedSource *Catalogue::sourceOf(const PackageNode *node) const
 {
     return m_owners.value(node->accessor());

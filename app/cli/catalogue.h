@@ -42,6 +42,8 @@ public:
 
     /// What the user should know of sources that are used all the same.
     QStringList warnings() const { return m_warnings; }
+    /// Whether files of a directory can't be read, so that packages may lack what they require.
+    bool lacksFiles() const;
 
     PackageRepository *repository() { return &m_repository; }
     /// The current index; never null after open() went well.

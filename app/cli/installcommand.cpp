@@ -79,6 +79,8 @@ QString Install::run()
 
 QString Install::findPackages()
 {
+    if (m_catalogue.lacksFiles())
+        return QStringLiteral("nothing was installed: it may lack what it requires");
     for (const auto &id : m_options.ids) {
         const auto *node = m_catalogue.index()->getPackage(QStringRef(&id));
         if (!node || id.isEmpty()) // a package may have such a name, but no reference leads to it

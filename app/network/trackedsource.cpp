@@ -44,6 +44,8 @@ QString TrackedSource::refusalOf(const PackageAccessor &snapshot) const
 {
     if (!snapshot.isRefused())
         return {};
+    if (!m_made.network)
+        return tr("some of its files can't be read");
     return m_made.service ? tr("its ledger was refused: damaged, or not signed for this program")
                           : tr("its list of packages was refused: damaged, or larger than 4 MiB");
 }

@@ -40,7 +40,7 @@ public:
     /// How its polls went; null for a source that doesn't poll.
     const SourceNetwork *network() const { return m_made.network.get(); }
     /// Why nothing of \a snapshot, which the source gave, is to be seen although the source
-    /// answered, for people; empty if that isn't so.
+    /// answered, or not all of a directory, for people; empty if that isn't so.
     QString refusalOf(const PackageAccessor &snapshot) const;
     /// What reaches its files; null for a source that isn't on the network.
     QNetworkAccessManager *accessManager() const { return m_made.network.get(); }

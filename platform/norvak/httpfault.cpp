@@ -55,7 +55,7 @@ constexpr std::array<FaultRow, 21> faults{{
     {Fault::TooLarge, QNetworkReply::UnknownContentError,
      QT_TRANSLATE_NOOP("nk::Request", "the answer is too large")},
     {Fault::SinkRefused, QNetworkReply::UnknownNetworkError,
-     QT_TRANSLATE_NOOP("nk::Request", "what came can't be stored")},
+     QT_TRANSLATE_NOOP("nk::Request", "what came is too large, or can't be stored")},
     {Fault::UnsafeRedirect, QNetworkReply::InsecureRedirectError,
      QT_TRANSLATE_NOOP("nk::Request", "the server redirects to an address that can't be followed")},
     {Fault::TooManyRedirects, QNetworkReply::TooManyRedirectsError,

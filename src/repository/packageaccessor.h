@@ -110,8 +110,9 @@ public:
     /// The public key, in DER, of who signed the package: load() has verified that signature, and
     /// that the key may sign. Empty where packages aren't signed.
     virtual QByteArray issuerKey(int index) const;
-    /// Whether load() found data and refused it, as damaged or not signed by whom it should be: the
-    /// snapshot is empty for that reason.
+    /// Whether there was data that couldn't be taken: refused by load(), as damaged or not signed by
+    /// whom it should be, in which case the snapshot is empty; or parts of a directory that can't be
+    /// read, which are missing, and of which the last may show while the index is built.
     virtual bool isRefused() const;
 
     /// All files that an installer of the package lays down, by name; of files that an installer

@@ -9,7 +9,6 @@
 #include "sources/keywordjson.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -26,13 +25,14 @@ namespace {
 constexpr qint64 longestJsonFile = 1024 * 1024; // bytes
 
 /// The object in the JSON file \a path; empty if there is none.
-QJsonObject readJsonObject(const QString &path)
+QJsonObject readJsonObject(const QString &path, WholeFlag &isWhole)
 {
     QFile file(path);
-    // To open a pipe would be to wait for its other end.
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+    if (!openFile(file, isWhole))
         return QJsonObject();
-    return QJsonDocument::fromJson(file.read(longestJsonFile)).object();
+    const QByteArray json = file.read(longestJsonFile);
+    noteRead(file, isWhole);
+    return QJsonDocument::fromJson(json).object();
 }
 
 QString textOf(const QJsonObject &object, const char *key)
@@ -40,35 +40,25 @@ QString textOf(const QJsonObject &object, const char *key)
     return object.value(QLatin1String(key)).toString();
 }
 
-/// What LocalPackageInstaller lays down of the directory \a path. Unlike QDirIterator this tells an
-/// error from the end.
+/// What LocalPackageInstaller lays down of the directory \a path.
 std::optional<QVector<PackageFileInfo>> filesIn(const QString &path)
 {
     QVector<PackageFileInfo> files;
-    std::error_code error;
-    fs::directory_iterator it(fs::u8path(path.toStdString()), error);
-    for (; !error && it != fs::directory_iterator(); it.increment(error)) {
-        const std::string bytes = it->path().filename().u8string();
-        const QString name = QString::fromStdString(bytes);
-        const bool isLegible = !name.startsWith(QLatin1Char('.')) && name.toStdString() == bytes;
-        if (!isLegible || name == QLatin1String("manifest.json"))
+    WholeFlag isWhole{QFileInfo(path).isDir()};
+    for (const DirectoryEntry &entry : readDirectory(path, isWhole)) {
+        if (entry.kind == DirectoryEntry::Directory || entry.name == QLatin1String("manifest.json"))
             continue;
         std::error_code fault;
-        if (!it->is_regular_file(fault)) {
-            if (fault && fault != std::errc::no_such_file_or_directory
-                && fault != std::errc::too_many_symbolic_link_levels)
-                return {};
-            continue; // a directory, or a link that leads nowhere
-        }
-        const std::uintmax_t size = it->file_size(fault);
+        const auto size =
+            fs::file_size(fs::u8path((path + QLatin1Char('/') + entry.name).toStdString()), fault);
         if (fault)
             return {};
-        files.append({name, qint64(size)});
+        files.append({entry.name, qint64(size)});
     }
     std::sort(files.begin(), files.end(), [](const PackageFileInfo &a, const PackageFileInfo &b) {
         return a.name < b.name;
     });
-    return error ? std::nullopt : std::optional(files);
+    return isWhole ? std::optional(files) : std::nullopt;
 }
 
 } // namespace
@@ -81,7 +71,7 @@ LocalPackageAccessor::~LocalPackageAccessor() = default;
 
 void LocalPackageAccessor::load()
 {
-    m_packages = scanPackages(m_root + QLatin1String("/packages"), m_manifests);
+    m_packages = scanPackages(m_root + QLatin1String("/packages"), m_manifests, m_isWhole);
     m_manifests.squeeze();
     m_keywords = listJsonFiles(QStringLiteral("dictionary"));
     m_links = listJsonFiles(QStringLiteral("links"));
@@ -90,11 +80,12 @@ void LocalPackageAccessor::load()
 QVector<QStringRef> LocalPackageAccessor::listJsonFiles(const QString &directory)
 {
     QVector<QStringRef> result;
-    QDirIterator files(
-        m_root + QLatin1Char('/') + directory, {QStringLiteral("*.json")}, QDir::Files);
-    while (files.hasNext()) {
-        files.next();
-        const QString name = files.fileInfo().baseName();
+    for (const DirectoryEntry &entry :
+         readDirectory(m_root + QLatin1Char('/') + directory, m_isWhole)) {
+        if (entry.kind == DirectoryEntry::Directory
+            || !entry.name.endsWith(QLatin1String(".json"), Qt::CaseInsensitive))
+            continue;
+        const QString name = QFileInfo(entry.name).baseName();
         result.append(QStringRef(&m_names, m_names.size(), name.size()));
         m_names.append(name);
     }
@@ -154,7 +145,7 @@ KeywordInfo LocalPackageAccessor::keywordInfo(int index) const
 {
     const QString id = m_keywords.at(index).toString();
     const QJsonObject object =
-        readJsonObject(m_root + QStringLiteral("/dictionary/%1.json").arg(id));
+        readJsonObject(m_root + QStringLiteral("/dictionary/%1.json").arg(id), m_isWhole);
     const int type = int(keywordTypeFromString(textOf(object, "type")));
     return {id, type, keywordStrings(type, object)};
 }
@@ -172,7 +163,8 @@ int LocalPackageAccessor::linkCount() const
 LinkInfo LocalPackageAccessor::linkInfo(int index) const
 {
     const QString name = m_links.at(index).toString();
-    const QJsonObject object = readJsonObject(m_root + QStringLiteral("/links/%1.json").arg(name));
+    const QJsonObject object =
+        readJsonObject(m_root + QStringLiteral("/links/%1.json").arg(name), m_isWhole);
     return {
         linkTypeFromString(textOf(object, "type")), textOf(object, "from"), textOf(object, "to")};
 }

@@ -41,6 +41,9 @@ public:
 
     std::optional<QVector<PackageFileInfo>> files(int index) const override;
 
+    /// Whether something of the directory couldn't be read until now, and so is missing.
+    bool isRefused() const override { return !m_isWhole; }
+
 private:
     Q_DISABLE_COPY(LocalPackageAccessor) // m_keywords and m_links point into m_names
 
@@ -51,6 +54,7 @@ private:
     // A text and no QDir, which resolves its path at the first const call and so can't be read
     // from several threads.
     const QString m_root; // absolute
+    mutable WholeFlag m_isWhole{true};
     LocalManifests m_manifests;
     std::vector<LocalPackageEntry> m_packages;
     QString m_names; // base names of keyword and link files, back to back

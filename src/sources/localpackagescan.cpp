@@ -5,9 +5,7 @@
 
 #include "closing/closingdown.h"
 
-#include <QDirIterator>
 #include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -36,8 +34,9 @@ struct Candidate
 class PackageScan
 {
 public:
-    explicit PackageScan(LocalManifests &manifests)
+    PackageScan(LocalManifests &manifests, WholeFlag &isWhole)
         : m_manifests(manifests)
+        , m_isWhole(isWhole)
     {}
 
     std::vector<LocalPackageEntry> run(const QString &top);
@@ -49,6 +48,7 @@ private:
     bool isAbove(const Candidate &candidate, const QString &path) const;
 
     LocalManifests &m_manifests;
+    WholeFlag &m_isWhole;
     std::vector<LocalPackageEntry> m_packages;
     std::vector<Directory> m_entered;
     std::vector<Candidate> m_left; // the next one is the last
@@ -57,7 +57,7 @@ private:
 
 std::vector<LocalPackageEntry> PackageScan::run(const QString &top)
 {
-    enter({QFileInfo(top).canonicalFilePath(), QString(), -1});
+    enter({canonicalPath(top, m_isWhole), QString(), -1});
     while (!m_left.empty() && !isClosingDown()) {
         const Candidate candidate = std::move(m_left.back());
         m_left.pop_back();
@@ -69,16 +69,14 @@ std::vector<LocalPackageEntry> PackageScan::run(const QString &top)
 
 void PackageScan::enter(const Directory &directory)
 {
-    // The canonical path of nothing is empty, which QDirIterator takes for the working directory.
     if (directory.path.isEmpty())
         return;
     const auto first = std::vector<Candidate>::difference_type(m_left.size());
     const int place = int(m_entered.size());
     m_entered.push_back(directory);
-    QDirIterator entries(directory.path, QDir::Dirs | QDir::NoDot | QDir::NoDotDot);
-    while (entries.hasNext()) {
-        entries.next();
-        m_left.push_back({place, entries.fileName(), entries.fileInfo().isSymLink()});
+    for (DirectoryEntry &entry : readDirectory(directory.path, m_isWhole)) {
+        if (entry.kind == DirectoryEntry::Directory)
+            m_left.push_back({place, std::move(entry.name), entry.isLink});
     }
     std::reverse(m_left.begin() + first, m_left.end());
 }
@@ -90,7 +88,7 @@ void PackageScan::lookAt(const Candidate &candidate)
     if (addPackage(candidate, path))
         return;
     if (candidate.isLink) {
-        path = QFileInfo(path).canonicalFilePath();
+        path = canonicalPath(path, m_isWhole);
         if (m_followedLinks == mostFollowedLinks || isAbove(candidate, path))
             return;
         ++m_followedLinks;
@@ -104,11 +102,11 @@ void PackageScan::lookAt(const Candidate &candidate)
 bool PackageScan::addPackage(const Candidate &candidate, const QString &path)
 {
     QFile manifest(path + QLatin1String("/manifest.json"));
-    // To open a pipe would be to wait for its other end.
-    if (!QFileInfo(manifest.fileName()).isFile() || !manifest.open(QIODevice::ReadOnly))
+    if (!openFile(manifest, m_isWhole))
         return false;
     const QString &type = m_entered[size_t(candidate.parent)].type;
     m_packages.push_back({candidate.name, type, m_manifests.append(manifest)});
+    noteRead(manifest, m_isWhole);
     return true;
 }
 
@@ -123,9 +121,10 @@ bool PackageScan::isAbove(const Candidate &candidate, const QString &path) const
 
 } // namespace
 
-std::vector<LocalPackageEntry> scanPackages(const QString &path, LocalManifests &manifests)
+std::vector<LocalPackageEntry> scanPackages(
+    const QString &path, LocalManifests &manifests, WholeFlag &isWhole)
 {
-    return PackageScan(manifests).run(path);
+    return PackageScan(manifests, isWhole).run(path);
 }
 
 } // namespace nk::pm

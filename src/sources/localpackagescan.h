@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "sources/localdirectory.h"
 #include "sources/localmanifests.h"
 
 #include <QString>
@@ -24,8 +25,9 @@ struct LocalPackageEntry
 ///
 /// Symbolic links to directories are followed, but not one to a directory that the way to the link
 /// leads through, and no more than 4,096 of those that lead to directories without a manifest; so
-/// that the walk ends, whatever the links. Ends early when the application is closing down. For
-/// worker threads.
-std::vector<LocalPackageEntry> scanPackages(const QString &path, LocalManifests &manifests);
+/// that the walk ends, whatever the links. Ends early when the application is closing down. Notes
+/// in \a isWhole what can't be read, and passes it over. For worker threads.
+std::vector<LocalPackageEntry> scanPackages(
+    const QString &path, LocalManifests &manifests, WholeFlag &isWhole);
 
 } // namespace nk::pm

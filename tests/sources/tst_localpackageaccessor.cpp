@@ -267,10 +267,16 @@ void LocalPackageAccessorTest::unreadableDirectoryIsPassedOver()
     Tree tree;
     tree.package("open/p");
     tree.package("closed/q");
+    makeLink(tree.path("packages/gone"), "nowhere");
+    QVERIFY(!tree.load().isRefused());
+    makeLink(tree.path("packages/odd"), QString(300, 'x')); // longer than a name may be
+    QVERIFY(tree.load().isRefused());
+    QVERIFY(QFile::remove(tree.path("packages/odd")));
     const QString closed = tree.path("packages/closed");
     QVERIFY(QFile::setPermissions(closed, QFile::Permissions()));
     const bool isClosed = !QFileInfo(closed).isReadable();
     const QStringList packages = tree.packages();
+    QCOMPARE(tree.accessor->isRefused(), isClosed);
     QFile::setPermissions(closed, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     QCOMPARE(packages, isClosed ? QStringList{"open/p"} : (QStringList{"closed/q", "open/p"}));
 }

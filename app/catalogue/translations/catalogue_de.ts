@@ -711,8 +711,8 @@
             <translation>Die Antwort ist zu groß</translation>
         </message>
         <message>
-            <source>what came can't be stored</source>
-            <translation>Was ankam, lässt sich nicht speichern</translation>
+            <source>what came is too large, or can't be stored</source>
+            <translation>Was ankam, ist zu groß oder lässt sich nicht speichern</translation>
         </message>
         <message>
             <source>the server redirects to an address that can't be followed</source>
@@ -821,6 +821,10 @@
     </context>
     <context>
         <name>nk::pm::app::TrackedSource</name>
+        <message>
+            <source>some of its files can't be read</source>
+            <translation>Einige seiner Dateien sind nicht lesbar</translation>
+        </message>
         <message>
             <source>its ledger was refused: damaged, or not signed for this program</source>
             <translation>Die Paketliste wurde abgelehnt: beschädigt oder nicht für dieses Programm signiert</translation>
