@@ -105,7 +105,8 @@ void Transfer::end(Fault fault, const QString &detail)
     m_news.fault = m_verdict.value_or(fault);
     if (m_news.fault == Fault::None && !m_reader.isComplete())
         m_news.fault = Fault::Malformed;
-    m_news.detail = detail;
+    if (!m_verdict) // else the transport tells of having been stopped
+        m_news.detail = detail;
     tell();
 }
 
