@@ -11,6 +11,7 @@
 #include "support/couchdbserver.h"
 #include "support/testfiles.h"
 
+#include <QCryptographicHash>
 #include <QJsonArray>
 #include <QtTest>
 
@@ -45,7 +46,7 @@ private Q_SLOTS:
     void showsWhatItHadBefore();
     void saysWhyASourceFails_data();
     void saysWhyASourceFails();
-    void noProgramEndsByAPackageWithoutAnIdentifier();
+    void hostileNamesHarmNobody();
 
 private:
     CallResult nkpm(const QStringList &arguments) const;
@@ -231,8 +232,8 @@ void TestNkpmSources::saysWhyASourceFails()
     QVERIFY(!result.errors.contains("wrong"));
 }
 
-/// No reference leads to it, though translations are installed unasked.
-void TestNkpmSources::noProgramEndsByAPackageWithoutAnIdentifier()
+/// Translations are installed unasked. Neither name is signed, and nkledger writes no such ledger.
+void TestNkpmSources::hostileNamesHarmNobody()
 {
     const auto path = [this](const char *name) { return m_directory.filePath(name); };
     QString fault;
@@ -240,25 +241,48 @@ void TestNkpmSources::noProgramEndsByAPackageWithoutAnIdentifier()
         {{},
          PrivateKey::fromPEM(readFile(path("studio-private.pem"))),
          IssuerRecord::fromJson(readFile(path("studio-issuer.json")), &fault)}};
+    const Layout layout(path("hostile"));
+    const auto file = [&](const QString &name, const QByteArray &content) {
+        const auto digest = QCryptographicHash::hash(content, QCryptographicHash::Sha224);
+        writeFile(layout.contentFile(digest), content);
+        return PackageFile{name, digest, content.size()};
+    };
+    const QVector<PackageFile> bad{file("v.txt", "bad"), file("x.txt", "bad")};
     Catalogue catalogue;
-    catalogue.packages = {{{}, "translation", "packages", "{}", {}}};
+    catalogue.packages = {
+        {"victim", "furniture", "", "{}", {file("v.txt", "good")}},
+        {"chair", "furniture", "", "{}", {file("leg/x.txt", "bad")}},
+        {"leg", "furniture:chair", "", "{}", {file("v.txt", "good")}},
+        {"furniture/victim", "", "", "{}", bad}};
+    for (const QString &id :
+         {QString(), QString("../furniture/victim"), QString("..//furniture//victim/"),
+          QString("a/../../furniture/chair/leg"), QString(".."), QString(QChar(0))})
+        catalogue.packages.append({id, "translation", "", "{}", bad});
+    catalogue.packages.append({"victim2", "translation:..:furniture:victim:..", "", "{}", bad});
     Progress progress;
     const QByteArray ledger = encodeLedger(catalogue, issuers).bytes;
-    writeFile(
-        Layout(path("nameless")).ledgerFile(), signLedger(ledger, issuers, {}, progress).bytes);
-    const ServedPublication server(path("nameless"));
+    writeFile(layout.ledgerFile(), signLedger(ledger, issuers, {}, progress).bytes);
+    const ServedPublication server(layout.root());
     QStringList sources{"--server", server.url()};
-    CallResult result = nkpm(QStringList{"list"} + sources);
+    CallResult result = nkpm(QStringList{"list", "--verbose"} + sources);
     QVERIFY2(result.exitCode == 0, qPrintable(result.errors));
-    QCOMPARE(result.json()["packages"].toArray().size(), 1);
-    result = nkpm(QStringList{"install", "", "--into", m_directory.filePath("into")} + sources);
-    QVERIFY2(result.errors.contains("no package \"\""), qPrintable(result.errors));
-    sources << "--data" << m_directory.filePath("catalogue-data");
-    sources << "--screenshot" << m_directory.filePath("picture.png");
+    QCOMPARE(result.json()["packages"].toArray().size(), catalogue.packages.size());
+    QVERIFY(result.errors.contains("has no directory of its own and isn't installed"));
+    const QString into = path("apart");
+    const QStringList install{"install", "--into", into};
+    QCOMPARE(nkpm(install + QStringList{"leg", "victim"} + sources).exitCode, 0);
+    for (const char *id : {"", "chair", "..", "furniture/victim", "victim2"})
+        QCOMPARE(nkpm(install + QStringList{id} + sources).exitCode, 1);
+    const QString data = path("catalogue-data");
+    sources << "--data" << data << "--screenshot" << path("picture.png");
     result = call(
         NKPM_CATALOGUE, sources, {},
         {{"QT_QPA_PLATFORM", "offscreen"}, {"ASAN_OPTIONS", "detect_leaks=0"}}); // Qt's own
     QVERIFY2(result.exitCode == 0, qPrintable(result.errors));
+    for (const QString &name : filesBelow(into) + filesBelow(data + "/packages/install")
+                                   + filesBelow(m_directory.filePath(m_data) + "/packages/install"))
+        QVERIFY2(!name.endsWith("x.txt") && !readFile(name).contains("bad"), qPrintable(name));
+    QCOMPARE(filesBelow(into).filter("v.txt").size(), 2);
 }
 
 QTEST_GUILESS_MAIN(TestNkpmSources)
