@@ -17,6 +17,7 @@ struct ServicePrivate
     QPointer<QNetworkAccessManager> manager;
     QByteArray authorization; ///< value of the header, null without a token
     Service::Status status = Service::Disabled;
+    QObject context{}; ///< of what calls back
 
     void setStatus(Service::Status value);
     void authorize(QNetworkRequest *request) const;
@@ -59,7 +60,7 @@ void Service::enable()
         return;
     // Queued before the signal, whose receivers may delete the service.
     QMetaObject::invokeMethod(
-        this, [this] { d->setStatus(Available); }, Qt::QueuedConnection);
+        &d->context, [this] { d->setStatus(Available); }, Qt::QueuedConnection);
     d->setStatus(Connecting);
 }
 

@@ -227,9 +227,9 @@ void CouchDBPackageSource::finishUpdate()
     const int status = poll.request->responseCode();
     d->isUnconditional = mayRefuseCondition(status);
     if (status == 200 && stored) {
-        if (d->takeSnapshot(poll))
-            Q_EMIT
-        updateRequired(); // comes last: who hears of it may poll anew or delete the source
+        if (!d->takeSnapshot(poll))
+            return;
+        Q_EMIT updateRequired(); // comes last: who hears of it may poll anew or delete the source
     } else if (status != 304 && status != 404) {
         qDebug() << "code" << status;
     }
