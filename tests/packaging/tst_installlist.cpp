@@ -116,6 +116,7 @@ private Q_SLOTS:
     void bringsQmlModules();
     void guideBringsQmlModules();
     void bringsCommands();
+    void bringsWhatIsLoadedAtRunTime();
 
 private:
     /// What of \a uses doesn't come with the packages: those for the tests are there for users in
@@ -251,7 +252,7 @@ void tst_InstallList::bringsCommands()
         "(?:\\s|\\w+=\\S* )*([a-z][a-z0-9._+-]*)(?=[\\s);]|$)";
     constexpr char inTests[] = "(?:\\b(?:call|run|attempt|start|execute|find(?:Executable|Program))"
                                "\\((?:QStringLiteral\\()?\\s*\""
-                               "|COMMAND )([a-z][a-z0-9._+-]*)\\b";
+                               "|COMMAND |QStringList \\w+\\{\")([a-z][a-z0-9._+-]*)\\b";
     const QStringList systemPaths{"/usr/bin", "/usr/sbin"};
     const QDir source(NKPM_SOURCE_DIR);
     QStringList files = filesBelow(source.filePath("tests"));
@@ -273,7 +274,24 @@ void tst_InstallList::bringsCommands()
                 uses.append({source.relativeFilePath(path), file});
         }
     }
+    // What CMakeLists.txt looks for; the other such programs are for those who change the code.
+    const QString cache = readFile(NKPM_BINARY_DIR "/CMakeCache.txt");
+    for (const QString &file : matches(cache, "^NKPM_(?:CCACHE|LRELEASE):FILEPATH=(/.*)$"))
+        uses.append({"CMakeLists.txt", file});
     QVERIFY(uses.size() > 30);
+    QCOMPARE(missing(uses), QString());
+}
+
+/// No file of ours names these: each with the program that asks for it.
+void tst_InstallList::bringsWhatIsLoadedAtRunTime()
+{
+    const QString plugins = QLibraryInfo::location(QLibraryInfo::PluginsPath);
+    const QString translations = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+    const Uses uses{
+        {"app/catalogue", plugins + "/imageformats/libqsvg.so"},
+        {"app/catalogue", plugins + "/platforms/libqoffscreen.so"},
+        {"app/catalogue", translations + "/qtbase_de.qm"},
+        {"tests/reuse", "/usr/bin/git"}};
     QCOMPARE(missing(uses), QString());
 }
 
