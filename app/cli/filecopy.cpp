@@ -30,35 +30,73 @@ bool writeAll(QFile &file, const QByteArray &bytes)
     return true;
 }
 
-} // namespace
-
-QString copyFile(const QString &from, const QString &to, const std::atomic<bool> &cancelled)
+/// Shows \a take, which gives the reason of a failure, all of the file.
+template<typename Take>
+QString readPieces(QFile &source, const std::atomic<bool> &cancelled, Take take)
 {
-    QFile source(from), target(to);
     if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return fault(source);
-    if (!target.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
-        return fault(target);
     QByteArray piece;
     do {
         if (cancelled)
-            return QStringLiteral("%1: stopped").arg(to);
+            return QStringLiteral("%1: stopped").arg(source.fileName());
         piece = source.read(pieceSize);
-        if (!writeAll(target, piece))
-            return fault(target);
+        const QString reason = take(piece);
+        if (!reason.isEmpty())
+            return reason;
     } while (!piece.isEmpty());
-    if (source.error() != QFile::NoError)
-        return fault(source);
+    return source.error() == QFile::NoError ? QString() : fault(source);
+}
+
+constexpr int hexMd5Length = 32;
+
+} // namespace
+
+ContentCheck::ContentCheck(const QString &digest)
+    : m_digest(QByteArray::fromHex(digest.toLatin1()))
+    , m_hash(digest.size() == hexMd5Length ? QCryptographicHash::Md5 : QCryptographicHash::Sha224)
+{}
+
+void ContentCheck::add(const QByteArray &bytes)
+{
+    if (isWanted())
+        m_hash.addData(bytes);
+}
+
+QString copyFile(
+    const QString &from, const QString &to, ContentCheck &check, const std::atomic<bool> &cancelled)
+{
+    QFile source(from), target(to);
+    if (!target.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+        return fault(target);
+    const QString reason = readPieces(source, cancelled, [&](const QByteArray &piece) {
+        check.add(piece);
+        return writeAll(target, piece) ? QString() : fault(target);
+    });
+    if (!reason.isEmpty())
+        return reason;
     if (!target.setPermissions(source.permissions() | QFile::WriteOwner))
         return fault(target);
     return {};
 }
 
-QString linkOrCopy(const QString &from, const QString &to, const std::atomic<bool> &cancelled)
+QString linkOrCopy(
+    const QString &from, const QString &to, ContentCheck &check, const std::atomic<bool> &cancelled)
 {
     if (link(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0)
+        return readFile(to, check, cancelled);
+    return copyFile(from, to, check, cancelled);
+}
+
+QString readFile(const QString &path, ContentCheck &check, const std::atomic<bool> &cancelled)
+{
+    if (!check.isWanted())
         return {};
-    return copyFile(from, to, cancelled);
+    QFile source(path);
+    return readPieces(source, cancelled, [&check](const QByteArray &piece) {
+        check.add(piece);
+        return QString();
+    });
 }
 
 bool haveSameContent(const QString &a, const QString &b, const std::atomic<bool> &cancelled)

@@ -3,19 +3,45 @@
 
 #pragma once
 
+#include <QCryptographicHash>
 #include <QString>
 
 #include <atomic>
 
 namespace nk::pm::cli {
 
-/// Copies the file's content and permissions to \a to, which must not exist. Gives the reason of a
-/// failure, which leaves a part of the file behind; an empty text if all went well. Reads the flag
-/// \a cancelled once a MiB.
-QString copyFile(const QString &from, const QString &to, const std::atomic<bool> &cancelled);
+/// Tells of content that passes whether it is what a digest says.
+class ContentCheck
+{
+public:
+    /// \a digest is hexadecimal, a SHA-224 or an MD5; every content is what an empty one says.
+    explicit ContentCheck(const QString &digest);
 
-/// A hard link where the file system can, a copy otherwise.
-QString linkOrCopy(const QString &from, const QString &to, const std::atomic<bool> &cancelled);
+    bool isWanted() const { return !m_digest.isEmpty(); }
+    void add(const QByteArray &bytes);
+    /// After all content.
+    bool holds() const { return !isWanted() || m_hash.result() == m_digest; }
+
+private:
+    const QByteArray m_digest;
+    QCryptographicHash m_hash;
+};
+
+/// Copies the file's content to \a to, which must not exist, and its permissions; who owns the copy
+/// may change it. Gives the reason of a failure, which leaves a part of the file behind; an empty
+/// text if all went well. Shows \a check the content, and doesn't judge it. Reads the flag
+/// \a cancelled once a MiB.
+QString copyFile(
+    const QString &from, const QString &to, ContentCheck &check,
+    const std::atomic<bool> &cancelled);
+
+/// A hard link where the file system can, read as by readFile(); a copy otherwise.
+QString linkOrCopy(
+    const QString &from, const QString &to, ContentCheck &check,
+    const std::atomic<bool> &cancelled);
+
+/// Shows \a check the content, if that is wanted.
+QString readFile(const QString &path, ContentCheck &check, const std::atomic<bool> &cancelled);
 
 /// Whether both files can be read and hold the same bytes. False once \a cancelled.
 bool haveSameContent(const QString &a, const QString &b, const std::atomic<bool> &cancelled);

@@ -156,12 +156,15 @@ void Install::showProgress()
     m_progress.show(QStringLiteral("Fetching packages: %1 of %2").arg(finished).arg(all));
 }
 
-QStringList namesOf(const QVector<PackageFileInfo> &files)
+LaidPackage laidPackage(
+    const QString &path, const QDir &source, const QVector<PackageFileInfo> &files)
 {
-    QStringList names;
-    for (const auto &file : files)
-        names.append(file.name);
-    return names;
+    LaidPackage package{path, source, {}};
+    for (const auto &file : files) {
+        package.files.append(file.name);
+        package.digests.insert(file.name, file.digest);
+    }
+    return package;
 }
 
 QString Install::gather()
@@ -181,7 +184,7 @@ QString Install::gather()
         const auto files = node->files();
         if (!files)
             return QStringLiteral("can't read the list of the files of \"%1\"").arg(node->id());
-        m_packages.append({path, node->installLocation().directory(false), namesOf(*files)});
+        m_packages.append(laidPackage(path, node->installLocation().directory(false), *files));
     }
     return {};
 }

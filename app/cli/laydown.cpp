@@ -55,6 +55,14 @@ bool holdsSameFiles(
     return std::all_of(package.files.begin(), package.files.end(), isSame);
 }
 
+QString damage(const LaidPackage &package, const QString &name)
+{
+    return QStringLiteral(
+               "the file \"%1\" of %2 isn't what the catalogue says: it is damaged in the store "
+               "(nkpm store repair fetches it again)")
+        .arg(name, package.path);
+}
+
 } // namespace
 
 QString relativePackagePath(const QString &type, const QString &id)
@@ -142,8 +150,24 @@ QString LayDown::placeFiles(
 {
     const auto place = mode == Link ? linkOrCopy : copyFile;
     for (const auto &name : qAsConst(package.files)) {
-        QString fault =
-            place(package.source.filePath(name), QDir(package.staged).filePath(name), cancelled);
+        ContentCheck check(package.digests.value(name));
+        const QString target = QDir(package.staged).filePath(name);
+        QString fault = place(package.source.filePath(name), target, check, cancelled);
+        if (fault.isEmpty() && !check.holds())
+            fault = damage(package, name);
+        if (!fault.isEmpty())
+            return fault;
+    }
+    return {};
+}
+
+QString LayDown::checkFiles(const LaidPackage &package, const std::atomic<bool> &cancelled) const
+{
+    for (const auto &name : package.files) {
+        ContentCheck check(package.digests.value(name));
+        QString fault = readFile(package.source.filePath(name), check, cancelled);
+        if (fault.isEmpty() && !check.holds())
+            fault = damage(package, name);
         if (!fault.isEmpty())
             return fault;
     }
@@ -158,6 +182,9 @@ QString LayDown::judgeTarget(
     package.state = LaidPackage::New;
     if (held.files.isEmpty() || !held.fault.isEmpty())
         return held.fault;
+    const QString fault = checkFiles(package, cancelled);
+    if (!fault.isEmpty())
+        return fault;
     package.files.sort();
     if (held.files == package.files && holdsSameFiles(package, target, cancelled)) {
         package.state = LaidPackage::Present;

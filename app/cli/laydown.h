@@ -6,6 +6,7 @@
 #include "disk/worklock.h"
 
 #include <QDir>
+#include <QHash>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -24,9 +25,10 @@ struct LaidPackage
         Replaced, ///< other files stood there
     };
 
-    QString path;      ///< relative to the directory, see relativePackagePath()
-    QDir source;       ///< where its files lie, perhaps among others
-    QStringList files; ///< the package's own, which are taken
+    QString path;                         ///< relative to the directory, see relativePackagePath()
+    QDir source;                          ///< where its files lie, perhaps among others
+    QStringList files;                    ///< the package's own, which are taken
+    QHash<QString, QString> digests = {}; ///< by file, hexadecimal, of those whose content is known
     qint64 bytes = 0;
     State state = New;
     QString staged = {}; ///< where its files wait
@@ -50,8 +52,9 @@ public:
     /// Makes the directory and takes it for this process. To be called first.
     QString open();
 
-    /// Prepares \a package and fills in all but its path, source and files. Other files in its
-    /// place are a failure unless \a replace. Gives up soon after \a cancelled becomes true.
+    /// Prepares \a package and fills in its state and what follows from it. Other files in its
+    /// place are a failure unless \a replace; so is a file with another content than its digest
+    /// says. Gives up soon after \a cancelled becomes true.
     QString stage(
         LaidPackage &package, Mode mode, bool replace, const std::atomic<bool> &cancelled);
 
@@ -64,6 +67,8 @@ private:
     /// Settles the state of \a package by what stands in its place.
     QString judgeTarget(
         LaidPackage &package, bool replace, const std::atomic<bool> &cancelled) const;
+    /// Of files that stand there already, or are to be replaced.
+    QString checkFiles(const LaidPackage &package, const std::atomic<bool> &cancelled) const;
     QString placeFiles(LaidPackage &package, Mode mode, const std::atomic<bool> &cancelled) const;
     QString moveIn(const LaidPackage &package) const;
     QString moveFilesIn(const LaidPackage &package) const;

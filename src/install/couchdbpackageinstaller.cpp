@@ -10,19 +10,15 @@
 
 namespace nk::pm {
 
-namespace {
-
-// "md5-" and the Base64 form, of which the decoder passes over the hyphen. Null if that isn't an
-// MD5: a text as long as the digest of a signed file would take that file's place in the store.
-QString hexDigest(const QJsonObject &attachment)
+// "md5-" and the Base64 form, of which the decoder passes over the hyphen. Not an MD5, but as long
+// as the digest of a signed file, it would take that file's place in the store.
+QString CouchDBPackageInstaller::digestOf(const QJsonObject &attachment)
 {
     const QString text = attachment[QLatin1String("digest")].toString().mid(3);
     const QByteArray digest = QByteArray::fromBase64(text.toLatin1());
     const bool isMd5 = digest.size() == QCryptographicHash::hashLength(QCryptographicHash::Md5);
     return isMd5 ? QString::fromLatin1(digest.toHex()) : QString();
 }
-
-} // namespace
 
 CouchDBPackageInstaller::CouchDBPackageInstaller(
     const QUrl &documentUrl, QNetworkAccessManager *manager, const QJsonObject &document,
@@ -32,7 +28,7 @@ CouchDBPackageInstaller::CouchDBPackageInstaller(
     const QPointer<QNetworkAccessManager> sender(manager);
     const QJsonObject attachments = document[QLatin1String("_attachments")].toObject();
     for (auto attachment = attachments.begin(); attachment != attachments.end(); ++attachment) {
-        const QString digest = hexDigest(attachment.value().toObject());
+        const QString digest = digestOf(attachment.value().toObject());
         if (!addFile(digest, attachment.key()))
             continue;
         const QUrl url = documentUrl.resolved(QUrl(attachment.key()));

@@ -31,6 +31,9 @@ public:
     CouchDBPackageInstaller(
         const QUrl &documentUrl, QNetworkAccessManager *manager, const QJsonObject &document,
         const QSharedPointer<FileStore> &store, const InstallLocation &location);
+
+    /// The hexadecimal MD5 of an entry of "_attachments"; null if it hasn't got one.
+    static QString digestOf(const QJsonObject &attachment);
 };
 
 } // namespace nk::pm

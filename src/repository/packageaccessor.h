@@ -33,6 +33,7 @@ struct PackageFileInfo
 {
     QString name;     ///< in the package's directory
     qint64 size = -1; ///< bytes; -1 where the source doesn't know
+    QString digest;   ///< of the content, hexadecimal: a SHA-224 or an MD5; empty likewise
 };
 
 /// One text of a keyword in one language.

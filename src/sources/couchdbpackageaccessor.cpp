@@ -152,8 +152,10 @@ std::optional<QVector<PackageFileInfo>> CouchDBPackageAccessor::files(int index)
     names.sort();
     QVector<PackageFileInfo> files;
     for (const QString &name : qAsConst(names)) {
-        const QJsonValue size = attachments.value(name).toObject().value(QLatin1String("length"));
-        files.append({name, qint64(size.toDouble(-1))});
+        const QJsonObject attachment = attachments.value(name).toObject();
+        const QJsonValue size = attachment.value(QLatin1String("length"));
+        files.append(
+            {name, qint64(size.toDouble(-1)), CouchDBPackageInstaller::digestOf(attachment)});
     }
     return files;
 }

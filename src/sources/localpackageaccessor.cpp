@@ -53,7 +53,7 @@ std::optional<QVector<PackageFileInfo>> filesIn(const QString &path)
             fs::file_size(fs::u8path((path + QLatin1Char('/') + entry.name).toStdString()), fault);
         if (fault)
             return {};
-        files.append({entry.name, qint64(size)});
+        files.append({entry.name, qint64(size), {}});
     }
     std::sort(files.begin(), files.end(), [](const PackageFileInfo &a, const PackageFileInfo &b) {
         return a.name < b.name;

@@ -16,6 +16,8 @@
 #include <QJsonDocument>
 #include <QPointer>
 
+#include <algorithm>
+
 namespace nk::pm {
 
 using nk::crypto::ed25519::PublicKey;
@@ -196,11 +198,13 @@ bool PackageServerAccessor::isRefused() const
 
 std::optional<QVector<PackageFileInfo>> PackageServerAccessor::files(int index) const
 {
-    QStringList names = d->namesByHash(index).values();
-    names.sort();
     QVector<PackageFileInfo> files;
-    for (const QString &name : qAsConst(names))
-        files.append({name});
+    const auto names = d->namesByHash(index);
+    for (auto name = names.begin(); name != names.end(); ++name)
+        files.append({name.value(), -1, QString::fromLatin1(name.key().toHex())});
+    std::sort(files.begin(), files.end(), [](const PackageFileInfo &a, const PackageFileInfo &b) {
+        return a.name < b.name;
+    });
     return files;
 }
 

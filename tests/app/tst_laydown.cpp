@@ -32,6 +32,8 @@ private Q_SLOTS:
     void packageAndTypeMayShareADirectory();
     void whatStandsBelowIsntReplaced();
     void linksShareTheFile();
+    void takesNoDamagedFile_data();
+    void takesNoDamagedFile();
     void oneProcessAtATime();
     void anEmptyLockIsNobodysAfterSomeSeconds();
     void takesThePackagesOwnFilesOnly();
@@ -201,6 +203,50 @@ void tst_LayDown::linksShareTheFile()
     QCOMPARE(fileNumber(target("/t/one/a.txt")), fileNumber(one.source.filePath("a.txt")));
 }
 
+void tst_LayDown::takesNoDamagedFile_data()
+{
+    const auto hex = [](QCryptographicHash::Algorithm algorithm) {
+        return QString(QCryptographicHash::hash("content", algorithm).toHex());
+    };
+    const QString signedOnes = hex(QCryptographicHash::Sha224);
+    Columns<QString, bool, QByteArray>("digest", "isLinked", "standing")
+        .row("copy", signedOnes, false, {})
+        .row("copy of an attachment", hex(QCryptographicHash::Md5), false, {})
+        .row("link", signedOnes, true, {})
+        .row("the damaged one stands there", signedOnes, false, "c0ntent")
+        .row("the good one stands there", signedOnes, false, "content");
+}
+
+void tst_LayDown::takesNoDamagedFile()
+{
+    QFETCH(QString, digest);
+    QFETCH(bool, isLinked);
+    QFETCH(QByteArray, standing);
+    const auto mode = isLinked ? LayDown::Link : LayDown::Copy;
+    auto one = package("t/one", "c0ntent");
+    one.digests.insert("a.txt", digest);
+    if (!standing.isEmpty()) {
+        writeFile(target("/t/one/a.txt"), standing);
+        writeFile(target("/t/one/.hidden"), "dot");
+    }
+    {
+        LayDown layDown(target());
+        QCOMPARE(layDown.open(), QString());
+        const QString fault = layDown.stage(one, mode, true, m_goOn);
+        QVERIFY2(fault.contains("\"a.txt\" of t/one"), qPrintable(fault));
+        QVERIFY(fault.contains("nkpm store repair"));
+        const QString file = one.source.filePath("a.txt");
+        QVERIFY(QFile::remove(file));
+        writeFile(file, "content");
+        QVERIFY(QFile::setPermissions(file, QFile::ReadOwner));
+        QCOMPARE(layDown.stage(one, mode, true, m_goOn), QString());
+        QCOMPARE(layDown.commit({one}), QString());
+    }
+    QCOMPARE(readFile(target("/t/one/a.txt")), QByteArray("content"));
+    const auto permissions = QFile::permissions(target("/t/one/a.txt"));
+    QCOMPARE(permissions.testFlag(QFile::WriteOwner), !isLinked);
+}
+
 void tst_LayDown::oneProcessAtATime()
 {
     auto one = package("t/one");
@@ -241,7 +287,8 @@ void tst_LayDown::saysWhyThereIsNoRoom()
     const QString from = directory.filePath("from"), to = directory.filePath("to");
     writeFile(from, numberedContent(1, 20000));
     const FileSizeLimit limit(10000);
-    QCOMPARE(copyFile(from, to, m_goOn), to + ": " + qt_error_string(EFBIG));
+    ContentCheck check({});
+    QCOMPARE(copyFile(from, to, check, m_goOn), to + ": " + qt_error_string(EFBIG));
 }
 
 void tst_LayDown::saysWhatStandsInTheWay_data()

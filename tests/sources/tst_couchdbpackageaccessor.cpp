@@ -88,7 +88,7 @@ void TestCouchDBPackageAccessor::readsPackages()
                          QJsonObject{
                              {"a", QJsonObject{{"digest", "md5-1"}, {"length", 3}}},
                              {"b", QJsonObject{{"digest", "md5-1"}, {"length", 3}}},
-                             {"c", QJsonObject{{"digest", "md5-2"}}}}},
+                             {"c", QJsonObject{{"digest", "md5-SooI8J03tzeVZJA4QItfMw=="}}}}},
                         {"manifest", QJsonObject{{"name", "Oak"}}}}),
         row("package", {{"_id", "12345678"}, {"manifest", 7}}),
     }));
@@ -105,6 +105,7 @@ void TestCouchDBPackageAccessor::readsPackages()
     QCOMPARE(files->at(0).name + files->at(1).name, QString("bc"));
     QCOMPARE(files->at(0).size, 3);
     QCOMPARE(files->at(1).size, -1);
+    QCOMPARE(files->at(0).digest + files->at(1).digest, "4a8a08f09d37b73795649038408b5f33");
     QVERIFY(accessor.packageInfo(1).id.isEmpty());
     QVERIFY(accessor.manifest(1).isEmpty());
 }

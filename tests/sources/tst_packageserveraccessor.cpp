@@ -420,6 +420,7 @@ void tst_PackageServerAccessor::installsOneOfEqualFiles()
     QCOMPARE(files->size(), 2);
     QCOMPARE(files->at(0).name + files->at(1).name, QString("a.txtd.txt"));
     QCOMPARE(files->at(0).size, -1);
+    QCOMPARE(files->at(0).digest, QString(fileHash("alpha").toHex()));
     QCOMPARE(server.downloads("alpha"), 1);
 }
 
