@@ -11,6 +11,7 @@
 #include "norvak/requestcarrier.h"
 #include "norvak/transferthread.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QIODevice>
 #include <QLoggingCategory>
@@ -59,6 +60,8 @@ struct RequestPrivate : public QObject
     QPointer<QIODevice> sink;
     bool hasSink = false;
     bool suppressErrors = false;
+    bool isDelivering = false; ///< inside the sink, which may run an event loop
+    bool hasMoreNews = false;  ///< came meanwhile
     bool done = false;
     int responseCode = 0;
     int redirects = 0;
@@ -156,7 +159,9 @@ bool RequestPrivate::event(QEvent *event)
 {
     if (event->type() != QEvent::User)
         return QObject::event(event);
-    if (transfer)
+    if (isDelivering)
+        hasMoreNews = true;
+    else if (transfer)
         hear(transfer->takeNews());
     return true;
 }
@@ -216,12 +221,16 @@ bool RequestPrivate::deliver(const QByteArray &bytes)
         body.append(bytes);
         return true;
     }
-    for (int at = 0; at < bytes.size(); at += pieceSize) {
+    isDelivering = true;
+    bool isWritten = true;
+    for (int at = 0; isWritten && at < bytes.size(); at += pieceSize) {
         const int size = qMin(pieceSize, bytes.size() - at);
-        if (!sink || sink->write(bytes.constData() + at, size) != size)
-            return false;
+        isWritten = sink && sink->write(bytes.constData() + at, size) == size;
     }
-    return true;
+    isDelivering = false;
+    if (std::exchange(hasMoreNews, false))
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    return isWritten;
 }
 
 void RequestPrivate::hopEnded(Fault fault, const QString &detail)

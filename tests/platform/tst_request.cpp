@@ -53,6 +53,16 @@ private:
     qint64 m_room;
 };
 
+/// A device that runs an event loop in each write.
+struct WaitingBuffer : QBuffer
+{
+    qint64 writeData(const char *data, qint64 size) override
+    {
+        QCoreApplication::processEvents();
+        return QBuffer::writeData(data, size);
+    }
+};
+
 /// One running GET, and what it came to, read in finished() as users of Request do.
 struct Get
 {
@@ -299,7 +309,7 @@ void tst_Request::largeBodies()
     QFETCH(HttpTestAnswer, answer);
     HttpTestServer server(answer);
     const QByteArray large = numberedContent(1, largeSize);
-    QBuffer sink;
+    WaitingBuffer sink;
     QVERIFY(sink.open(QIODevice::WriteOnly));
     Get intoSink(server.url(), &m_manager, &sink);
     Get intoMemory(server.url(), &m_manager);
