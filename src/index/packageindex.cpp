@@ -105,6 +105,16 @@ int PackageIndex::accessorCount() const
     return int(d->accessors.size());
 }
 
+QVector<std::function<nk::Request *()>> PackageIndex::fileDownloads(const QString &digest) const
+{
+    QVector<std::function<nk::Request *()>> downloads;
+    for (auto accessor = d->accessors.crbegin(); accessor != d->accessors.crend(); ++accessor) {
+        if (const auto download = (*accessor)->fileDownload(digest))
+            downloads.append(download);
+    }
+    return downloads;
+}
+
 PackageAccessor *PackageIndex::accessor(int index) const
 {
     return d->accessors[size_t(index)].get();

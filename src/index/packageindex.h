@@ -12,8 +12,13 @@
 #include <QScopedPointer>
 #include <QSharedPointer>
 #include <QStringRef>
+#include <QVector>
 
 #include <functional>
+
+namespace nk {
+class Request;
+}
 
 namespace nk::pm {
 
@@ -71,6 +76,10 @@ public:
     int accessorCount() const;
     /// The snapshot at that position, unchecked; lives as long as the index.
     PackageAccessor *accessor(int index) const;
+
+    /// The downloads of a file by its digest, as PackageAccessor::fileDownload() says, of all
+    /// snapshots that have one; later sources first.
+    QVector<std::function<nk::Request *()>> fileDownloads(const QString &digest) const;
 
     /// A pooled copy of \a string for a node under construction; null once the build is over.
     QStringRef addString(const QString &string);

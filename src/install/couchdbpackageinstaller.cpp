@@ -10,6 +10,13 @@
 
 namespace nk::pm {
 
+static std::function<nk::Request *()> requestOf(const QUrl &url, QNetworkAccessManager *manager)
+{
+    return [url, sender = QPointer<QNetworkAccessManager>(manager)] {
+        return new nk::GetRequest(QNetworkRequest(url), sender);
+    };
+}
+
 // "md5-" and the Base64 form, of which the decoder passes over the hyphen. Not an MD5, but as long
 // as the digest of a signed file, it would take that file's place in the store.
 QString CouchDBPackageInstaller::digestOf(const QJsonObject &attachment)
@@ -25,18 +32,27 @@ CouchDBPackageInstaller::CouchDBPackageInstaller(
     const QSharedPointer<FileStore> &store, const InstallLocation &location)
     : DownloadInstaller({DownloadFailed, CommitFailed, InstallFailed}, store, location)
 {
-    const QPointer<QNetworkAccessManager> sender(manager);
     const QJsonObject attachments = document[QLatin1String("_attachments")].toObject();
     for (auto attachment = attachments.begin(); attachment != attachments.end(); ++attachment) {
         const QString digest = digestOf(attachment.value().toObject());
         if (!addFile(digest, attachment.key()))
             continue;
         const QUrl url = documentUrl.resolved(QUrl(attachment.key()));
-        fetch(digest, QCryptographicHash::Md5, url, [url, sender] {
-            return new nk::GetRequest(QNetworkRequest(url), sender);
-        });
+        fetch(digest, QCryptographicHash::Md5, url, requestOf(url, manager));
     }
     start();
+}
+
+std::function<nk::Request *()> CouchDBPackageInstaller::download(
+    const QString &digest, const QUrl &documentUrl, QNetworkAccessManager *manager,
+    const QJsonObject &document)
+{
+    const QJsonObject attachments = document[QLatin1String("_attachments")].toObject();
+    for (auto attachment = attachments.begin(); attachment != attachments.end(); ++attachment) {
+        if (digestOf(attachment.value().toObject()) == digest)
+            return requestOf(documentUrl.resolved(QUrl(attachment.key())), manager);
+    }
+    return {};
 }
 
 } // namespace nk::pm

@@ -34,6 +34,12 @@ public:
 
     /// The hexadecimal MD5 of an entry of "_attachments"; null if it hasn't got one.
     static QString digestOf(const QJsonObject &attachment);
+
+    /// How the attachment of \a document with \a digest (lower-case hexadecimal) is asked for;
+    /// empty if there is none. The others as above.
+    static std::function<nk::Request *()> download(
+        const QString &digest, const QUrl &documentUrl, QNetworkAccessManager *manager,
+        const QJsonObject &document);
 };
 
 } // namespace nk::pm

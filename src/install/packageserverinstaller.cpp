@@ -9,6 +9,11 @@
 
 namespace nk::pm {
 
+static QUrl fileUrl(const QString &digest)
+{
+    return QUrl(QStringLiteral("./api/v1/ledger/%1").arg(digest));
+}
+
 PackageServerInstaller::PackageServerInstaller(
     const QHash<QByteArray, QString> &files, nk::account::Service *service,
     const QSharedPointer<FileStore> &store, const InstallLocation &location)
@@ -19,17 +24,22 @@ PackageServerInstaller::PackageServerInstaller(
         finish();
         return;
     }
-    const QPointer<nk::account::Service> sender(service);
     for (auto file = files.begin(); file != files.end(); ++file) {
         const QString digest = QString::fromLatin1(file.key().toHex());
         if (!addFile(digest, file.value()))
             continue;
-        const QUrl url(QStringLiteral("./api/v1/ledger/%1").arg(digest));
-        fetch(digest, QCryptographicHash::Sha224, url, [url, sender]() -> nk::Request * {
-            return sender ? sender->getRequest(url) : nullptr;
-        });
+        fetch(digest, QCryptographicHash::Sha224, fileUrl(digest), download(digest, service));
     }
     start();
+}
+
+std::function<nk::Request *()> PackageServerInstaller::download(
+    const QString &digest, nk::account::Service *service)
+{
+    const QPointer<nk::account::Service> sender(service);
+    return [url = fileUrl(digest), sender]() -> nk::Request * {
+        return sender ? sender->getRequest(url) : nullptr;
+    };
 }
 
 } // namespace nk::pm

@@ -33,6 +33,10 @@ public:
     PackageServerInstaller(
         const QHash<QByteArray, QString> &files, nk::account::Service *service,
         const QSharedPointer<FileStore> &store, const InstallLocation &location);
+
+    /// How the file with \a digest (lower-case hexadecimal) is asked for. \a service as above.
+    static std::function<nk::Request *()> download(
+        const QString &digest, nk::account::Service *service);
 };
 
 } // namespace nk::pm

@@ -25,4 +25,9 @@ std::optional<QVector<PackageFileInfo>> PackageAccessor::files(int) const
     return {};
 }
 
+std::function<nk::Request *()> PackageAccessor::fileDownload(const QString &) const
+{
+    return {};
+}
+
 } // namespace nk::pm

@@ -12,8 +12,13 @@
 #include <QUrl>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 #include <optional>
+
+namespace nk {
+class Request;
+}
 
 namespace nk::pm {
 
@@ -120,6 +125,11 @@ public:
     /// takes for one, that one. A source that reads a directory looks at it now, which may block.
     /// Nothing if the source can't tell, or its disk doesn't.
     virtual std::optional<QVector<PackageFileInfo>> files(int index) const;
+
+    /// Starts the download of the file that has the hexadecimal \a digest in the file store, on the
+    /// GUI thread; the request, null if it can't be sent, becomes the caller's. Empty if no package
+    /// of the snapshot has such a file. Needs neither the snapshot nor its source to live.
+    virtual std::function<nk::Request *()> fileDownload(const QString &digest) const;
 };
 
 } // namespace nk::pm

@@ -97,13 +97,17 @@ QUrl CouchDBPackageAccessor::fileUrl(int index, const QString &fileName) const
         m_url.toString() + QStringLiteral("/%1/%2").arg(documentId, fileName), QUrl::TolerantMode);
 }
 
+QUrl CouchDBPackageAccessor::documentUrl(const QJsonObject &document) const
+{
+    return QUrl(m_url.toString() + QStringLiteral("/%1/").arg(text(document, "_id")));
+}
+
 std::unique_ptr<PackageInstaller> CouchDBPackageAccessor::createInstaller(
     int index, const InstallLocation &location) const
 {
     const QJsonObject &document = m_documents.at(m_packages.at(index));
-    const QUrl documentUrl(m_url.toString() + QStringLiteral("/%1/").arg(text(document, "_id")));
     return std::make_unique<CouchDBPackageInstaller>(
-        documentUrl, m_networkManager.data(), document, m_fileStore, location);
+        documentUrl(document), m_networkManager.data(), document, m_fileStore, location);
 }
 
 int CouchDBPackageAccessor::keywordCount() const
@@ -158,6 +162,18 @@ std::optional<QVector<PackageFileInfo>> CouchDBPackageAccessor::files(int index)
             {name, qint64(size.toDouble(-1)), CouchDBPackageInstaller::digestOf(attachment)});
     }
     return files;
+}
+
+std::function<nk::Request *()> CouchDBPackageAccessor::fileDownload(const QString &digest) const
+{
+    for (const int package : m_packages) {
+        const QJsonObject &document = m_documents.at(package);
+        const auto download = CouchDBPackageInstaller::download(
+            digest.toLower(), documentUrl(document), m_networkManager.data(), document);
+        if (download)
+            return download;
+    }
+    return {};
 }
 
 } // namespace nk::pm

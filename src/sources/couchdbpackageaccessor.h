@@ -60,9 +60,11 @@ public:
     /// A response without rows; not a file that is gone.
     bool isRefused() const override { return m_isRefused; }
     std::optional<QVector<PackageFileInfo>> files(int index) const override;
+    std::function<nk::Request *()> fileDownload(const QString &digest) const override;
 
 private:
     QJsonArray readRows();
+    QUrl documentUrl(const QJsonObject &document) const;
 
     const QUrl m_url;
     const QString m_path;

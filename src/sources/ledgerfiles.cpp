@@ -59,6 +59,16 @@ const char *LedgerFiles::hashOf(const QByteArray &name) const
     return hash;
 }
 
+bool LedgerFiles::hasHash(const QByteArray &hash) const
+{
+    const char *position = m_records;
+    for (int i = 0; i < m_count; ++i) {
+        if (QByteArray::fromRawData(takeFile(position).hash, ledger::hashSize) == hash)
+            return true;
+    }
+    return false;
+}
+
 QVector<LedgerFile> LedgerFiles::sortedUnique() const
 {
     QVector<LedgerFile> files;

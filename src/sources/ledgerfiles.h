@@ -37,6 +37,8 @@ public:
 
     /// The hash of the file with this name, null if there is none. Walks the records.
     const char *hashOf(const QByteArray &name) const;
+    /// Whether a file has this hash. Walks the records.
+    bool hasHash(const QByteArray &hash) const;
     /// The files, each name once, in the order of the names' bytes.
     QVector<LedgerFile> sortedUnique() const;
 

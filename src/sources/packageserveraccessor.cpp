@@ -208,6 +208,17 @@ std::optional<QVector<PackageFileInfo>> PackageServerAccessor::files(int index) 
     return files;
 }
 
+std::function<nk::Request *()> PackageServerAccessor::fileDownload(const QString &digest) const
+{
+    const QByteArray hash = QByteArray::fromHex(digest.toLatin1());
+    const auto &packages = d->tables.packages;
+    const bool isListed = std::any_of(packages.cbegin(), packages.cend(), [&](const auto &package) {
+        return package.files.hasHash(hash);
+    });
+    return isListed ? PackageServerInstaller::download(digest.toLower(), d->service)
+                    : std::function<nk::Request *()>();
+}
+
 void PackageServerAccessor::requestFile(const QUrl &url)
 {
     d->proxy().requestFile(url);

@@ -57,6 +57,7 @@ public:
     QByteArray issuerKey(int index) const override;
     bool isRefused() const override;
     std::optional<QVector<PackageFileInfo>> files(int index) const override;
+    std::function<nk::Request *()> fileDownload(const QString &digest) const override;
 
     void requestFile(const QUrl &url) override;
 
