@@ -6,6 +6,7 @@
 #include "closing/closingdown.h"
 #include "install/filestore.h"
 #include "install/installdirectory.h"
+#include "install/storelock.h"
 
 #include <QFutureWatcher>
 #include <QMap>
@@ -30,6 +31,7 @@ struct CopyJob
     InstallLocation location;
     QMap<QString, QString> fileNames; ///< hexadecimal digest to file name
     int errorCode;
+    std::shared_ptr<StoreLock> hold; ///< until the last file is linked
 
     QList<InstallError> run() const;
 };
@@ -70,11 +72,12 @@ struct DownloadInstallerPrivate
     QSharedPointer<FileStore> store;
     QMap<QString, QString> fileNames{}; ///< hexadecimal digest to file name, stored or not
     std::vector<Download> downloads{};
-    size_t begun = 0;                ///< how many of them have their request, or can't have one
-    bool isWaitingForRoom = false;   ///< for the next of them
-    int requestCount = 0;            ///< that have not finished
-    int commitCount = 0;             ///< likewise
-    ErrorWatcher *watcher = nullptr; ///< of the running copy job
+    size_t begun = 0;                  ///< how many of them have their request, or can't have one
+    bool isWaitingForRoom = false;     ///< for the next of them
+    int requestCount = 0;              ///< that have not finished
+    int commitCount = 0;               ///< likewise
+    ErrorWatcher *watcher = nullptr;   ///< of the running copy job
+    std::shared_ptr<StoreLock> hold{}; ///< passed on to that job
 
     void advance();
     void waitForRoom();
@@ -168,7 +171,7 @@ void DownloadInstallerPrivate::startInstall()
         return;
     for (const Download &download : downloads)
         report(download);
-    const CopyJob job{store, q->location(), fileNames, codes.install};
+    const CopyJob job{store, q->location(), fileNames, codes.install, std::exchange(hold, {})};
     watcher = new ErrorWatcher(q);
     QObject::connect(watcher, &ErrorWatcher::finished, q, &DownloadInstaller::installFinished);
     watcher->setFuture(QtConcurrent::run([job] { return job.run(); }));
@@ -185,6 +188,8 @@ DownloadInstaller::~DownloadInstaller() = default;
 
 bool DownloadInstaller::addFile(const QString &digest, const QString &name)
 {
+    if (!d->hold)
+        d->hold = d->store->hold();
     d->fileNames[digest] = name;
     return !d->store->contains(digest);
 }

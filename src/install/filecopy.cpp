@@ -38,25 +38,13 @@ bool renameWithoutReplacing(const QString &from, const QString &to)
     return MoveFileExW(nativePath(nativeFrom), nativePath(nativeTo), 0);
 }
 
-bool renameReplacing(const QString &from, const QString &to)
-{
-    const QString nativeFrom = QDir::toNativeSeparators(from);
-    const QString nativeTo = QDir::toNativeSeparators(to);
-    return MoveFileExW(nativePath(nativeFrom), nativePath(nativeTo), MOVEFILE_REPLACE_EXISTING);
-}
-
 #else
-
-bool renameReplacing(const QString &from, const QString &to)
-{
-    return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
-}
 
 bool renameWithoutReplacing(const QString &from, const QString &to)
 {
     // Only where hard links don't exist. Between the test and the call another thread may lay the
     // same file down; replacing it then as a whole does no harm.
-    return !QFileInfo::exists(to) && renameReplacing(from, to);
+    return !QFileInfo::exists(to) && moveOver(from, to);
 }
 
 #endif
@@ -75,6 +63,19 @@ bool copyContent(QFile &source, QFile &target)
 }
 
 } // namespace
+
+bool moveOver(const QString &source, const QString &target)
+{
+#ifdef Q_OS_WIN
+    const QString nativeSource = QDir::toNativeSeparators(source);
+    const QString nativeTarget = QDir::toNativeSeparators(target);
+    return MoveFileExW(
+        nativePath(nativeSource), nativePath(nativeTarget), MOVEFILE_REPLACE_EXISTING);
+#else
+    return std::rename(QFile::encodeName(source).constData(), QFile::encodeName(target).constData())
+           == 0;
+#endif
+}
 
 bool hardLink(const QString &source, const QString &target)
 {
@@ -102,14 +103,6 @@ bool copyFile(const QString &source, const QString &target)
     to.setPermissions(from.permissions());
     to.close();
     return hardLink(to.fileName(), target) || renameWithoutReplacing(to.fileName(), target);
-}
-
-bool moveOver(const QString &source, const QString &target)
-{
-    const bool moved = renameReplacing(source, target);
-    if (!moved)
-        QFile::remove(source);
-    return moved;
 }
 
 } // namespace nk::pm

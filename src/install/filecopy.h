@@ -20,8 +20,7 @@ bool hardLink(const QString &source, const QString &target);
 /// under the final name. Gives up when the application is closing down.
 bool copyFile(const QString &source, const QString &target);
 
-/// Renames \a source to \a target, in one step in place of a file that stands there. If that fails,
-/// \a source is removed.
+/// Renames \a source to \a target, in one step in place of a file that stands there.
 bool moveOver(const QString &source, const QString &target);
 
 } // namespace nk::pm

@@ -6,6 +6,7 @@
 #include "closing/closingdown.h"
 #include "install/logging.h"
 #include "install/openfiles.h"
+#include "install/storelock.h"
 
 #include <QDir>
 #include <QFutureWatcher>
@@ -25,6 +26,8 @@ namespace {
 
 constexpr int minDigestLength = 8;
 constexpr int maxDigestLength = 128;
+// The GUI thread waits that long at most; those who hold the lock alone do for a few milliseconds.
+constexpr std::chrono::milliseconds holdPatience{200};
 
 bool isHexDigit(QChar c)
 {
@@ -95,6 +98,7 @@ struct FileStorePrivate
     FileStore *q;
     const QDir root;
     const QDir files;
+    std::weak_ptr<StoreLock> lock;
     QHash<QString, QFuture<FileStore::CommitResult>> commits; // by lower-case digest
     int openTargets = 0;
     QQueue<Waiting> waiting;
@@ -158,6 +162,26 @@ bool FileStore::contains(const QString &digest) const
     return QFile::exists(filePath(digest));
 }
 
+std::shared_ptr<StoreLock> FileStore::hold()
+{
+    std::shared_ptr<StoreLock> lock = d->lock.lock();
+    if (!lock) {
+        lock = StoreLock::take(lockPath(), StoreLock::Shared, holdPatience);
+        d->lock = lock;
+    }
+    return lock;
+}
+
+QString FileStore::directory() const
+{
+    return d->files.path();
+}
+
+QString FileStore::lockPath() const
+{
+    return d->root.path() + QLatin1String("/.store.lock");
+}
+
 FileStoreTarget *FileStore::createTarget(
     const QString &digest, QCryptographicHash::Algorithm algorithm, StorePolicy policy)
 {
@@ -174,6 +198,7 @@ FileStoreTarget *FileStore::createTarget(
         delete target;
         return nullptr;
     }
+    target->m_hold = hold();
     ++d->openTargets;
     connect(target, &QObject::destroyed, this, [this] { d->targetGone(); });
     return target;

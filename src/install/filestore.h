@@ -13,9 +13,11 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 
 namespace nk::pm {
 
+class StoreLock;
 struct FileStorePrivate;
 
 /// The package files that came over the network, on disk, each named by the hexadecimal digest of
@@ -47,6 +49,14 @@ public:
 
     /// Whether a file with \a digest is there.
     bool contains(const QString &digest) const;
+
+    /// As long as somebody holds what this gives, no process removes files of the store to make
+    /// room. Whoever builds on contains() does; targets do. Null where the system can't, or in the
+    /// rare case that somebody who removes files has been stopped in the middle of it.
+    std::shared_ptr<StoreLock> hold();
+    /// Absolute paths of the directory of the files and of the lock's file. Any thread.
+    QString directory() const;
+    QString lockPath() const;
 
     /// A new, open target for a file whose content has \a digest by \a algorithm; null if the
     /// digest is invalid, for a strict policy by its length too, the file can't be opened or the

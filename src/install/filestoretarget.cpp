@@ -126,10 +126,14 @@ bool FileStoreTarget::commitFile()
 {
     if (!m_saveFile.flush())
         m_saveFile.cancelWriting();
-    const bool committed = m_saveFile.commit() && moveOver(m_saveFile.fileName(), m_path);
-    if (committed)
-        nk::util::FileUtils::syncFile(m_path);
-    return committed;
+    if (!m_saveFile.commit())
+        return false;
+    if (!moveOver(m_saveFile.fileName(), m_path)) {
+        QFile::remove(m_saveFile.fileName());
+        return false;
+    }
+    nk::util::FileUtils::syncFile(m_path);
+    return true;
 }
 
 FileStoreTarget::CommitResult FileStoreTarget::commit()

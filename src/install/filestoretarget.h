@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "install/contenthash.h"
 #include "install/storepolicy.h"
 
 #include <QByteArray>
@@ -12,7 +13,11 @@
 #include <QSaveFile>
 #include <QString>
 
+#include <memory>
+
 namespace nk::pm {
+
+class StoreLock;
 
 /// The write side of one file of the store: takes its content in order, and puts it in place with
 /// commit(). A target that is destroyed without that leaves no trace. GUI thread, but for what says
@@ -71,12 +76,13 @@ private:
     const QString m_digest;
     const QString m_path;
     const StorePolicy m_policy;
-    QCryptographicHash m_hash;
-    bool m_isInOrder = true;     // or else m_hash isn't the content's
-    QSaveFile m_saveFile;        // under a hidden name beside m_path
-    QFuture<void> m_preparation; // the job of FileStore::prepare(), if there is one
-    QByteArray m_lag;            // written, but not hashed yet
-    qint64 m_dirty = 0;          // bytes since the last writeback was begun
+    ContentHash m_hash;
+    std::shared_ptr<StoreLock> m_hold; // null for a target that no store made
+    bool m_isInOrder = true;           // or else m_hash isn't the content's
+    QSaveFile m_saveFile;              // under a hidden name beside m_path
+    QFuture<void> m_preparation;       // the job of FileStore::prepare(), if there is one
+    QByteArray m_lag;                  // written, but not hashed yet
+    qint64 m_dirty = 0;                // bytes since the last writeback was begun
 };
 
 } // namespace nk::pm

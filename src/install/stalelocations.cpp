@@ -13,6 +13,7 @@
 #include <QThread>
 #include <norvak/locations.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace nk::pm {
@@ -51,6 +52,16 @@ void removeTree(const QString &path)
         QDir().rmdir(directories.takeLast());
 }
 
+/// What a link in here leads to is not ours.
+QFileInfoList locationsBelow(const QString &parent)
+{
+    QFileInfoList entries =
+        QDir(parent).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted);
+    const auto isLink = [](const QFileInfo &entry) { return entry.isSymLink(); };
+    entries.erase(std::remove_if(entries.begin(), entries.end(), isLink), entries.end());
+    return entries;
+}
+
 void removeIfUnused(const QString &path)
 {
     QLockFile lock(path + QLatin1String("/.lock"));
@@ -75,17 +86,34 @@ void removeStaleLocations()
     sweepLocations(installRoots(), QDateTime::currentDateTimeUtc());
 }
 
+QStringList installLocations()
+{
+    QStringList paths;
+    for (const QFileInfo &entry : locationsBelow(installRoots()))
+        paths.append(entry.absoluteFilePath());
+    return paths;
+}
+
+QStringList usedLocations()
+{
+    QStringList paths;
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    for (const QFileInfo &entry : locationsBelow(installRoots())) {
+        const QString path = entry.absoluteFilePath();
+        if (!isOld(entry, now) || !QLockFile(path + QLatin1String("/.lock")).tryLock(0))
+            paths.append(path);
+    }
+    return paths;
+}
+
 void sweepLocations(const QString &parent, const QDateTime &now)
 {
     if (isClosingDown())
         return;
-    const QFileInfoList entries =
-        QDir(parent).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted);
-    for (const QFileInfo &entry : entries) {
+    for (const QFileInfo &entry : locationsBelow(parent)) {
         if (isClosingDown())
             return;
-        // What a link in here leads to is not ours to remove.
-        if (!entry.isSymLink() && isOld(entry, now))
+        if (isOld(entry, now))
             removeIfUnused(entry.absoluteFilePath());
     }
 }

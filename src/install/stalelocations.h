@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 
 namespace nk::pm {
 
@@ -16,7 +17,13 @@ QString installRoots();
 /// overlap. Ends early when the application is closing down.
 void removeStaleLocations();
 
-/// The same for the directories below \a parent, with ages seen from \a now.
+/// Absolute paths of all install roots.
+QStringList installLocations();
+
+/// Of these, those that the next removeStaleLocations() would leave.
+QStringList usedLocations();
+
+/// removeStaleLocations() for the directories below \a parent, with ages seen from \a now.
 void sweepLocations(const QString &parent, const QDateTime &now);
 
 } // namespace nk::pm

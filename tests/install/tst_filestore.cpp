@@ -28,7 +28,7 @@ class FileStoreTest : public QObject
     Q_OBJECT
 
 private:
-    QStringList filesInStore() const { return filesBelow(m_data.filePath("packages")); }
+    QStringList filesInStore() const { return filesBelow(m_data.filePath("packages/files")); }
     FileStoreTarget *target(const QByteArray &content)
     {
         return m_store->createTarget(digestOf(content), QCryptographicHash::Sha224);
