@@ -114,6 +114,8 @@ CouchClient::Answer CouchClient::send(
     answer.body = reply->readAll();
     if (answer.status >= 300 || reply->error() != QNetworkReply::NoError)
         answer.fault = describeFault(answer.status, answer.body, *reply);
+    else if (QJsonDocument::fromJson(answer.body).isNull()) // all that CouchDB says is JSON
+        answer.fault = QStringLiteral("the server's answer broke off, or isn't a CouchDB's");
     return answer;
 }
 

@@ -8,6 +8,7 @@
 #include "sources/couchdbpackagesource.h"
 #include "sources/localpackageaccessor.h"
 #include "support/couchdbserver.h"
+#include "support/httptestserver.h"
 #include "support/scopeddatalocation.h"
 
 #include <QNetworkAccessManager>
@@ -134,6 +135,10 @@ void TestCouchPush::namesWhatTheServerRefuses()
     QVERIFY2(text.contains("401") && text.contains("127.0.0.1"), qPrintable(text));
     QVERIFY2(!text.contains("wrong"), qPrintable(text)); // credentials are never shown
     QVERIFY(push(m_tree, server.databaseUrl("writer:secret")).pushed);
+
+    HttpTestServer broken(HttpTestAnswer::ok("{\"rows\": ["));
+    const auto problems = push(m_tree, broken.url("/db")).problems.sorted();
+    QVERIFY(problems.size() == 1 && problems.first().text.contains("broke off"));
 }
 
 QTEST_GUILESS_MAIN(TestCouchPush)
