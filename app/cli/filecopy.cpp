@@ -3,6 +3,8 @@
 
 #include "filecopy.h"
 
+#include "disk/writeall.h"
+
 #include <QFile>
 
 #include <unistd.h>
@@ -15,19 +17,6 @@ constexpr qint64 pieceSize = 1024 * 1024;
 QString fault(const QFile &file)
 {
     return QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
-}
-
-/// A disk that gets full takes a part, and says why not the rest only when asked once more.
-bool writeAll(QFile &file, const QByteArray &bytes)
-{
-    qint64 done = 0;
-    while (done < bytes.size()) {
-        const qint64 written = file.write(bytes.constData() + done, bytes.size() - done);
-        if (written <= 0)
-            return false;
-        done += written;
-    }
-    return true;
 }
 
 /// Shows \a take, which gives the reason of a failure, all of the file.
@@ -71,7 +60,7 @@ QString copyFile(
         return fault(target);
     const QString reason = readPieces(source, cancelled, [&](const QByteArray &piece) {
         check.add(piece);
-        return writeAll(target, piece) ? QString() : fault(target);
+        return disk::writeAll(target, piece) ? QString() : fault(target);
     });
     if (!reason.isEmpty())
         return reason;

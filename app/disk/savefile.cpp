@@ -3,6 +3,8 @@
 
 #include "disk/savefile.h"
 
+#include "disk/writeall.h"
+
 #include <norvakutil/fileutils.h>
 
 #include <QDateTime>
@@ -34,19 +36,6 @@ void removeLeftovers(const QFileInfo &target)
             && entry.lastModified() < limit)
             QFile::remove(entry.filePath());
     }
-}
-
-/// A disk that gets full takes a part, and says why not the rest only when asked once more.
-bool writeAll(QFile &file, const QByteArray &bytes)
-{
-    qint64 done = 0;
-    while (done < bytes.size()) {
-        const qint64 written = file.write(bytes.constData() + done, bytes.size() - done);
-        if (written <= 0)
-            return false;
-        done += written;
-    }
-    return true;
 }
 
 /// Gives the reason of a failure, or an empty text.
