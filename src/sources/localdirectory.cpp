@@ -3,6 +3,8 @@
 
 #include "sources/localdirectory.h"
 
+#include "closing/closingdown.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -46,7 +48,7 @@ std::vector<DirectoryEntry> readDirectory(const QString &path, WholeFlag &isWhol
     std::vector<DirectoryEntry> entries;
     std::error_code error;
     fs::directory_iterator it(nativePath(path), error);
-    for (; !error && it != fs::directory_iterator(); it.increment(error)) {
+    for (; !error && it != fs::directory_iterator() && !isClosingDown(); it.increment(error)) {
         const std::string bytes = it->path().filename().u8string();
         const QString name = QString::fromStdString(bytes);
         if (name.startsWith(QLatin1Char('.')) || name.toStdString() != bytes)

@@ -26,7 +26,8 @@ struct DirectoryEntry
 };
 
 /// The regular files and the directories in the directory \a path, links to such included, in the
-/// order of the file system. Not the hidden ones, nor those whose names are no text.
+/// order of the file system. Not the hidden ones, nor those whose names are no text; no more once
+/// the application closes down.
 std::vector<DirectoryEntry> readDirectory(const QString &path, WholeFlag &isWhole);
 
 /// The path without links; empty if there is nothing.
