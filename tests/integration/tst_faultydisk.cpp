@@ -13,7 +13,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <functional>
 #include <utility>
 
 using namespace nk::pm::test;
@@ -277,16 +276,15 @@ void tst_FaultyDisk::everyCallMayFail()
     std::shuffle(faults.begin(), faults.end(), random);
     if (!qEnvironmentVariableIsSet("NKPM_HOSTILE"))
         faults = faults.mid(0, sampleSize);
-    const auto complaints = QtConcurrent::blockingMapped<QStringList>(
-        faults, std::function<QString(const QString &)>([&](const QString &fault) {
-            const QString complaint = tryFault(scenario, fault);
-            return complaint.isEmpty() ? QString() : fault + ": " + complaint;
-        }));
-    for (const QString &complaint : complaints) {
-        if (!complaint.isEmpty())
-            qWarning("%s", qPrintable(complaint));
-    }
-    QCOMPARE(complaints.count(QString()), faults.size());
+    std::atomic<int> failed{0};
+    QtConcurrent::blockingMap(faults, [&](const QString &fault) {
+        const QString complaint = tryFault(scenario, fault);
+        if (complaint.isEmpty())
+            return;
+        ++failed;
+        qWarning("%s: %s", qPrintable(fault), qPrintable(complaint));
+    });
+    QCOMPARE(failed.load(), 0);
 }
 
 QTEST_GUILESS_MAIN(tst_FaultyDisk)
