@@ -1,13 +1,15 @@
 // SPDX-FileCopyrightText: 2026 NorvakPackageManager contributors
 // SPDX-License-Identifier: MIT
 
-// What the network installers cost beside the ordinary tools that do the same work, in turns in one
-// run:
+// What the network installers and the store cost beside the ordinary tools that do the same work,
+// in turns in one run:
 //
 //   links      a package of 2,000 stored files into a location, against cp -al of such a directory
 //   downloads  a package of 500 files of 64 KiB from a local nginx, with digest check and sync,
 //   against
 //              curl --parallel and sha224sum, once with and once without a sync of its files
+//   verify     a store of 512 files of 1 MiB, against sha224sum, which has one core: so would ours
+//              under taskset -c 0
 //
 // Prints the median and the best of each and their ratios. With --short it only runs everything
 // once, on few files.
@@ -15,6 +17,7 @@
 #include "install/filestore.h"
 #include "install/installlocationroot.h"
 #include "install/packageserverinstaller.h"
+#include "install/storecare.h"
 #include "support/nginxserver.h"
 #include "support/scopeddatalocation.h"
 #include "support/testfiles.h"
@@ -174,6 +177,47 @@ private:
     Files m_files;
 };
 
+/// Reading what the store holds.
+class Verification
+{
+public:
+    explicit Verification(int count)
+        : m_store(FileStore::instance())
+    {
+        for (int i = 0; i < count; ++i) {
+            const QByteArray content = numberedContent(i, 1024 * 1024);
+            const QByteArray digest = QCryptographicHash::hash(content, QCryptographicHash::Sha224);
+            writeFile(m_store->filePath(QString::fromLatin1(digest.toHex())), content);
+        }
+    }
+
+    double ours()
+    {
+        StoreCare care;
+        QEventLoop loop;
+        QObject::connect(&care, &StoreCare::finished, &loop, &QEventLoop::quit);
+        return milliseconds([&] {
+            care.verify();
+            loop.exec();
+            if (!care.report().isWhole())
+                qFatal("The store isn't whole");
+        });
+    }
+
+    double theirs()
+    {
+        return milliseconds([&] {
+            run(QStringLiteral("sh"),
+                {QStringLiteral("-c"), QStringLiteral("sha224sum */* >/dev/null")},
+                m_store->directory());
+        });
+    }
+
+private:
+    ScopedDataLocation m_data;
+    QSharedPointer<FileStore> m_store;
+};
+
 void compare(
     const char *what, int rounds, const std::function<double()> &ours,
     const std::function<double()> &theirs)
@@ -203,7 +247,8 @@ int main(int argc, char **argv)
         QStringLiteral("number"), QStringLiteral("15"));
     parser.addOptions({shortRun, roundCount});
     parser.addPositionalArgument(
-        QStringLiteral("comparison"), QStringLiteral("links or downloads, both if none is named"));
+        QStringLiteral("comparison"),
+        QStringLiteral("links, verify or downloads, all if none is named"));
     parser.addHelpOption();
     parser.process(app);
     const QStringList wanted = parser.positionalArguments();
@@ -218,6 +263,12 @@ int main(int argc, char **argv)
         compare(
             "links: ours, cp -al", rounds, [&] { return links.ours(); },
             [&] { return links.theirs(); });
+    }
+    if (isWanted("verify")) {
+        Verification verification(isShort ? 5 : 512);
+        compare(
+            "verify: ours, sha224sum", rounds, [&] { return verification.ours(); },
+            [&] { return verification.theirs(); });
     }
     if (!isWanted("downloads") || !NginxServer::isInstalled())
         return 0;

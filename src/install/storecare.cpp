@@ -72,8 +72,10 @@ Findings Work::close(Findings findings) const
     StoreReport &report = findings.report;
     if (task->goesOn())
         report.usage = usageOf(takeCensus(directory, *task), usedLocations(), *task);
-    if (!task->goesOn())
+    if (!task->goesOn()) {
         report.outcome = StoreReport::Cancelled;
+        report.usage = {};
+    }
     return findings;
 }
 
@@ -147,8 +149,9 @@ struct StoreCarePrivate
     std::shared_ptr<CareTask> task{}; ///< null if there is none
     QTimer *timer = new QTimer(q);    ///< of the progress
     FileFinder finder{};
-    Findings findings{};            ///< of a repair, while it fetches
-    StoreFetch *fetching = nullptr; ///< likewise
+    Findings findings{};               ///< of a repair, while it fetches
+    StoreFetch *fetching = nullptr;    ///< likewise
+    std::shared_ptr<StoreLock> hold{}; ///< likewise: what came stays until it is linked
     StoreReport report{};
 
     void begin(const Step &step, Sequel sequel);
@@ -193,6 +196,7 @@ void StoreCarePrivate::fetch(const Findings &found)
     task->bytes = 0;
     task->totalFiles = digests.size();
     task->totalBytes = 0;
+    hold = store->hold();
     fetching = new StoreFetch(store, digests, std::exchange(finder, {}), task, q);
     QObject::connect(fetching, &StoreFetch::finished, q, [this] { mend(); });
 }
@@ -202,7 +206,10 @@ void StoreCarePrivate::mend()
     fetching->disconnect(q);
     std::exchange(fetching, nullptr)->deleteLater();
     const Findings found = std::exchange(findings, {});
-    run([found](const Work &work) { return work.mend(found); }, &StoreCarePrivate::finish);
+    const auto mending = [found, held = std::exchange(hold, {})](const Work &work) {
+        return work.mend(found);
+    };
+    run(mending, &StoreCarePrivate::finish);
 }
 
 void StoreCarePrivate::finish(const Findings &last)

@@ -5,6 +5,7 @@
 
 #include <norvakpackagemanager_export.h>
 
+#include <QMetaType>
 #include <QObject>
 #include <QScopedPointer>
 #include <QString>
@@ -61,10 +62,10 @@ struct StoreReport
     enum Outcome {
         Done,
         Cancelled, ///< what is reported was found or done until then
-        Busy,      ///< clean() only: installs run, of this process or another; nothing was removed
+        Busy,      ///< clean() only: installs of this process or another ran all the time
     };
     Outcome outcome = Done;
-    StoreUsage usage;             ///< at the end
+    StoreUsage usage;             ///< at the end; nothing of a task that was cancelled
     QVector<StoreDamage> damages; ///< by digest; of verify() and repair()
     QStringList unreadable;       ///< absolute paths of files that the disk doesn't give
     QStringList unknown;          ///< absolute paths of files whose name tells no algorithm
@@ -137,3 +138,5 @@ private:
 };
 
 } // namespace nk::pm
+
+Q_DECLARE_METATYPE(nk::pm::StoreProgress)

@@ -307,7 +307,7 @@ void StoreCareTest::killedAnywhere()
 {
     QFETCH(QString, task);
     const int count = 60;
-    const int rounds = qEnvironmentVariableIsSet("NKPM_HOSTILE") ? 300 : 6;
+    const int rounds = qEnvironmentVariableIsSet("NKPM_HOSTILE") ? 100 : 6;
     fill(count, 2);
     for (int round = 0; round < rounds; ++round) {
         for (int i = 0; i < count; i += 3) {
@@ -330,7 +330,10 @@ void StoreCareTest::killedAnywhere()
             QCOMPARE(cleaned(0).usage.files, count);
         QCOMPARE(wrongFiles(count), 0);
         QVERIFY(verified().damages.isEmpty());
-        QCOMPARE(filesBelow(m_store->directory()).size(), count);
+        // A download's leftover is for clean().
+        const QStringList files = filesBelow(m_store->directory());
+        QCOMPARE(files.size() - files.filter(".part").size(), count);
+        QVERIFY(task == "repair" || files.size() == count);
     }
 }
 

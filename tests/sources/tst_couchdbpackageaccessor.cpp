@@ -92,6 +92,8 @@ void TestCouchDBPackageAccessor::readsPackages()
                         {"manifest", QJsonObject{{"name", "Oak"}}}}),
         row("package", {{"_id", "12345678"}, {"manifest", 7}}),
     }));
+    QVERIFY(accessor.fileDownload("4A8A08F09D37B73795649038408B5F33")); // of "c"
+    QVERIFY(!accessor.fileDownload("4a8a08f09d37b73795649038408b5f34"));
     const PackageInfo oak = accessor.packageInfo(0);
     QCOMPARE(oak.id, QString("oak"));
     QCOMPARE(oak.type, QString("wood:oak"));

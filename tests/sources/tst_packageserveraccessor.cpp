@@ -15,6 +15,8 @@
 #include "support/testfiles.h"
 
 #include <QNetworkReply>
+#include <norvak/request.h>
+
 #include <QtTest>
 
 #include <algorithm>
@@ -422,6 +424,12 @@ void tst_PackageServerAccessor::installsOneOfEqualFiles()
     QCOMPARE(files->at(0).size, -1);
     QCOMPARE(files->at(0).digest, QString(fileHash("alpha").toHex()));
     QCOMPARE(server.downloads("alpha"), 1);
+
+    QVERIFY(!accessor->fileDownload(fileHash("gamma").toHex()));
+    std::unique_ptr<nk::Request> again(accessor->fileDownload(fileHash("beta").toHex())());
+    QSignalSpy finished(again.get(), &nk::Request::finished);
+    QVERIFY(finished.wait());
+    QCOMPARE(again->rawResponse(), QByteArray("beta"));
 }
 
 QTEST_GUILESS_MAIN(tst_PackageServerAccessor)
