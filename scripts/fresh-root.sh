@@ -62,7 +62,7 @@ makeRoot() {
     mirror=$(debianSources | sed -n "s/^deb \([^ ]*\) $release .*/\1/p" | head -n 1)
     [[ -n $mirror ]] || { echo "This machine's apt knows no $release."; return 1; }
     eval "$(apt-config shell proxy Acquire::http::Proxy)"
-    mkdir -p "$directory" &&
+    mkdir -p "$directory" && chmod 755 "$directory" && # apt and servers go on as other users
         http_proxy=${http_proxy:-$proxy} unshare --mount \
             debootstrap --variant=minbase "$release" "$directory" "$mirror" &&
         debianSources >"$directory/etc/apt/sources.list" &&
