@@ -153,6 +153,7 @@ struct StoreCarePrivate
     StoreFetch *fetching = nullptr;    ///< likewise
     std::shared_ptr<StoreLock> hold{}; ///< likewise: what came stays until it is linked
     StoreReport report{};
+    QObject context{}; ///< of what calls back
 
     void begin(const Step &step, Sequel sequel);
     void run(const Step &step, Sequel sequel);
@@ -176,7 +177,7 @@ void StoreCarePrivate::begin(const Step &step, Sequel sequel)
 void StoreCarePrivate::run(const Step &step, Sequel sequel)
 {
     auto *watcher = new Watcher(q);
-    QObject::connect(watcher, &QFutureWatcherBase::finished, q, [this, watcher, sequel] {
+    QObject::connect(watcher, &QFutureWatcherBase::finished, &context, [this, watcher, sequel] {
         watcher->deleteLater();
         (this->*sequel)(watcher->result());
     });
@@ -198,12 +199,12 @@ void StoreCarePrivate::fetch(const Findings &found)
     task->totalBytes = 0;
     hold = store->hold();
     fetching = new StoreFetch(store, digests, std::exchange(finder, {}), task, q);
-    QObject::connect(fetching, &StoreFetch::finished, q, [this] { mend(); });
+    QObject::connect(fetching, &StoreFetch::finished, &context, [this] { mend(); });
 }
 
 void StoreCarePrivate::mend()
 {
-    fetching->disconnect(q);
+    fetching->disconnect(&context);
     std::exchange(fetching, nullptr)->deleteLater();
     const Findings found = std::exchange(findings, {});
     const auto mending = [found, held = std::exchange(hold, {})](const Work &work) {
@@ -233,7 +234,7 @@ StoreCare::StoreCare(QObject *parent)
     : QObject(parent)
     , d(new StoreCarePrivate{this})
 {
-    connect(d->timer, &QTimer::timeout, this, [this] { Q_EMIT progressed(d->progress()); });
+    connect(d->timer, &QTimer::timeout, &d->context, [this] { Q_EMIT progressed(d->progress()); });
 }
 
 StoreCare::~StoreCare()

@@ -3,6 +3,8 @@
 
 #include "index/packageindex.h"
 #include "index/packageindexnode.h"
+#include "install/filestore.h"
+#include "install/storecare.h"
 #include "query/categorylistmodel.h"
 #include "query/haskeyword.h"
 #include "query/hasmanifestfield.h"
@@ -585,6 +587,10 @@ const QVector<Kind> &kinds()
         [](PackageSorter &sorter, World &) { Q_EMIT sorter.updateRequested(); });
     const Deed enable = with<nk::account::Service>(
         [](nk::account::Service &service, World &) { service.enable(); });
+    const Deed verify = with<StoreCare>([](StoreCare &care, World &) {
+        writeFile(FileStore::instance()->filePath("0123456789abcdef0123456789abcdef"), "content");
+        care.verify();
+    });
     static const QVector<Kind> all{
         repository(),
         source(
@@ -613,6 +619,11 @@ const QVector<Kind> &kinds()
         part<ManifestBooleanField>(),
         part<ManifestSizeField>(),
         part<ManifestFileField>(),
+        Kind{
+            &StoreCare::staticMetaObject,
+            [](World &) -> QObject * { return new StoreCare; },
+            {{"progressed", verify}, {"finished", verify}},
+            verify},
         plain<Repository>(),
         plain<PackageReferenceField>(),
         Kind{&nk::GetRequest::staticMetaObject, makeRequest, {{"finished", [](World &) {}}}},
