@@ -12,6 +12,7 @@
 #include <CLI/Formatter.hpp>
 
 #include <iostream>
+#include <limits>
 
 namespace nk::pm::cli {
 namespace {
@@ -49,6 +50,19 @@ CLI::App &addCommand(CLI::App &app, const char *name, const char *summary, const
     command->footer(examples);
     command->fallthrough();
     return *command;
+}
+
+/// What adds one of several actions to \a command, which notes it in \a values.
+template<typename Values>
+auto actionsOf(CLI::App &command, const std::shared_ptr<Values> &values)
+{
+    command.require_subcommand(1);
+    return [&command, values](const char *name, const char *summary, auto action) -> CLI::App & {
+        auto &added = *command.add_subcommand(name, summary);
+        added.fallthrough();
+        added.callback([values, action] { values->action = action; });
+        return added;
+    };
 }
 
 using Command = decltype(Invocation::command);
@@ -215,14 +229,7 @@ Finish addCollection(CLI::App &app)
         "  nkpm --local catalogue collection room.json list\n"
         "  nkpm --local catalogue collection room.json install --into project");
     command.add_option("FILE", values->file, "The collection; add makes it")->required();
-    command.require_subcommand(1);
-    const auto addAction = [&](const char *name, const char *summary,
-                               CollectionOptions::Action action) -> CLI::App & {
-        auto &actionCommand = *command.add_subcommand(name, summary);
-        actionCommand.fallthrough();
-        actionCommand.callback([values, action] { values->action = action; });
-        return actionCommand;
-    };
+    const auto addAction = actionsOf(command, values);
     for (auto *changing :
          {&addAction("add", "Put packages in", CollectionOptions::Add),
           &addAction("remove", "Take packages out", CollectionOptions::Remove)})
@@ -246,6 +253,38 @@ Finish addSources(CLI::App &app)
         "Example:\n"
         "  nkpm --local catalogue --local my-packages sources");
     return [] { return SourcesOptions{}; };
+}
+
+Finish addStore(CLI::App &app)
+{
+    struct Values
+    {
+        StoreOptions::Action action = StoreOptions::Usage;
+        qint64 maximumBytes = 0;
+    };
+    auto values = std::make_shared<Values>();
+    auto &command = addCommand(
+        app, "store", "Look after the files that were downloaded",
+        "Examples:\n"
+        "  nkpm store verify\n"
+        "  nkpm --server https://catalogue.example.org/ store repair\n"
+        "  nkpm store clean --max-size 500M");
+    const auto addAction = actionsOf(command, values);
+    addAction("usage", "Show how much the store holds", StoreOptions::Usage);
+    addAction("verify", "Compare every file with its digest", StoreOptions::Verify);
+    addAction(
+        "repair", "Verify, and fetch damaged files again from the sources", StoreOptions::Repair);
+    addAction(
+        "clean", "Remove files that no program has installed, the longest unused first",
+        StoreOptions::Clean)
+        .add_option(
+            "--max-size", values->maximumBytes,
+            "So much may stay: 500M, 2G, or 2Gi with a factor of 1024")
+        ->required()
+        ->transform(CLI::AsSizeValue(true).description({}))
+        ->check(CLI::Range(std::numeric_limits<qint64>::max()).description({}))
+        ->type_name("SIZE");
+    return [values] { return StoreOptions{values->action, values->maximumBytes}; };
 }
 
 void addGlobalOptions(CLI::App &app, Global &global)
@@ -278,7 +317,7 @@ void addGlobalOptions(CLI::App &app, Global &global)
     app.footer("Global options may stand before or behind the command.\n"
                "\n"
                "Exit codes: 0 fine, 1 the request could not be met, 2 wrong usage,\n"
-               "128 + N an install was stopped by signal N.\n"
+               "128 + N an install or the care of the store was stopped by signal N.\n"
                "\n"
                "Examples:\n"
                "  nkpm --local catalogue list\n"
@@ -321,16 +360,18 @@ std::variant<Invocation, int> parseCommandLine(int argc, const char *const *argv
         {"list", addList(app)},       {"show", addShow(app)},
         {"file", addFile(app)},       {"keywords", addKeywords(app)},
         {"install", addInstall(app)}, {"collection", addCollection(app)},
-        {"sources", addSources(app)},
+        {"sources", addSources(app)}, {"store", addStore(app)},
     };
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
         return explain(app, error);
     }
-    if (global.local.empty() && global.servers.empty() && global.databases.empty())
-        return refuse(app, "a source is missing: --local DIR, --server URL or --couchdb URL");
     Invocation invocation;
+    for (const auto &[name, finish] : commands) {
+        if (app.got_subcommand(name))
+            invocation.command = finish();
+    }
     invocation.sources.localDirectories = texts(global.local);
     const auto servers = texts(global.servers);
     for (const QString &server : servers) {
@@ -345,13 +386,11 @@ std::variant<Invocation, int> parseCommandLine(int argc, const char *const *argv
         if (invocation.sources.databases.last().isEmpty())
             return refuse(app, "a database has a URL such as http://127.0.0.1:5984/catalogue");
     }
+    if (invocation.needsSources() && invocation.sources.isEmpty())
+        return refuse(app, "a source is missing: --local DIR, --server URL or --couchdb URL");
     invocation.dataDirectory = text(global.data);
     invocation.json = global.json;
     invocation.verbose = global.verbose;
-    for (const auto &[name, finish] : commands) {
-        if (app.got_subcommand(name))
-            invocation.command = finish();
-    }
     return invocation;
 }
 

@@ -19,6 +19,8 @@ int run(const KeywordsOptions &options, Catalogue &catalogue, Output &output);
 int run(const InstallOptions &options, Catalogue &catalogue, Output &output);
 int run(const CollectionOptions &options, Catalogue &catalogue, Output &output);
 int run(const SourcesOptions &options, Catalogue &catalogue, Output &output);
+/// The catalogue is open only if the options need it.
+int run(const StoreOptions &options, Catalogue &catalogue, Output &output);
 
 /// "No such ..." with the remedy, for an identifier or a type that the catalogue doesn't have.
 QString noPackage(const Catalogue &catalogue, const QString &id);

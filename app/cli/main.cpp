@@ -28,7 +28,7 @@ int carryOut(const Invocation &invocation)
 {
     Output output(QStringLiteral("nkpm"), invocation.json);
     Catalogue catalogue(invocation.sources);
-    const QString fault = catalogue.open();
+    const QString fault = invocation.needsSources() ? catalogue.open() : QString();
     if (!fault.isEmpty()) {
         output.error(fault);
         return NotMet;

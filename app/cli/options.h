@@ -18,6 +18,11 @@ struct SourceOptions
     QStringList localDirectories;
     QVector<QUrl> servers;
     QVector<QUrl> databases; ///< perhaps with user and password
+
+    bool isEmpty() const
+    {
+        return localDirectories.isEmpty() && servers.isEmpty() && databases.isEmpty();
+    }
 };
 
 struct ListOptions
@@ -72,6 +77,17 @@ struct CollectionOptions
 struct SourcesOptions
 {};
 
+struct StoreOptions
+{
+    enum Action { Usage, Verify, Repair, Clean };
+
+    Action action = Usage;
+    qint64 maximumBytes = 0; ///< of what clean leaves
+
+    /// The others do without a catalogue.
+    bool needsSources() const { return action == Repair; }
+};
+
 /// One call of nkpm.
 struct Invocation
 {
@@ -81,8 +97,15 @@ struct Invocation
     bool verbose = false;
     std::variant<
         ListOptions, ShowOptions, FileOptions, KeywordsOptions, InstallOptions, CollectionOptions,
-        SourcesOptions>
+        SourcesOptions, StoreOptions>
         command;
+
+    /// Whether it is about a catalogue.
+    bool needsSources() const
+    {
+        const auto *store = std::get_if<StoreOptions>(&command);
+        return !store || store->needsSources();
+    }
 };
 
 } // namespace nk::pm::cli

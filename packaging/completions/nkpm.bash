@@ -13,11 +13,12 @@ _nkpm() {
         fi
         case $word in
             --local | --server | --couchdb | --data | --into | --output) takesValue=true ;;
-            --keyword | --search | --field | --sort) takesValue=true ;;
+            --keyword | --search | --field | --sort | --max-size) takesValue=true ;;
             -*) ;;
             *)
                 case $((behind++)) in
                     0) command=$word ;;
+                    1) [[ $command != store ]] || action=$word ;;
                     2) [[ $command != collection ]] || action=$word ;;
                 esac
                 ;;
@@ -33,7 +34,10 @@ _nkpm() {
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
             return
             ;;
-        --server | --couchdb | --keyword | --search | --field | --sort) COMPREPLY=(); return ;;
+        --server | --couchdb | --keyword | --search | --field | --sort | --max-size)
+            COMPREPLY=()
+            return
+            ;;
     esac
 
     options='--local --server --couchdb --data --json --verbose --help'
@@ -43,16 +47,19 @@ _nkpm() {
         keywords) options+=' --search --categories' ;;
         file) options+=' --output' ;;
         install | collectioninstall) options+=' --into --link --replace' ;;
+        storeclean) options+=' --max-size' ;;
     esac
     if [[ $current == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
     elif [[ -z $command ]]; then
         mapfile -t COMPREPLY < <(compgen -W \
-            'list show file keywords install collection sources' -- "$current")
+            'list show file keywords install collection sources store' -- "$current")
     elif [[ $command == collection && $behind == 1 ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$current")
     elif [[ $command == collection && $behind == 2 ]]; then
         mapfile -t COMPREPLY < <(compgen -W 'add remove list install' -- "$current")
+    elif [[ $command == store && $behind == 1 ]]; then
+        mapfile -t COMPREPLY < <(compgen -W 'usage verify repair clean' -- "$current")
     else
         COMPREPLY=()
     fi

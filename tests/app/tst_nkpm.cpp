@@ -322,7 +322,11 @@ void tst_Nkpm::wrongUsage_data()
         .row("nkpm install x --into ", "--into") // into the empty name
         .row("nkpm list --local ", "--local: names no directory")
         .row("nkpm install --into x", "ID")
-        .row("nkpm show a b", "b");
+        .row("nkpm show a b", "b")
+        .row("nkpm store", "subcommand")
+        .row("nkpm store clean", "--max-size")
+        .row("nkpm store clean --max-size 1x", "--max-size")
+        .row("nkpm store clean --max-size -1", "range");
 }
 
 void tst_Nkpm::wrongUsage()

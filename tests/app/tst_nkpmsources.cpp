@@ -12,7 +12,9 @@
 #include "support/testfiles.h"
 
 #include <QCryptographicHash>
+#include <QDirIterator>
 #include <QJsonArray>
+#include <QRegularExpression>
 #include <QtTest>
 
 using namespace nk::pm::publisher;
@@ -42,6 +44,7 @@ private Q_SLOTS:
     void writesFilesBeforeTheyAreInstalled_data();
     void writesFilesBeforeTheyAreInstalled();
     void installsFiles();
+    void mendsADamagedStore();
     void refusesAStrangersLedger();
     void showsWhatItHadBefore();
     void saysWhyASourceFails_data();
@@ -177,6 +180,50 @@ void TestNkpmSources::installsFiles()
     QCOMPARE(nkpm(install + m_sources).exitCode, 0);
     QCOMPARE(readFile(into + "/things/lowest/lowest.txt"), QByteArray("from the server"));
     QCOMPARE(readFile(into + "/things/middle/middle.txt"), QByteArray("from the database"));
+}
+
+void TestNkpmSources::mendsADamagedStore()
+{
+    const QString into = m_directory.filePath("into-again");
+    const QStringList install{"install", "lowest", "middle", "--into", into};
+    const CallResult whole = nkpm({"store", "verify"}); // which needs no source
+    QVERIFY2(whole.exitCode == 0, whole.output + whole.errors.toUtf8());
+    const QString store = m_directory.filePath("data/packages/files");
+    QDirIterator objects(store, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    QStringList digests;
+    while (objects.hasNext()) {
+        QFile object(objects.next());
+        digests.append(QDir(store).relativeFilePath(object.fileName()).remove('/'));
+        QVERIFY(object.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+        QVERIFY(object.open(QIODevice::ReadWrite) && object.write("F") == 1);
+    }
+    QCOMPARE(digests.size(), 2); // of a SHA-224 and an MD5
+    digests.sort();
+
+    const CallResult found = nkpm({"store", "verify"});
+    QCOMPARE(found.exitCode, 1);
+    QVERIFY2(found.errors.contains("nkpm store repair"), qPrintable(found.errors));
+    QStringList damaged;
+    const QJsonArray damages = found.json()["damages"].toArray();
+    for (const QJsonValue &damage : damages)
+        damaged.append(damage["digest"].toString() + damage["state"].toString());
+    QCOMPARE(damaged, digests.replaceInStrings(QRegularExpression("$"), "damaged"));
+    const CallResult refused = nkpm(install + m_sources);
+    QCOMPARE(refused.exitCode, 1);
+    QVERIFY2(refused.errors.contains(".txt\" of things/"), qPrintable(refused.errors));
+    QVERIFY(!QFileInfo::exists(into));
+
+    const CallResult mended = nkpm(QStringList{"store", "repair"} + m_sources);
+    QVERIFY2(mended.exitCode == 0, mended.output);
+    QCOMPARE(mended.output.count("\"replaced\""), 2);
+    QCOMPARE(nkpm(install + m_sources).exitCode, 0);
+    QCOMPARE(readFile(into + "/things/middle/middle.txt"), QByteArray("from the database"));
+    QCOMPARE(nkpm({"store", "usage"}).json().value("usage")["usedFiles"].toInt(), 2);
+    QVERIFY(QDir(m_directory.filePath("data/packages/install")).removeRecursively());
+    const CallResult cleaned = nkpm({"store", "clean", "--max-size", "0k"});
+    QVERIFY2(cleaned.exitCode == 0, qPrintable(cleaned.errors));
+    QCOMPARE(cleaned.json()["removedFiles"].toInt(), 2);
+    QCOMPARE(cleaned.json().value("usage")["bytes"].toInt(), 0);
 }
 
 void TestNkpmSources::refusesAStrangersLedger()

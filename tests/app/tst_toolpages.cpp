@@ -26,7 +26,7 @@ private Q_SLOTS:
 void tst_ToolPages::pagesFollowTheHelp_data()
 {
     Columns<QString, QString, int>("program", "name", "commands")
-        .row("nkpm", NKPM_PROGRAM, "nkpm", 7)
+        .row("nkpm", NKPM_PROGRAM, "nkpm", 8)
         .row("nkledger", NKLEDGER, "nkledger", 11)
         .row("norvak-catalogue", NKPM_CATALOGUE, "norvak-catalogue", 0);
 }
@@ -50,6 +50,8 @@ void tst_ToolPages::bashCompletes_data()
 {
     Columns<QString, QString>("line", "expected")
         .row("command", "nkpm so", "sources")
+        .row("care of the store", "nkpm --json store re", "repair")
+        .row("its option", "nkpm store clean --m", "--max-size")
         .row("source", "nkpm --local ca", "catalogue")
         .row("command behind a source", "nkpm --json --local catalogue in", "install")
         .row("source called like a command", "nkpm --local list key", "keywords")
