@@ -5,6 +5,7 @@
 
 #include <QIODevice>
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 namespace nk::pm {
@@ -13,17 +14,27 @@ namespace {
 
 constexpr int blockSize = 256 * 1024; // bytes
 
+/// Null where a system's policy forbids one.
+struct Implementations
+{
+    /// The look-up leaves a record of errors with its thread, which nobody frees if the thread
+    /// lives as long as the process.
+    Implementations() { OPENSSL_thread_stop(); }
+
+    const EVP_MD *const md5 = EVP_MD_fetch(nullptr, "MD5", nullptr);
+    const EVP_MD *const sha224 = EVP_MD_fetch(nullptr, "SHA224", nullptr);
+};
+
 /// Null for the other algorithms, and where a system's policy forbids MD5.
 const EVP_MD *implementation(QCryptographicHash::Algorithm algorithm)
 {
     // Looking them up takes a lock, so once is enough.
-    static const EVP_MD *const md5 = EVP_MD_fetch(nullptr, "MD5", nullptr);
-    static const EVP_MD *const sha224 = EVP_MD_fetch(nullptr, "SHA224", nullptr);
+    static const Implementations found;
     switch (algorithm) {
     case QCryptographicHash::Md5:
-        return md5;
+        return found.md5;
     case QCryptographicHash::Sha224:
-        return sha224;
+        return found.sha224;
     default:
         return nullptr;
     }
