@@ -3,7 +3,8 @@
 
 #pragma once
 
-#include <QCryptographicHash>
+#include "install/contenthash.h"
+
 #include <QString>
 
 #include <atomic>
@@ -19,12 +20,12 @@ public:
 
     bool isWanted() const { return !m_digest.isEmpty(); }
     void add(const QByteArray &bytes);
-    /// After all content.
-    bool holds() const { return !isWanted() || m_hash.result() == m_digest; }
+    /// After all content, once.
+    bool holds() { return !isWanted() || m_hash.result() == m_digest; }
 
 private:
     const QByteArray m_digest;
-    QCryptographicHash m_hash;
+    ContentHash m_hash;
 };
 
 /// Copies the file's content to \a to, which must not exist, and its permissions; who owns the copy
