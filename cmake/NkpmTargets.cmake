@@ -132,15 +132,16 @@ endfunction()
 
 # nkpm_register_test(NAME [LABELS ...] [TIMEOUT seconds])
 # Has ctest run the program NAME: offscreen, with a locale and a home of its own, so that no test
-# depends on or touches the user's.
+# depends on or touches the user's. One test function may take as long as all of them.
 function(nkpm_register_test name)
     cmake_parse_arguments(arg "" "TIMEOUT" "LABELS" ${ARGN})
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 300)
     endif()
+    math(EXPR milliseconds "${arg_TIMEOUT} * 1000")
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES
         TIMEOUT ${arg_TIMEOUT}
         LABELS "${arg_LABELS}"
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8;HOME=${CMAKE_BINARY_DIR}/tests/home;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp:halt_on_error=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QTEST_FUNCTION_TIMEOUT=${milliseconds};LC_ALL=C.UTF-8;HOME=${CMAKE_BINARY_DIR}/tests/home;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp:halt_on_error=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp")
 endfunction()

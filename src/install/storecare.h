@@ -25,32 +25,33 @@ struct StoreCarePrivate;
 /// How far a task has come. A total is 0 until it is known.
 struct StoreProgress
 {
-    int files = 0;
-    int totalFiles = 0;
-    qint64 bytes = 0;
-    qint64 totalBytes = 0;
+    int files = 0;         ///< that were looked at
+    int totalFiles = 0;    ///< to look at
+    qint64 bytes = 0;      ///< of the former
+    qint64 totalBytes = 0; ///< of the latter
 };
 
 /// What stands in the store.
 struct StoreUsage
 {
-    int files = 0; ///< each under its digest
-    qint64 bytes = 0;
-    int usedFiles = 0; ///< of these, linked into an install root that isn't due to be swept
-    qint64 usedBytes = 0;
-    int leftoverFiles = 0; ///< downloads under way, and what killed processes have left of some
-    qint64 leftoverBytes = 0;
+    int files = 0;            ///< each under its digest
+    qint64 bytes = 0;         ///< of all of them
+    int usedFiles = 0;        ///< of these, linked into an install root that isn't due to be swept
+    qint64 usedBytes = 0;     ///< of those
+    int leftoverFiles = 0;    ///< downloads under way, and what killed processes have left of some
+    qint64 leftoverBytes = 0; ///< of those
 };
 
 /// A file whose content isn't what its digest says.
 struct StoreDamage
 {
+    /// What has become of it.
     enum State {
         InStore,  ///< it stands in the store: verify() changes nothing
         Removed,  ///< it has left the store, so that the next install downloads the file again
         Replaced, ///< likewise, and a good file stands in its place
     };
-    State state = InStore;
+    State state = InStore;    ///< at the end of the task
     QString digest;           ///< hexadecimal
     QStringList damagedPaths; ///< installed files with the damaged content, absolute
     QStringList mendedPaths;  ///< installed files that repair() gave the good content
@@ -59,18 +60,19 @@ struct StoreDamage
 /// What a task of StoreCare has come to.
 struct StoreReport
 {
+    /// How the task ended.
     enum Outcome {
-        Done,
+        Done,      ///< it came to its end
         Cancelled, ///< what is reported was found or done until then
         Busy,      ///< clean() only: installs of this process or another ran all the time
     };
-    Outcome outcome = Done;
+    Outcome outcome = Done;       ///< of the task
     StoreUsage usage;             ///< at the end; nothing of a task that was cancelled
     QVector<StoreDamage> damages; ///< by digest; of verify() and repair()
     QStringList unreadable;       ///< absolute paths of files that the disk doesn't give
     QStringList unknown;          ///< absolute paths of files whose name tells no algorithm
     int removedFiles = 0;         ///< by clean(), leftovers too
-    qint64 removedBytes = 0;
+    qint64 removedBytes = 0;      ///< of those
 
     /// Whether nothing is known to be wrong, or to be left wrong, in the store and in what is
     /// installed from it. What is unknown isn't wrong.
@@ -95,6 +97,7 @@ class NK_PM_EXPORT StoreCare : public QObject
     Q_OBJECT
 
 public:
+    /// Has no task yet.
     explicit StoreCare(QObject *parent = nullptr);
     /// Cancels what runs, and doesn't wait for it.
     ~StoreCare() override;
