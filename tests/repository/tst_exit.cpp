@@ -223,7 +223,8 @@ private:
     bool askProxy()
     {
         const QString id = "signed 0";
-        const PackageNode *node = repository.packageIndex()->getPackage(&id);
+        asked = repository.packageIndex(); // its URLs go with it
+        const PackageNode *node = asked->getPackage(&id);
         if (!node)
             return false;
         // Not over Qt's own HTTP, whose thread goes on into the end of Qt's static objects.
@@ -239,6 +240,7 @@ private:
     }
 
     bool isOver = false;
+    QSharedPointer<PackageIndex> asked;
     LedgerServer server;
     LocalPackageSource local;
     PackageServer polled;

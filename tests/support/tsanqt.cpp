@@ -70,6 +70,11 @@ void QThreadPool::start(QRunnable *runnable, int priority)
     start(this, ordered, priority);
 }
 
+void QThreadPool::start(std::function<void()> function, int priority)
+{
+    start(QRunnable::create(std::move(function)), priority);
+}
+
 bool QThreadPool::waitForDone(int milliseconds)
 {
     static const auto wait =
