@@ -131,8 +131,9 @@ function(nkpm_add_test name)
 endfunction()
 
 # nkpm_register_test(NAME [LABELS ...] [TIMEOUT seconds])
-# Has ctest run the program NAME: offscreen, with a locale and a home of its own, so that no test
-# depends on or touches the user's. One test function may take as long as all of them.
+# Has ctest run the program NAME: offscreen, with a locale, a time zone and a home of its own, so that
+# no test depends on or touches the user's. (Without TZ the C library sets its zone up at each look,
+# which ThreadSanitizer takes for a race where it can't name the function.) One test function may take as long as all of them.
 function(nkpm_register_test name)
     cmake_parse_arguments(arg "" "TIMEOUT" "LABELS" ${ARGN})
     if(NOT arg_TIMEOUT)
@@ -143,5 +144,5 @@ function(nkpm_register_test name)
     set_tests_properties(${name} PROPERTIES
         TIMEOUT ${arg_TIMEOUT}
         LABELS "${arg_LABELS}"
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QTEST_FUNCTION_TIMEOUT=${milliseconds};LC_ALL=C.UTF-8;HOME=${CMAKE_BINARY_DIR}/tests/home;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp:halt_on_error=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QTEST_FUNCTION_TIMEOUT=${milliseconds};LC_ALL=C.UTF-8;TZ=UTC;HOME=${CMAKE_BINARY_DIR}/tests/home;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/tsan.supp:halt_on_error=1;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/lsan.supp")
 endfunction()
