@@ -3,22 +3,27 @@
 
 #pragma once
 
-#include <QFile>
+#include <QIODevice>
 
 namespace nk::pm::disk {
 
-/// Whether \a file has taken all of \a bytes. A disk that gets full takes a part, and says why not
-/// the rest only when asked once more.
-inline bool writeAll(QFile &file, const QByteArray &bytes)
+/// Whether \a device has taken all \a size bytes of \a data. A disk that gets full takes a part,
+/// and says why not the rest only when asked once more.
+inline bool writeAll(QIODevice &device, const char *data, qint64 size)
 {
-    qint64 done = 0;
-    while (done < bytes.size()) {
-        const qint64 written = file.write(bytes.constData() + done, bytes.size() - done);
+    while (size > 0) {
+        const qint64 written = device.write(data, size);
         if (written <= 0)
             return false;
-        done += written;
+        data += written;
+        size -= written;
     }
     return true;
+}
+
+inline bool writeAll(QIODevice &device, const QByteArray &bytes)
+{
+    return writeAll(device, bytes.constData(), bytes.size());
 }
 
 } // namespace nk::pm::disk
